@@ -1,0 +1,50 @@
+// An item of the class File: one file of the machine, known by its directory and its name.
+//
+//   auto file = MakeRef<CFileItem>(machine, "/etc/", "hosts", infoOfTheListing);
+//   if (!file->Init(false, false, message)) { if (file->HasVanished()) ... }
+//
+// What it shows comes from the file system. The properties out of the file's version resource, the
+// short name of a system that has none, and the file's text stay unset.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "model/classes/Class.h"
+#include "model/items/Item.h"
+#include "platform/machine/FileSystem.h"
+#include "platform/machine/Machine.h"
+
+namespace kestra {
+
+class CFileItem : public CVDiagItem {
+ public:
+  // directory may end in the machine's path separator or not. info is what a listing has said of
+  // the file already: the first filling takes it and does not ask again.
+  CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
+            std::optional<FileInfo> info = std::nullopt);
+
+  const std::string& GetName() override { return m_poClass->Name; }
+  Ref<DiagClass> GetTypeInfo() override { return m_poClass; }
+
+  // Fills from the file system. False, with nothing set, for a file that is not there (any more),
+  // and then HasVanished() is true. A file that is there and may not be read has its path and its
+  // name, and the answer is true.
+  using CVDiagItem::Init;
+  bool Init(bool bInitChild) override;
+
+  // The last filling found no such file: no row, and no failure either.
+  bool HasVanished() const { return m_hasVanished; }
+
+ private:
+  void FillFrom(const FileInfo& info);
+
+  const Ref<DiagClass> m_poClass;
+  const Ref<CMachine> m_poMachine;
+  const std::string m_path;
+  const std::string m_name;
+  std::optional<FileInfo> m_info;  // of the listing, until it is used
+  bool m_hasVanished = false;
+};
+
+}  // namespace kestra

@@ -1,0 +1,153 @@
+#include "Modules/Processes/ProcessItem.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "platform/machine/SystemFacts.h"
+
+namespace kestra {
+namespace {
+
+// The greatest PID that Windows keeps for itself: its idle process is 0, its kernel 4.
+constexpr uint32_t kLastSystemPID = 4;
+
+constexpr uint32_t kNoArchitecture = 0xFFFFFFFF;
+
+// The place among the options of ProcessArchitecture.
+uint32_t ArchitectureIndex(uint32_t width) {
+  switch (width) {
+    case 16:
+      return 0;
+    case 32:
+      return 1;
+    case 64:
+      return 2;
+    default:
+      return kNoArchitecture;
+  }
+}
+
+std::string SystemProcessName(uint32_t pid, std::string&& listedName) {
+  if (pid == 0) return "System Idle Process";
+  if (pid == kLastSystemPID) return "System";
+  return std::move(listedName);
+}
+
+// Appends to an item's values, leaving out what has none.
+class CSetter {
+ public:
+  explicit CSetter(DiagParams& params) : m_params(params) {}
+  void Number(const DiagParamDef* pDef, const std::optional<uint32_t>& number) {
+    if (number) m_params.Set(MakeRef<DiagParam>(pDef, *number), false);
+  }
+  void NumberAboveZero(const DiagParamDef* pDef, const std::optional<uint32_t>& number) {
+    if (number && *number > 0) Number(pDef, number);
+  }
+  void Text(const DiagParamDef* pDef, std::optional<std::string>&& text) {
+    if (text && !text->empty()) {
+      m_params.Set(MakeRef<DiagParam>(pDef, *std::move(text)), false);
+    }
+  }
+
+ private:
+  DiagParams& m_params;
+};
+
+}  // namespace
+
+ProcessDefs::ProcessDefs(const DiagParamDefs& defs)
+    : pPID(defs.Find("PID", false)),
+      pParentProcessID(defs.Find("ParentProcessID", false)),
+      pThreadID(defs.Find("ThreadID", false)),
+      pImageName(defs.Find("ImageName", false)),
+      pFilePath(defs.Find("FilePath", false)),
+      pMemoryUsage(defs.Find("MemoryUsage", false)),
+      pHandleCount(defs.Find("HandleCount", false)),
+      pUser(defs.Find("User", false)),
+      pCommandLine(defs.Find("CommandLine", false)),
+      pProcessArchitecture(defs.Find("ProcessArchitecture", false)),
+      pWindowTitle(defs.Find("WindowTitle", false)) {}
+
+CProcessItem::CProcessItem(Ref<DiagClass> diagClass, Ref<CMachine> machine, uint32_t closeTimeOutMs)
+    : CFilledItem(std::move(diagClass)),
+      m_poMachine(std::move(machine)),
+      m_closeTimeOutMs(closeTimeOutMs) {}
+
+void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs) {
+  m_startTime = record.StartTime;
+  Params.Clear();
+  Params.Reserve(ProcessDefs::kCount);
+  CSetter set(Params);
+
+  const bool isTask = record.ThreadID.has_value();
+  const bool isWindows = m_poMachine->System().Family() == SystemFamily::Windows;
+  const bool isSystems = isWindows && !isTask && record.PID <= kLastSystemPID;
+  if (!isTask) set.Number(defs.pPID, record.PID);
+  if (isSystems) {
+    set.Text(defs.pImageName, SystemProcessName(record.PID, std::move(record.ImageName)));
+    IsInitialized = true;
+    return;
+  }
+  if (!isTask) set.Number(defs.pParentProcessID, record.ParentPID);
+  set.Number(defs.pThreadID, record.ThreadID);
+  set.Text(defs.pImageName, std::move(record.ImageName));
+  set.Text(defs.pFilePath, std::move(record.FilePath));
+  set.NumberAboveZero(defs.pMemoryUsage, record.WorkingSetKB);
+  set.NumberAboveZero(defs.pHandleCount, record.HandleCount);
+  if (wanted & kProcessWantUser) set.Text(defs.pUser, std::move(record.User));
+  if (wanted & kProcessWantCommandLine) {
+    set.Text(defs.pCommandLine, std::move(record.CommandLine));
+  }
+  const uint32_t architecture = ArchitectureIndex(record.Width);
+  if (architecture != kNoArchitecture) set.Number(defs.pProcessArchitecture, architecture);
+  set.Text(defs.pWindowTitle, std::move(record.WindowTitle));
+  IsInitialized = true;
+}
+
+bool CProcessItem::OnDelete(QueryMessage& message) {
+  const DiagParam* pPID = Params.Find("PID", false);
+  const DiagParam* pThread = Params.Find("ThreadID", false);
+  if (pPID ? pPID->DWordValue <= kLastSystemPID : !pThread) {
+    message.RaiseMessage(11000, {"PID"});
+    return false;
+  }
+  if (pThread && pThread->DWordValue == 0) {
+    message.RaiseMessage(11000, {"ThreadID"});
+    return false;
+  }
+  return pPID ? EndProcess(pPID->DWordValue, message) : EndTask(message);
+}
+
+bool CProcessItem::EndProcess(uint32_t pid, QueryMessage& message) {
+  CProcesses* pProcesses = m_poMachine->Processes();
+  if (!pProcesses) return message.Fail(kErrorCallNotImplemented);
+  std::unique_ptr<CProcess> process;
+  if (pProcesses->Open(pid, m_startTime, process) != kErrorSuccess || !process) {
+    return message.Fail(kErrorInvalidHandle);
+  }
+  if (const SystemError error = process->RequestClose(); error != kErrorSuccess) {
+    // One that ended by itself before it could be asked is what was wanted.
+    return os::WaitAny({process.get()}, 0) == 0 || message.Fail(error);
+  }
+  switch (os::WaitAny({message.TerminationEvent(), process.get()}, m_closeTimeOutMs)) {
+    case 0:
+      return message.Fail(kErrorCancelled);
+    case 1:
+      return true;
+    case os::kWaitTimeOut: {
+      const SystemError error = process->Terminate();
+      return error == kErrorSuccess || message.Fail(error);
+    }
+    default:  // nothing is known of the process now, so it is not ended by force
+      return message.Fail(kErrorInvalidHandle);
+  }
+}
+
+// No machine has 16-bit tasks to end yet.
+bool CProcessItem::EndTask(QueryMessage& message) {
+  return message.Fail(kErrorCallNotImplemented);
+}
+
+}  // namespace kestra

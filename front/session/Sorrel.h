@@ -1,0 +1,55 @@
+// CSorrel: what a session keeps between queries: the root, its class tree, and the directory of
+// plug-ins, behind one lock. The lock covers setting up and swapping the root only; it is never
+// held while a query runs, and a running query keeps the old root alive.
+#pragma once
+
+#include "model/root/Root.h"
+#include "query/Evaluate.h"
+
+#include <mutex>
+#include <string>
+
+namespace kestra {
+
+// What a root is made of. The default is this machine with the built-in modules; tests bring their
+// own.
+struct SessionSetup {
+  ModuleTable modules;
+  Ref<CMachine> machine;
+};
+SessionSetup LiveSetup();
+
+// Any thread.
+class CSorrel {
+ public:
+  explicit CSorrel(SessionSetup setup) : m_setup(std::move(setup)) {}
+  CSorrel(const CSorrel&) = delete;
+  CSorrel& operator=(const CSorrel&) = delete;
+
+  // Drops every module, so that the next query that asks for one makes it anew; the root and its
+  // class tree stay. True when there is a root.
+  bool ReInitRoot();
+  // The module item for a name and an argument text; null if there is none.
+  Ref<DiagModule> GetModule(const std::string& name, const std::string& args);
+  // The class tree; null when the root could not be made.
+  Ref<DiagClass> GetClass();
+  // Whether the text parses.
+  bool CheckSyntax(const std::string& text);
+  // Runs a query; false when the root could not be made. result is then untouched.
+  bool ProcessQuery(const std::string& text, Value& result, uint32_t timeOut,
+                    Ref<QueryMessage> message, QueryReport* pReport);
+
+ private:
+  // Makes the root anew, with the lock held.
+  bool Initialize();
+  // The root, made if need be; null if it could not be.
+  Ref<DiagRoot> TakeRoot();
+
+  const SessionSetup m_setup;
+  std::mutex m_lock;  // guards everything below
+  Ref<DiagRoot> m_poRoot;
+  Ref<DiagClass> m_poClass;
+  bool m_isInitialized = false;
+};
+
+}  // namespace kestra

@@ -1,0 +1,231 @@
+/* kestra.h - the C interface of libkestra.
+ *
+ * A host makes a session, runs queries in it, and reads typed values back:
+ *
+ *   kestra_session* session;
+ *   kestra_value* value;
+ *   kestra_session_create(NULL, &session);
+ *   kestra_session_run_query_sync(session, "SELECT COUNT(*) FROM Processes.Process",
+ *                                 NULL, KESTRA_NO_TIMEOUT, &value);
+ *   int32_t count;
+ *   kestra_value_as_long(value, &count);
+ *   kestra_value_release(value);
+ *   kestra_session_destroy(session);
+ *
+ * Rules that hold for every function:
+ *
+ * - It returns a status. KESTRA_OK is 0; every other status is negative, and what the function
+ *   would have given out is then untouched or null. A query that fails is no failing function: its
+ *   outcome is a value for which kestra_value_is_error is true.
+ * - Text is UTF-8. Text that goes in ends with a NUL unless a length is given with it. Text that
+ *   comes out is a `const char*` owned by the object that gave it, valid until the object is
+ *   released; it may hold NUL bytes of its own, and where that can be, a length comes with it.
+ * - A handle that a function gives out belongs to the caller, who releases it with the function of
+ *   its kind. Every handle keeps alive what it needs: a value may be released before the items that
+ *   were taken from it, and a session before its values.
+ * - Handles of results (values, items, params and their lists) may be read from any thread, one
+ *   thread at a time per handle. A session's functions are called from the thread that made it;
+ *   only kestra_session_cancel_query may be called from any thread.
+ * - Nothing is thrown across this interface, and no input ends the process.
+ *
+ * The interface is versioned: KESTRA_ABI_VERSION is raised when something is taken away or changes
+ * its meaning. Functions may be added without that.
+ */
+#ifndef KESTRA_KESTRA_H
+#define KESTRA_KESTRA_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+#ifdef __cplusplus
+extern "C" {
+#endif
+
+#if defined(_WIN32)
+#define KESTRA_API
+#else
+#define KESTRA_API __attribute__((visibility("default")))
+#endif
+
+#define KESTRA_ABI_VERSION 1
+#define KESTRA_NO_TIMEOUT 0xFFFFFFFFu
+
+typedef int32_t kestra_status;
+#define KESTRA_OK 0
+#define KESTRA_E_FAIL (-1)        /* could not be done */
+#define KESTRA_E_POINTER (-2)     /* a null handle or a null place for a result */
+#define KESTRA_E_INVALIDARG (-3)  /* an index outside, an option that does not exist */
+#define KESTRA_E_OUTOFMEMORY (-4)
+#define KESTRA_E_NOTFOUND (-5)    /* no such name */
+
+typedef struct kestra_session kestra_session;
+typedef struct kestra_value kestra_value;
+typedef struct kestra_values kestra_values;
+typedef struct kestra_item kestra_item;
+typedef struct kestra_items kestra_items;
+typedef struct kestra_param kestra_param;
+typedef struct kestra_params kestra_params;
+typedef struct kestra_columns kestra_columns;
+typedef struct kestra_class kestra_class;
+
+/* The numbers of the declared types. */
+#define KESTRA_TYPE_STRING 1
+#define KESTRA_TYPE_DWORD 2
+#define KESTRA_TYPE_ENUM 3
+#define KESTRA_TYPE_BITMASK 4
+#define KESTRA_TYPE_DATIME 5
+#define KESTRA_TYPE_VERSION 6
+
+/* The version of the library, such as "0.1.0", and of the interface. */
+KESTRA_API const char* kestra_version(void);
+KESTRA_API int32_t kestra_abi_version(void);
+
+/* ---- Session ---- */
+
+/* Where a session's results come from. Null in place of the struct, and null members, mean the
+ * defaults. struct_size is sizeof(kestra_options), so that members can be added. */
+typedef struct kestra_options {
+  size_t struct_size;
+  const char* log_directory; /* of this process's log; takes effect for the first session only */
+} kestra_options;
+
+KESTRA_API kestra_status kestra_session_create(const kestra_options* options,
+                                               kestra_session** session);
+/* Waits up to ten seconds for what still runs. A null session is allowed. */
+KESTRA_API kestra_status kestra_session_destroy(kestra_session* session);
+
+/* Whether active statements may change the machine. 0 at first. */
+KESTRA_API kestra_status kestra_session_allow_active(kestra_session* session, int32_t allow);
+
+/* Runs one query on the calling thread. termination_event, if not null, points to a descriptor
+ * that becomes readable when the query is to end; it is polled, never read, and stays the
+ * caller's. Without one, kestra_session_cancel_query ends the query. timeout_ms 0 only parses, and
+ * KESTRA_NO_TIMEOUT waits for ever. */
+KESTRA_API kestra_status kestra_session_run_query_sync(kestra_session* session, const char* query,
+                                                       const intptr_t* termination_event,
+                                                       uint32_t timeout_ms, kestra_value** result);
+/* The same for a text of length bytes, which may hold NUL bytes. */
+KESTRA_API kestra_status kestra_session_run_query_sync_n(kestra_session* session,
+                                                         const char* query, size_t length,
+                                                         const intptr_t* termination_event,
+                                                         uint32_t timeout_ms,
+                                                         kestra_value** result);
+/* good is -1 for a text that parses and 0 for one that does not. Nothing is run. */
+KESTRA_API kestra_status kestra_session_check_query_syntax(kestra_session* session,
+                                                           const char* query, size_t length,
+                                                           int32_t* good);
+/* Ends the query that runs. From any thread. */
+KESTRA_API kestra_status kestra_session_cancel_query(kestra_session* session);
+/* Forgets what modules were filled with; results that are held stay as they are. */
+KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session);
+/* Why the last query of this session failed, where the value itself does not say: the sentence of
+ * its message, empty if there is none. Valid until the session's next query. */
+KESTRA_API kestra_status kestra_session_last_message(kestra_session* session, const char** text);
+
+/* ---- Value ---- */
+
+KESTRA_API kestra_status kestra_value_release(kestra_value* value);
+/* Each answers 1 or 0. An enumeration is a number and a string at once. */
+KESTRA_API kestra_status kestra_value_is_undefined(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_error(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_boolean(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_number(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_string(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_datime(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_vdiag_item(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_is_vector(const kestra_value* value, int32_t* result);
+/* 0 for a value of another kind. */
+KESTRA_API kestra_status kestra_value_as_bool(const kestra_value* value, int32_t* result);
+KESTRA_API kestra_status kestra_value_as_long(const kestra_value* value, int32_t* result);
+/* Seconds since 1970-01-01 00:00:00 UTC. */
+KESTRA_API kestra_status kestra_value_as_datime(const kestra_value* value, uint32_t* result);
+/* The text form, for every kind. length may be null. */
+KESTRA_API kestra_status kestra_value_as_string(kestra_value* value, const char** text,
+                                                size_t* length);
+/* KESTRA_E_POINTER for a value of another kind. */
+KESTRA_API kestra_status kestra_value_as_vdiag_item(const kestra_value* value, kestra_item** item);
+KESTRA_API kestra_status kestra_value_as_vector(const kestra_value* value, kestra_values** values);
+/* The parameter that a value is a property of; KESTRA_E_NOTFOUND for a value that was computed. */
+KESTRA_API kestra_status kestra_value_as_param(const kestra_value* value, kestra_param** param);
+
+/* ---- Values ---- */
+
+KESTRA_API kestra_status kestra_values_release(kestra_values* values);
+KESTRA_API kestra_status kestra_values_count(const kestra_values* values, int32_t* count);
+/* number counts from 0. */
+KESTRA_API kestra_status kestra_values_value(const kestra_values* values, int32_t number,
+                                             kestra_value** value);
+
+/* ---- Item ---- */
+
+KESTRA_API kestra_status kestra_item_release(kestra_item* item);
+KESTRA_API kestra_status kestra_item_name(kestra_item* item, const char** name);
+KESTRA_API kestra_status kestra_item_diag_items(kestra_item* item, kestra_items** items);
+KESTRA_API kestra_status kestra_item_params(kestra_item* item, kestra_params** params);
+/* Fills an item that is not filled yet; result is -1 for success and 0 for failure. */
+KESTRA_API kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* result);
+/* The class of the item. */
+KESTRA_API kestra_status kestra_item_class(kestra_item* item, kestra_class** diag_class);
+
+/* ---- Lists of items and params; index counts from 1 ---- */
+
+KESTRA_API kestra_status kestra_items_release(kestra_items* items);
+KESTRA_API kestra_status kestra_items_count(const kestra_items* items, int32_t* count);
+KESTRA_API kestra_status kestra_items_item(const kestra_items* items, int32_t index,
+                                           kestra_item** item);
+KESTRA_API kestra_status kestra_params_release(kestra_params* params);
+KESTRA_API kestra_status kestra_params_count(const kestra_params* params, int32_t* count);
+KESTRA_API kestra_status kestra_params_item(const kestra_params* params, int32_t index,
+                                            kestra_param** param);
+/* The property of that name, in any case; KESTRA_E_NOTFOUND for one that is not set. */
+KESTRA_API kestra_status kestra_params_find(const kestra_params* params, const char* name,
+                                            kestra_param** param);
+
+/* ---- Param ---- */
+
+KESTRA_API kestra_status kestra_param_release(kestra_param* param);
+KESTRA_API kestra_status kestra_param_name(const kestra_param* param, const char** name);
+KESTRA_API kestra_status kestra_param_string_value(kestra_param* param, const char** text,
+                                                   size_t* length);
+KESTRA_API kestra_status kestra_param_dword_value(const kestra_param* param, uint32_t* number);
+KESTRA_API kestra_status kestra_param_type(const kestra_param* param, int32_t* type);
+
+/* ---- Columns of a result ---- */
+
+/* The names of the columns of the session's last result: for SELECT x, y the parameter's name or
+ * the expression's text, with the alias where two would be equal. For a result that has no columns
+ * of its own (SELECT *, a bare expression, a batch) count is 0. */
+KESTRA_API kestra_status kestra_session_columns(kestra_session* session, kestra_columns** columns);
+KESTRA_API kestra_status kestra_columns_release(kestra_columns* columns);
+KESTRA_API kestra_status kestra_columns_count(const kestra_columns* columns, int32_t* count);
+/* number counts from 0. */
+KESTRA_API kestra_status kestra_columns_name(const kestra_columns* columns, int32_t number,
+                                             const char** name);
+
+/* ---- Class tree ---- */
+
+/* The class named "Root"; its children are the modules. */
+KESTRA_API kestra_status kestra_session_root_class(kestra_session* session,
+                                                   kestra_class** root_class);
+KESTRA_API kestra_status kestra_class_release(kestra_class* diag_class);
+KESTRA_API kestra_status kestra_class_name(const kestra_class* diag_class, const char** name);
+KESTRA_API kestra_status kestra_class_description(const kestra_class* diag_class,
+                                                  const char** text);
+KESTRA_API kestra_status kestra_class_child_count(const kestra_class* diag_class, int32_t* count);
+/* number counts from 0, here and below. */
+KESTRA_API kestra_status kestra_class_child(const kestra_class* diag_class, int32_t number,
+                                            kestra_class** child);
+KESTRA_API kestra_status kestra_class_property_count(const kestra_class* diag_class,
+                                                     int32_t* count);
+/* What a property is: any place for a result may be null. options are joined by "|"; unit and
+ * options are empty where there are none. */
+KESTRA_API kestra_status kestra_class_property(const kestra_class* diag_class, int32_t number,
+                                               const char** name, int32_t* type, const char** unit,
+                                               const char** options, int32_t* can_be_changed,
+                                               const char** description);
+
+#ifdef __cplusplus
+}
+#endif
+
+#endif

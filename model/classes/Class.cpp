@@ -1,0 +1,134 @@
+#include "model/classes/Class.h"
+
+#include "VLib/src/text/Text.h"
+
+#include <mutex>
+
+namespace kestra {
+namespace {
+
+// Guards the building of every class. Building a class gets its children, so it is entered again
+// by the thread that holds it.
+std::recursive_mutex& ClassLock() {
+  static auto* pLock = new std::recursive_mutex;  // never destroyed: sessions may outlive statics
+  return *pLock;
+}
+
+Ref<DiagParamDefs> BuildParamDefs(std::span<const ParamDecl> params) {
+  if (params.empty()) return EmptyParamDefs();
+  auto defs = MakeRef<DiagParamDefs>();
+  for (const ParamDecl& param : params) {
+    defs->Add(param.name, param.type, param.text, param.canBeChanged, param.description);
+  }
+  return defs;
+}
+
+Ref<DiagParams> BuildArgs(std::span<const ArgDecl> args) {
+  if (args.empty()) return EmptyParams();
+  auto defs = MakeRef<DiagParamDefs>();
+  for (const ArgDecl& arg : args) {
+    defs->Add(arg.name, arg.type, arg.text, false, arg.description);
+  }
+  auto values = MakeRef<DiagParams>(Ref<const DiagParamDefs>(defs));
+  for (const ArgDecl& arg : args) {
+    if (arg.type == ParamType::String || arg.type == ParamType::Version) {
+      values->SetText(arg.name, arg.defaultText);
+    } else {
+      values->SetNumber(arg.name, arg.defaultNumber);
+    }
+  }
+  return values;
+}
+
+Ref<DiagActions> BuildActions(std::span<const ActionDecl> actions) {
+  if (actions.empty()) return nullptr;
+  auto list = MakeRef<DiagActions>();
+  for (const ActionDecl& action : actions) {
+    list->Add(MakeRef<DiagAction>(action.name, BuildArgs(action.args), action.description), false);
+  }
+  return list;
+}
+
+}  // namespace
+
+const DiagAction* DiagActions::Get(size_t index) const {
+  return index < m_actions.size() ? m_actions[index].get() : nullptr;
+}
+
+const DiagAction* DiagActions::Find(std::string_view name, bool ignoreCase) const {
+  for (const auto& action : m_actions) {
+    if (ignoreCase ? EqualsNoCase(action->Name, name) : action->Name == name) return action.get();
+  }
+  return nullptr;
+}
+
+void DiagActions::Add(Ref<DiagAction> action, bool replaceSameName) {
+  if (!action) return;
+  if (replaceSameName) {
+    for (auto& old : m_actions) {
+      if (EqualsNoCase(old->Name, action->Name)) {
+        old = std::move(action);
+        return;
+      }
+    }
+  }
+  m_actions.push_back(std::move(action));
+}
+
+DiagClass::DiagClass(std::string name, Ref<DiagParamDefs> params, bool canBeAdded,
+                     bool canBeDeleted, Ref<DiagActions> actions, Ref<DiagParams> args)
+    : Name(std::move(name)),
+      Params(params ? std::move(params) : EmptyParamDefs()),
+      CanBeAdded(canBeAdded),
+      CanBeDeleted(canBeDeleted),
+      Actions(std::move(actions)),
+      Args(args ? std::move(args) : EmptyParams()) {}
+
+DiagClass* FindClass(DiagClass* pClass, std::string_view name) {
+  if (!pClass) return nullptr;
+  if (EqualsNoCase(pClass->Name, name)) return pClass;
+  for (const auto& child : pClass->ChildClasses()) {
+    if (DiagClass* pFound = FindClass(child.get(), name)) return pFound;
+  }
+  return nullptr;
+}
+
+bool HasActiveContent(const DiagClass& diagClass) {
+  if (diagClass.CanBeAdded || diagClass.CanBeDeleted) return true;
+  for (size_t i = 0; i < diagClass.Params->Count(); ++i) {
+    if (diagClass.Params->Get(i)->CanBeChanged) return true;
+  }
+  for (const auto& child : diagClass.ChildClasses()) {
+    if (child && HasActiveContent(*child)) return true;
+  }
+  return false;
+}
+
+const Ref<DiagParamDefs>& EmptyParamDefs() {
+  static const auto* pEmpty = new Ref<DiagParamDefs>(MakeRef<DiagParamDefs>());
+  return *pEmpty;
+}
+
+const Ref<DiagParams>& EmptyParams() {
+  static const auto* pEmpty =
+      new Ref<DiagParams>(MakeRef<DiagParams>(Ref<const DiagParamDefs>(EmptyParamDefs())));
+  return *pEmpty;
+}
+
+Ref<DiagClass> ClassDecl::Get() const {
+  if (DiagClass* pBuilt = slot.m_pClass.load(std::memory_order_acquire)) {
+    return Ref<DiagClass>(pBuilt);
+  }
+  std::lock_guard lock(ClassLock());
+  if (DiagClass* pBuilt = slot.m_pClass.load(std::memory_order_relaxed)) {
+    return Ref<DiagClass>(pBuilt);
+  }
+  auto built = MakeRef<DiagClass>(name, BuildParamDefs(params), canBeAddedAndDeleted,
+                                  canBeAddedAndDeleted, BuildActions(actions), BuildArgs(args));
+  built->pDeclaration = this;
+  for (const ClassDecl* pChild : children) built->AddChildClass(pChild->Get());
+  slot.m_pClass.store(Ref<DiagClass>(built).Detach(), std::memory_order_release);
+  return built;
+}
+
+}  // namespace kestra

@@ -1,0 +1,83 @@
+// Parameters: the values of one item.
+#pragma once
+
+#include "model/items/ParamDef.h"
+#include "platform/base/FileTime.h"
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace kestra {
+
+class QueryMessage;
+
+// One value. Written by its item's module while the item is being filled or changed; read without
+// a lock afterwards.
+class DiagParam : public CCounted<DiagParam> {
+ public:
+  DiagParam() = default;
+  explicit DiagParam(const DiagParamDef* pDef) : Def(pDef) {}
+  DiagParam(const DiagParamDef* pDef, uint32_t number) : DWordValue(number), Def(pDef) {}
+  DiagParam(const DiagParamDef* pDef, std::string text)
+      : Def(pDef), StringValue(std::move(text)) {}
+  // The number stays 0 if the time does not convert.
+  DiagParam(const DiagParamDef* pDef, FileTime time, bool isLocal);
+  DiagParam(const DiagParamDef* pDef, const SystemTime& time, bool isLocal);
+
+  uint32_t DWordValue = 0;
+  Ref<const DiagParamDef> Def;  // null only in a fresh record
+  std::string StringValue;
+
+  // String and Version: the text. Dword: StringValue, that is normally empty. Enum: the option, or
+  // the empty text if the number is outside. Bitmask: the options of all set bits, joined by "|".
+  // Datime: local time.
+  std::string GetText() const;
+  // False, with the value as it was, for a text that the type does not take; Dword and Datime take
+  // none.
+  bool SetText(std::string_view text);
+  bool SetNumber(uint32_t number);
+  bool IsValid() const;
+  bool Differs(const DiagParam& other) const;
+};
+
+// The values of one item, in the order of setting.
+class DiagParams : public CCounted<DiagParams> {
+ public:
+  DiagParams() = default;
+  explicit DiagParams(Ref<const DiagParamDefs> defs) : m_poDefs(std::move(defs)) {}
+
+  const Ref<const DiagParamDefs>& Defs() const { return m_poDefs; }
+  size_t Count() const { return m_values.size(); }
+  // Null beyond the end.
+  DiagParam* Get(size_t index) const;
+  // The first of that name; null if there is none.
+  DiagParam* Find(std::string_view name, bool ignoreCase) const;
+  DiagParam* Find(const DiagParamDef& def) const;
+  // With replace, a parameter of the same name gives up its place; otherwise it is appended. A null
+  // reference adds nothing.
+  void Set(Ref<DiagParam> param, bool replace);
+  void Clear() { m_values.clear(); }
+  void Reserve(size_t count) { m_values.reserve(count); }
+  void Bind(Ref<const DiagParamDefs> defs);
+  // At the first value that is outside its declaration: raises 11002 and answers false.
+  bool CheckValues(QueryMessage& message) const;
+
+  // For filling an item. Each looks the declaration up by name, in any case, and appends a new
+  // record; null when nothing was added. A name that is not declared adds nothing.
+  DiagParam* SetText(std::string_view name, std::string text);
+  // An empty text adds nothing: a property without content stays absent and reads as NULL.
+  DiagParam* SetTextIfAny(std::string_view name, std::string text);
+  // A version property is set only with a text that parses as a version.
+  DiagParam* SetVersionIfAny(std::string_view name, std::string_view text);
+  DiagParam* SetNumber(std::string_view name, uint32_t number);
+  // A time that does not convert adds nothing.
+  DiagParam* SetTime(std::string_view name, const SystemTime& time, bool isLocal);
+  DiagParam* SetTime(std::string_view name, FileTime time);
+
+ private:
+  std::vector<Ref<DiagParam>> m_values;
+  Ref<const DiagParamDefs> m_poDefs;
+};
+
+}  // namespace kestra

@@ -1,0 +1,65 @@
+#include "query/Evaluate.h"
+
+#include "platform/os/Clock.h"
+#include "query/parse/Chart.h"
+#include "query/parse/ColumnNames.h"
+#include "query/parse/ParseTree.h"
+#include "query/parse/Predicates.h"
+
+namespace kestra {
+namespace {
+
+void RunTree(Value& out, ParseTree& tree, QueryContext& context) {
+  if (!context.Root || !static_cast<CVDiagItem&>(*context.Root)
+                            .Init(false, false, *context.Message)) {
+    out.SetError("Diagnostics initialization error");
+    return;
+  }
+  if (!RunNode(*tree.Top(), out) && !out.IsError()) out.SetError("Unknown error");
+}
+
+void Evaluate(Value& out, QueryContext& context, QueryReport* pReport) {
+  ParseTree tree;
+  if (Tokenise(context.QueryText, context.Tokens) && ParseTokens(context, tree)) {
+    if (pReport) pReport->columns = ColumnNames(*tree.Top());
+    if (context.TimeOut != 0) RunTree(out, tree, context);
+  } else if (context.Message->SystemError == kErrorCancelled) {
+    out.SetError();  // cut off while parsing: nobody knows whether the text is good
+  } else {
+    out.SetError("Syntax error");
+  }
+}
+
+}  // namespace
+
+QueryContext::QueryContext(std::string text, Ref<DiagRoot> root, uint32_t timeOut,
+                           Ref<QueryMessage> message)
+    : QueryText(std::move(text)),
+      Root(std::move(root)),
+      TimeOut(timeOut),
+      StartTicks(os::TickCount()),
+      Message(message ? std::move(message) : MakeRef<QueryMessage>()),
+      Predicates(std::make_unique<CPredicateCache>(*this)) {}
+
+QueryContext::~QueryContext() = default;
+
+bool QueryContext::CheckTimeOut(Value& out) const {
+  if (os::TickCount() - StartTicks < TimeOut) return false;
+  out.SetError();
+  return true;
+}
+
+void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& root, uint32_t timeOut,
+                   Ref<QueryMessage> message, QueryReport* pReport) {
+  Value result;
+  try {
+    QueryContext context(text, root, timeOut, std::move(message));
+    context.Message->ClearState();
+    Evaluate(result, context, pReport);
+  } catch (...) {
+    result.SetError("Unknown error");
+  }
+  out = std::move(result);
+}
+
+}  // namespace kestra

@@ -1,0 +1,49 @@
+// QueryContext: the one object per running query.
+#pragma once
+
+#include "model/items/QueryMessage.h"
+#include "model/root/Root.h"
+#include "query/parse/Tokeniser.h"
+#include "query/Value.h"
+
+#include <deque>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kestra {
+
+struct ParseNode;
+class CPredicateCache;
+
+// An alias and the row that it stands for now. The item is not counted: the entry never outlives
+// the row that it was bound to.
+struct ScopeEntry {
+  std::string_view Alias;  // empty for none; lives in the source's rows
+  CVDiagItem* Item;
+};
+
+// One thread, from parse to result.
+struct QueryContext {
+  QueryContext(std::string text, Ref<DiagRoot> root, uint32_t timeOut, Ref<QueryMessage> message);
+  ~QueryContext();
+  QueryContext(const QueryContext&) = delete;
+  QueryContext& operator=(const QueryContext&) = delete;
+
+  const std::string QueryText;
+  const Ref<DiagRoot> Root;       // may be null: a text can be parsed without one
+  const uint32_t TimeOut;         // milliseconds; 0: do not run
+  const uint32_t StartTicks;
+  TokenList Tokens;
+  std::vector<ScopeEntry> Scope;  // the aliases bound now; a stack
+  std::deque<ParseNode*> FilterStack;  // the WHERE of each open FROM; null for none
+  const Ref<QueryMessage> Message;
+  const std::unique_ptr<CPredicateCache> Predicates;
+
+  // Whether the query's time is over; out then becomes an Error without text.
+  bool CheckTimeOut(Value& out) const;
+  // Whether the query was cancelled; for loops, which look at every turn.
+  bool IsCancelled() const { return Message->IsTerminatedInLoop(); }
+};
+
+}  // namespace kestra

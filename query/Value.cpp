@@ -1,0 +1,259 @@
+#include "query/Value.h"
+
+#include "VLib/src/text/Text.h"
+#include "VLib/src/time/Datime.h"
+
+#include <fmt/format.h>
+
+namespace kestra {
+namespace {
+
+bool IsDatimeParam(const DiagParamDef& def) { return def.Type == ParamType::Datime; }
+
+std::string ParameterText(const DiagParam* pParam) {
+  if (!pParam) return {};
+  if (pParam->Def && pParam->Def->Type == ParamType::Dword) return fmt::to_string(pParam->DWordValue);
+  return pParam->GetText();
+}
+
+bool ParametersEqual(const DiagParam* pA, const DiagParam* pB) {
+  return pA && pB && pA->Def.get() == pB->Def.get() && pA->DWordValue == pB->DWordValue &&
+         EqualsNoCase(pA->StringValue, pB->StringValue);
+}
+
+}  // namespace
+
+static_assert(sizeof(Value) == 16, "a value is two words");
+
+Value::Value(const Value& other) : m_kind(other.m_kind), m_payload(other.m_payload) {
+  switch (m_kind) {
+    case ValueKind::Error:
+    case ValueKind::String:
+      if (m_payload.pText) m_payload.pText->AddRef();
+      break;
+    case ValueKind::Parameter:
+      if (m_payload.pParam) m_payload.pParam->AddRef();
+      break;
+    case ValueKind::DiagItem:
+      if (m_payload.pItem) m_payload.pItem->AddRef();
+      break;
+    case ValueKind::Vector:
+      if (m_payload.pVector) m_payload.pVector->AddRef();
+      break;
+    default:
+      break;
+  }
+}
+
+Value::Value(Value&& other) noexcept { Take(other); }
+
+void Value::Take(Value& other) noexcept {
+  m_kind = std::exchange(other.m_kind, ValueKind::Undefined);
+  m_payload = std::exchange(other.m_payload, Payload{nullptr});
+}
+
+Value& Value::operator=(const Value& other) {
+  if (this != &other) *this = Value(other);
+  return *this;
+}
+
+Value& Value::operator=(Value&& other) noexcept {
+  if (this == &other) return *this;
+  Value old(std::move(*this));  // released last: it may own other
+  Take(other);
+  return *this;
+}
+
+void Value::Clear() {
+  const ValueKind kind = std::exchange(m_kind, ValueKind::Undefined);
+  const Payload payload = std::exchange(m_payload, Payload{nullptr});
+  if (!payload.pointer) return;
+  switch (kind) {
+    case ValueKind::Error:
+    case ValueKind::String:
+      payload.pText->Release();
+      break;
+    case ValueKind::Parameter:
+      payload.pParam->Release();
+      break;
+    case ValueKind::DiagItem:
+      payload.pItem->Release();
+      break;
+    case ValueKind::Vector:
+      payload.pVector->Release();
+      break;
+    default:
+      break;
+  }
+}
+
+void Value::SetError() {
+  Clear();
+  m_kind = ValueKind::Error;
+}
+
+void Value::SetError(std::string text) {
+  auto shared = MakeRef<CSharedText>(std::move(text));
+  SetError();
+  m_payload.pText = shared.Detach();
+}
+
+void Value::SetBoolean(bool value) {
+  Clear();
+  m_kind = ValueKind::Boolean;
+  m_payload.boolean = value;
+}
+
+void Value::SetNumber(int32_t value) {
+  Clear();
+  m_kind = ValueKind::Number;
+  m_payload.number = value;
+}
+
+void Value::SetString(std::string text) {
+  auto shared = MakeRef<CSharedText>(std::move(text));
+  Clear();
+  m_kind = ValueKind::String;
+  m_payload.pText = shared.Detach();
+}
+
+void Value::SetDatime(uint32_t value) {
+  Clear();
+  m_kind = ValueKind::Datime;
+  m_payload.datime = value;
+}
+
+void Value::SetParameter(Ref<DiagParam> param) {
+  Clear();
+  m_kind = ValueKind::Parameter;
+  m_payload.pParam = param.Detach();
+}
+
+void Value::SetDiagItem(Ref<CVDiagItem> item) {
+  Clear();
+  m_kind = ValueKind::DiagItem;
+  m_payload.pItem = item.Detach();
+}
+
+void Value::SetVector(Ref<ValueVector> vector) {
+  Clear();
+  m_kind = ValueKind::Vector;
+  m_payload.pVector = vector.Detach();
+}
+
+void Value::SetAny() {
+  Clear();
+  m_kind = ValueKind::Any;
+}
+
+DiagParam* Value::asParameter() const {
+  return m_kind == ValueKind::Parameter ? m_payload.pParam : nullptr;
+}
+
+DiagParam* Value::ParamOf(bool (DiagParamDef::*test)() const) const {
+  DiagParam* pParam = asParameter();
+  return pParam && pParam->Def && (pParam->Def.get()->*test)() ? pParam : nullptr;
+}
+
+bool Value::IsNumber() const {
+  return m_kind == ValueKind::Number || ParamOf(&DiagParamDef::HoldsNumber);
+}
+
+bool Value::IsString() const {
+  return m_kind == ValueKind::String || ParamOf(&DiagParamDef::HoldsText);
+}
+
+bool Value::IsDatime() const {
+  if (m_kind == ValueKind::Datime) return true;
+  const DiagParam* pParam = asParameter();
+  return pParam && pParam->Def && IsDatimeParam(*pParam->Def);
+}
+
+int32_t Value::asLong() const {
+  if (m_kind == ValueKind::Number) return m_payload.number;
+  const DiagParam* pParam = ParamOf(&DiagParamDef::HoldsNumber);
+  return pParam ? static_cast<int32_t>(pParam->DWordValue) : 0;
+}
+
+uint32_t Value::asDatime() const {
+  if (m_kind == ValueKind::Datime) return m_payload.datime;
+  return IsDatime() ? m_payload.pParam->DWordValue : 0;
+}
+
+std::string Value::asString() const {
+  switch (m_kind) {
+    case ValueKind::Error:
+      return m_payload.pText ? fmt::format("<ERROR: {}>", m_payload.pText->text) : "<ERROR>";
+    case ValueKind::Undefined:
+      return "<NULL>";
+    case ValueKind::Boolean:
+      return m_payload.boolean ? "True" : "False";
+    case ValueKind::Number:
+      return fmt::to_string(static_cast<uint32_t>(m_payload.number));
+    case ValueKind::String:
+      return m_payload.pText->text;
+    case ValueKind::Datime:
+      return DatimeText(m_payload.datime);
+    case ValueKind::Parameter:
+      return ParameterText(m_payload.pParam);
+    case ValueKind::DiagItem:
+      return "<Diagnostics Item>";
+    case ValueKind::Vector:
+      return "<Vector>";
+    case ValueKind::Any:
+      return "<Any value>";
+  }
+  return {};
+}
+
+std::string_view Value::asText(std::string& buffer) const {
+  if (m_kind == ValueKind::String) return m_payload.pText->text;
+  const DiagParam* pParam = asParameter();
+  if (pParam && pParam->Def &&
+      (pParam->Def->Type == ParamType::String || pParam->Def->Type == ParamType::Version)) {
+    return pParam->StringValue;
+  }
+  buffer = asString();
+  return buffer;
+}
+
+CVDiagItem* Value::asVDIagItem() const { return IsVDiagItem() ? m_payload.pItem : nullptr; }
+
+ValueVector& Value::asVector() const {
+  static auto* pEmpty = MakeRef<ValueVector>().Detach();  // shared for ever
+  return IsVector() && m_payload.pVector ? *m_payload.pVector : *pEmpty;
+}
+
+void Value::AppendText(std::string_view text) {
+  if (m_kind != ValueKind::String) return;
+  if (!m_payload.pText->IsShared()) {
+    m_payload.pText->text.append(text);
+    return;
+  }
+  std::string joined;
+  joined.reserve(m_payload.pText->text.size() + text.size());
+  joined.append(m_payload.pText->text).append(text);
+  SetString(std::move(joined));
+}
+
+bool Equals(const Value& a, const Value& b) {
+  switch (a.Kind()) {
+    case ValueKind::Boolean:
+      return b.IsBoolean() && a.asBool() == b.asBool();
+    case ValueKind::Number:
+      return b.IsNumber() && a.asLong() == b.asLong();
+    case ValueKind::String: {
+      std::string bufferA, bufferB;
+      return b.IsString() && EqualsNoCase(a.asText(bufferA), b.asText(bufferB));
+    }
+    case ValueKind::Datime:
+      return b.IsDatime() && a.asDatime() == b.asDatime();
+    case ValueKind::Parameter:
+      if (b.Kind() != ValueKind::Parameter) return Equals(b, a);
+      return ParametersEqual(a.asParameter(), b.asParameter());
+    default:
+      return false;
+  }
+}
+
+}  // namespace kestra

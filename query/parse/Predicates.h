@@ -1,0 +1,42 @@
+// The terminal predicates: symbols of the grammar that look at a token, at the tokens around it,
+// and at the classes that exist. They make the grammar depend on the modules.
+//
+// A predicate depends on its arguments alone, so what it said of a position is kept for the query.
+#pragma once
+
+#include "query/parse/Columns.h"
+#include "query/parse/Grammar.h"
+#include "query/QueryContext.h"
+
+#include <vector>
+
+namespace kestra {
+
+// Whether the token at that position fits. out then has its value, and is an Error without text
+// otherwise.
+bool RunPredicate(Predicate predicate, Value& out, QueryContext& context, size_t position);
+
+// What the predicates said, by position.
+class CPredicateCache {
+ public:
+  explicit CPredicateCache(QueryContext& context) : m_context(context) {}
+
+  // The same verdict without the value.
+  bool Fits(Predicate predicate, size_t position);
+  // The column that the token names, whatever its type.
+  const ColumnBinding& Column(size_t position);
+
+ private:
+  struct Verdicts {
+    uint32_t known = 0;
+    uint32_t fits = 0;
+    uint32_t column = 0;  // index into m_columns, counted from 1
+  };
+  Verdicts& At(size_t position);
+
+  QueryContext& m_context;
+  std::vector<Verdicts> m_verdicts;
+  std::vector<ColumnBinding> m_columns;
+};
+
+}  // namespace kestra

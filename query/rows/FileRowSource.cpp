@@ -1,0 +1,58 @@
+#include "query/rows/FileRowSource.h"
+
+#include "Modules/Files/FileItem.h"
+#include "platform/machine/SystemFacts.h"
+#include "VLib/src/paths/ExpandPath.h"
+#include "VLib/src/text/Text.h"
+
+namespace kestra {
+
+bool FileRowSource::Run(Value& error) {
+  error.SetError();
+  CMachine& machine = *Context().Root->Machine();
+  std::string path;
+  if (!ExpandPath(m_path, path, machine, PathTokens::FileRows)) return false;
+  const size_t separator = path.rfind(machine.System().PathSeparator());
+  if (separator == std::string::npos) return false;
+  const std::string directory = path.substr(0, separator + 1);
+  const std::string name = path.substr(separator + 1);
+  if (HasWildcard(directory)) return false;
+  if (!machine.Files() || name.empty()) return true;
+  return HasWildcard(name) ? AddMatching(directory, name, error) : AddOne(directory, name, error);
+}
+
+bool FileRowSource::AddOne(const std::string& directory, const std::string& name, Value& error) {
+  FileInfo info;
+  if (Context().Root->Machine()->Files()->Info(directory + name, info) != kErrorSuccess) return true;
+  if (name.front() == '.' || (info.attributes & kFileAttributeDirectory)) return true;
+  return !Context().CheckTimeOut(error) && AddLeaf(directory, name, info);
+}
+
+bool FileRowSource::AddMatching(const std::string& directory, const std::string& pattern,
+                                Value& error) {
+  std::unique_ptr<CDirectoryListing> listing;
+  CFileSystem& files = *Context().Root->Machine()->Files();
+  if (files.OpenDirectory(directory, listing) != kErrorSuccess) return true;
+  std::string name;
+  for (;;) {
+    const SystemError status = listing->Next(name);
+    if (status == kErrorNoMoreFiles) return true;
+    if (status != kErrorSuccess || Context().IsCancelled()) return false;
+    if (name.empty() || name.front() == '.' || !Matches(name, pattern, true, false)) continue;
+    FileInfo info;
+    if (listing->Info(info) == kErrorFileNotFound) continue;  // gone since it was listed
+    if (info.attributes & kFileAttributeDirectory) continue;
+    if (Context().CheckTimeOut(error) || !AddLeaf(directory, name, info)) return false;
+    if (IsFull()) return true;
+  }
+}
+
+bool FileRowSource::AddLeaf(const std::string& directory, const std::string& name,
+                            const FileInfo& info) {
+  auto item = MakeRef<CFileItem>(Context().Root->Machine(), directory, name, info);
+  CVDiagItem& base = *item;
+  if (!base.Init(false, false, *Context().Message)) return item->HasVanished();
+  return AddRow(base);
+}
+
+}  // namespace kestra

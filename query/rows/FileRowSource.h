@@ -1,0 +1,25 @@
+// Rows of FILES.FILE('path'): the files of one directory whose names match the last part.
+#pragma once
+
+#include "query/rows/RowSource.h"
+
+#include "platform/machine/FileSystem.h"
+
+namespace kestra {
+
+class FileRowSource : public RowSource {
+ public:
+  FileRowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit)
+      : RowSource(node, descriptor, limit), m_path(descriptor.arguments.asString()) {}
+  // A path that is not there gives no rows. A wildcard stands in the last part only.
+  bool Run(Value& error) override;
+
+ private:
+  bool AddOne(const std::string& directory, const std::string& name, Value& error);
+  bool AddMatching(const std::string& directory, const std::string& pattern, Value& error);
+  bool AddLeaf(const std::string& directory, const std::string& name, const FileInfo& info);
+
+  const std::string m_path;
+};
+
+}  // namespace kestra

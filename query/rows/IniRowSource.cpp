@@ -1,0 +1,10 @@
+#include "query/rows/IniRowSource.h"
+
+namespace kestra {
+
+bool IniRowSource::Run(Value& error) {
+  error.SetError();
+  return false;
+}
+
+}  // namespace kestra

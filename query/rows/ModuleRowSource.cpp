@@ -1,0 +1,60 @@
+#include "query/rows/ModuleRowSource.h"
+
+#include "query/rows/Arguments.h"
+
+namespace kestra {
+namespace {
+
+// Whether the statement that a node belongs to changes something: the nearest one around it
+// decides.
+bool IsInActiveStatement(const ParseNode& node) {
+  for (const ParseNode* pNode = &node; pNode; pNode = pNode->Parent) {
+    const Symbol first = pNode->Rule->Symbols[0];
+    if (first.Kind != SymbolKind::Keyword) continue;
+    switch (first.Number) {
+      case kKwSelect:
+        return false;
+      case kKwInsert:
+      case kKwUpdate:
+      case kKwDelete:
+      case kKwExecute:
+        return true;
+      default:
+        break;
+    }
+  }
+  return false;
+}
+
+}  // namespace
+
+Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
+                                Value& error) {
+  error.SetError();
+  const Ref<DiagClass> root = context.Root->GetTypeInfo();
+  const DiagClass* pClass = FindClass(root.get(), descriptor.moduleName);
+  if (!pClass) return nullptr;
+  DiagParams args(pClass->Args->Defs());
+  if (!ApplyArguments(error, descriptor.arguments.asVector(), args)) return nullptr;
+  return context.Root->GetDiagModule(descriptor.moduleName, args);
+}
+
+bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {
+  QueryContext& context = *node.Context;
+  return module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
+                           IsInActiveStatement(node), *context.Root, *context.Message);
+}
+
+bool ModuleRowSource::Run(Value& error) {
+  error.SetError();
+  if (m_descriptor.arguments.IsAny()) {
+    SetUndecided();
+    return true;
+  }
+  if (!Context().Root) return false;
+  const Ref<DiagModule> module = GetSourceModule(Context(), m_descriptor, error);
+  return module && PrepareModule(*module, Node(), m_descriptor) &&
+         WalkItems(*module, m_descriptor.className);
+}
+
+}  // namespace kestra

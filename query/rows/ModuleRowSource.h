@@ -1,0 +1,28 @@
+// Rows of a module: finds or makes the module for its arguments, has it filled, and walks its tree.
+#pragma once
+
+#include "query/rows/RowSource.h"
+
+#include "model/classes/Module.h"
+
+namespace kestra {
+
+class ModuleRowSource : public RowSource {
+ public:
+  ModuleRowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit)
+      : RowSource(node, descriptor, limit), m_descriptor(descriptor) {}
+  bool Run(Value& error) override;
+
+ private:
+  const SourceDescriptor m_descriptor;
+};
+
+// The module that a descriptor names, found or made, not filled. Null with error set: an argument
+// that does not fit, or no such module.
+Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
+                                Value& error);
+
+// Fills the module as the cache age and the statement around node ask for.
+bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor);
+
+}  // namespace kestra

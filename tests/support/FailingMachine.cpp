@@ -1,0 +1,227 @@
+#include "tests/support/FailingMachine.h"
+
+#include "platform/machine/FileSystem.h"
+#include "platform/machine/Processes.h"
+#include "platform/machine/Registry.h"
+
+namespace kestra::test {
+namespace {
+
+// Counts a call and runs it unless it is the one that fails.
+template <class Operation>
+SystemError Run(CFaultPlan& plan, Facility facility, Operation operation) {
+  const SystemError error = plan.Count(facility);
+  return error == kErrorSuccess ? operation() : error;
+}
+
+class CFailingListing final : public CDirectoryListing {
+ public:
+  CFailingListing(CFaultPlan& plan, std::unique_ptr<CDirectoryListing> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError Next(std::string& name) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Next(name); });
+  }
+  SystemError Info(FileInfo& info) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Info(info); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  std::unique_ptr<CDirectoryListing> m_inner;
+};
+
+class CFailingFileSystem final : public CFileSystem {
+ public:
+  CFailingFileSystem(CFaultPlan& plan, CFileSystem& inner) : m_plan(plan), m_inner(inner) {}
+  SystemError OpenDirectory(const std::string& path,
+                            std::unique_ptr<CDirectoryListing>& listing) override {
+    return Run(m_plan, Facility::Files, [&] {
+      std::unique_ptr<CDirectoryListing> inner;
+      const SystemError error = m_inner.OpenDirectory(path, inner);
+      if (error == kErrorSuccess)
+        listing = std::make_unique<CFailingListing>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+  SystemError Info(const std::string& path, FileInfo& info) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.Info(path, info); });
+  }
+  SystemError ShortPath(const std::string& path, std::string& shortPath) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.ShortPath(path, shortPath); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  CFileSystem& m_inner;
+};
+
+class CFailingKey final : public CRegistryKey {
+ public:
+  CFailingKey(CFaultPlan& plan, std::unique_ptr<CRegistryKey> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError OpenSubKey(const std::string& path, uint32_t access,
+                         std::unique_ptr<CRegistryKey>& key) override {
+    return Call(
+        [&] { return Wrap(key, [&](auto& k) { return m_inner->OpenSubKey(path, access, k); }); });
+  }
+  SystemError CreateSubKey(const std::string& path, uint32_t access,
+                           std::unique_ptr<CRegistryKey>& key) override {
+    return Call(
+        [&] { return Wrap(key, [&](auto& k) { return m_inner->CreateSubKey(path, access, k); }); });
+  }
+  SystemError DeleteSubKey(const std::string& path, uint32_t access) override {
+    return Call([&] { return m_inner->DeleteSubKey(path, access); });
+  }
+  SystemError QueryInfo(RegistryKeyInfo& info) override {
+    return Call([&] { return m_inner->QueryInfo(info); });
+  }
+  SystemError EnumSubKey(uint32_t index, std::string& name) override {
+    return Call([&] { return m_inner->EnumSubKey(index, name); });
+  }
+  SystemError EnumValue(uint32_t index, std::string& name) override {
+    return Call([&] { return m_inner->EnumValue(index, name); });
+  }
+  SystemError QueryValue(const std::string& name, uint32_t& type, std::string& data) override {
+    return Call([&] { return m_inner->QueryValue(name, type, data); });
+  }
+  SystemError SetValue(const std::string& name, uint32_t type, const std::string& data) override {
+    return Call([&] { return m_inner->SetValue(name, type, data); });
+  }
+  SystemError DeleteValue(const std::string& name) override {
+    return Call([&] { return m_inner->DeleteValue(name); });
+  }
+
+ private:
+  template <class Operation>
+  SystemError Call(Operation operation) {
+    return Run(m_plan, Facility::Registry, operation);
+  }
+  template <class Operation>
+  SystemError Wrap(std::unique_ptr<CRegistryKey>& key, Operation operation) {
+    std::unique_ptr<CRegistryKey> inner;
+    const SystemError error = operation(inner);
+    if (error == kErrorSuccess) key = std::make_unique<CFailingKey>(m_plan, std::move(inner));
+    return error;
+  }
+
+  CFaultPlan& m_plan;
+  std::unique_ptr<CRegistryKey> m_inner;
+};
+
+class CFailingRegistry final : public CRegistry {
+ public:
+  CFailingRegistry(CFaultPlan& plan, CRegistry& inner) : m_plan(plan), m_inner(inner) {}
+  SystemError OpenRoot(RegistryRoot root, std::unique_ptr<CRegistryKey>& key) override {
+    return Run(m_plan, Facility::Registry, [&] {
+      std::unique_ptr<CRegistryKey> inner;
+      const SystemError error = m_inner.OpenRoot(root, inner);
+      if (error == kErrorSuccess) key = std::make_unique<CFailingKey>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  CRegistry& m_inner;
+};
+
+class CFailingProcess final : public CProcess {
+ public:
+  CFailingProcess(CFaultPlan& plan, std::unique_ptr<CProcess> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  os::NativeHandle Native() const override { return m_inner->Native(); }
+  SystemError RequestClose() override {
+    return Run(m_plan, Facility::Processes, [&] { return m_inner->RequestClose(); });
+  }
+  SystemError Terminate() override {
+    return Run(m_plan, Facility::Processes, [&] { return m_inner->Terminate(); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  std::unique_ptr<CProcess> m_inner;
+};
+
+class CFailingProcessList final : public CProcessList {
+ public:
+  CFailingProcessList(CFaultPlan& plan, std::unique_ptr<CProcessList> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError Next(ProcessRecord& record) override {
+    return Run(m_plan, Facility::Processes, [&] { return m_inner->Next(record); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  std::unique_ptr<CProcessList> m_inner;
+};
+
+class CFailingProcesses final : public CProcesses {
+ public:
+  CFailingProcesses(CFaultPlan& plan, CProcesses& inner) : m_plan(plan), m_inner(inner) {}
+  SystemError Enumerate(uint32_t wanted, std::unique_ptr<CProcessList>& list) override {
+    return Run(m_plan, Facility::Processes, [&] {
+      std::unique_ptr<CProcessList> inner;
+      const SystemError error = m_inner.Enumerate(wanted, inner);
+      if (error == kErrorSuccess)
+        list = std::make_unique<CFailingProcessList>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+  SystemError Open(uint32_t pid, uint64_t startTime, std::unique_ptr<CProcess>& process) override {
+    return Run(m_plan, Facility::Processes, [&] {
+      std::unique_ptr<CProcess> inner;
+      const SystemError error = m_inner.Open(pid, startTime, inner);
+      if (error == kErrorSuccess)
+        process = std::make_unique<CFailingProcess>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  CProcesses& m_inner;
+};
+
+}  // namespace
+
+void CFaultPlan::FailCall(uint32_t number, SystemError error, Facility facility) {
+  m_calls = 0;
+  m_hasFailed = false;
+  m_error = error;
+  m_facility = facility;
+  m_failing = number;
+}
+
+SystemError CFaultPlan::Count(Facility facility) {
+  const Facility wanted = m_facility;
+  if (wanted != Facility::Any && wanted != facility) return kErrorSuccess;
+  if (++m_calls != m_failing) return kErrorSuccess;
+  m_hasFailed = true;
+  return m_error;
+}
+
+CFailingMachine::CFailingMachine(Ref<CMachine> inner) : m_inner(std::move(inner)) {
+  if (m_inner->Files()) m_pFiles = std::make_unique<CFailingFileSystem>(m_plan, *m_inner->Files());
+  if (m_inner->Registry())
+    m_pRegistry = std::make_unique<CFailingRegistry>(m_plan, *m_inner->Registry());
+  if (m_inner->Processes())
+    m_pProcesses = std::make_unique<CFailingProcesses>(m_plan, *m_inner->Processes());
+}
+
+CFailingMachine::~CFailingMachine() = default;
+
+void CFailingMachine::FailCall(uint32_t number, SystemError error, Facility facility) {
+  m_plan.FailCall(number, error, facility);
+}
+
+CFileSystem* CFailingMachine::Files() {
+  return m_pFiles.get();
+}
+CRegistry* CFailingMachine::Registry() {
+  return m_pRegistry.get();
+}
+CProcesses* CFailingMachine::Processes() {
+  return m_pProcesses.get();
+}
+
+}  // namespace kestra::test

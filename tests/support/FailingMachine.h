@@ -1,0 +1,68 @@
+// A machine that forwards to another one and makes one call fail: the fault harness.
+//
+//   auto machine = MakeRef<CFailingMachine>(inner);
+//   for (uint32_t n = 1;; ++n) {
+//     machine->FailCall(n, kErrorAccessDenied);
+//     ... run, and look that what comes out is right or an error ...
+//     if (!machine->HasFailed()) break;  // there was no n-th call
+//   }
+//
+// A call is one of any method that answers with an error number, of a facility or of an object that
+// it gave out; the system facts do not fail. All methods may be called from any thread.
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+
+#include "platform/base/SystemError.h"
+#include "platform/machine/Machine.h"
+
+namespace kestra::test {
+
+enum class Facility : uint32_t { Any, Files, Registry, Processes };
+
+// Counts the calls and says which one fails.
+class CFaultPlan {
+ public:
+  void FailCall(uint32_t number, SystemError error, Facility facility);
+  // kErrorSuccess lets the call through.
+  SystemError Count(Facility facility);
+  uint32_t Calls() const { return m_calls; }
+  bool HasFailed() const { return m_hasFailed; }
+
+ private:
+  std::atomic<uint32_t> m_calls{0};
+  std::atomic<uint32_t> m_failing{0};
+  std::atomic<SystemError> m_error{0};
+  std::atomic<Facility> m_facility{Facility::Any};
+  std::atomic<bool> m_hasFailed{false};
+};
+
+class CFailingMachine final : public CMachine {
+ public:
+  explicit CFailingMachine(Ref<CMachine> inner);
+  ~CFailingMachine() override;
+
+  // The number-th call from now on, counted from 1 over the facility's calls or all, fails with
+  // error. 0 only counts.
+  void FailCall(uint32_t number, SystemError error, Facility facility = Facility::Any);
+  // Calls of the facility that FailCall named, since then.
+  uint32_t Calls() const { return m_plan.Calls(); }
+  // Whether the call came and failed.
+  bool HasFailed() const { return m_plan.HasFailed(); }
+
+  CSystemFacts& System() override { return m_inner->System(); }
+  CFileSystem* Files() override;
+  CRegistry* Registry() override;
+  CProcesses* Processes() override;
+
+ private:
+  Ref<CMachine> m_inner;
+  CFaultPlan m_plan;
+  std::unique_ptr<CFileSystem> m_pFiles;
+  std::unique_ptr<CRegistry> m_pRegistry;
+  std::unique_ptr<CProcesses> m_pProcesses;
+};
+
+}  // namespace kestra::test

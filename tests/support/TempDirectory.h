@@ -1,0 +1,29 @@
+// A directory of the test's own, removed with all that is in it at the end of the scope.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+namespace kestra::test {
+
+class CTempDirectory {
+ public:
+  CTempDirectory();
+  ~CTempDirectory();
+  CTempDirectory(const CTempDirectory&) = delete;
+  CTempDirectory& operator=(const CTempDirectory&) = delete;
+
+  std::string Path() const { return m_path.string(); }
+  // The path of a name in the directory.
+  std::string operator/(const std::string& name) const { return (m_path / name).string(); }
+  // Writes a file and gives its path.
+  std::string Write(const std::string& name, const std::string& content) const;
+
+ private:
+  std::filesystem::path m_path;
+};
+
+std::string ReadWholeFile(const std::string& path);
+void WriteWholeFile(const std::string& path, const std::string& content);
+
+}  // namespace kestra::test

@@ -1,0 +1,61 @@
+#include "tests/support/linux/ChildProcess.h"
+
+#include "platform/os/Clock.h"
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <stdexcept>
+
+extern char** environ;
+
+namespace kestra::test {
+
+CChildProcess::CChildProcess(const std::string& path, const std::vector<std::string>& arguments) {
+  std::vector<char*> pointers;
+  for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
+  pointers.push_back(nullptr);
+  if (posix_spawn(&m_pid, path.c_str(), nullptr, nullptr, pointers.data(), environ) != 0)
+    throw std::runtime_error("cannot start " + path);
+}
+
+CChildProcess::~CChildProcess() {
+  if (m_pid < 0) return;
+  kill(m_pid, SIGKILL);
+  Reap();
+}
+
+void CChildProcess::AwaitExec() const {
+  const std::string link = "/proc/" + std::to_string(m_pid) + "/exe";
+  std::error_code error;
+  const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
+  for (int tries = 0; tries < 5000; ++tries) {
+    const auto found = std::filesystem::read_symlink(link, error);
+    if (!error && found != own) return;
+    os::Sleep(1);
+  }
+  throw std::runtime_error("the child does not start");
+}
+
+void CChildProcess::Reap() {
+  waitpid(m_pid, nullptr, 0);
+  m_pid = -1;
+}
+
+bool RunAsOrdinaryUser(const std::function<bool()>& body) {
+  constexpr uid_t kNobody = 65534;
+  const pid_t child = fork();
+  if (child == 0) {
+    const bool isRoot = geteuid() == 0;
+    if (isRoot && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(2);
+    _exit(body() ? 0 : 1);
+  }
+  int status = -1;
+  waitpid(child, &status, 0);
+  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+}
+
+}  // namespace kestra::test

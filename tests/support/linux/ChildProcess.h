@@ -1,0 +1,36 @@
+// A real child process of the test.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include <sys/types.h>
+
+namespace kestra::test {
+
+class CChildProcess {
+ public:
+  // Runs the program at path with the arguments given, the first of which is its name.
+  CChildProcess(const std::string& path, const std::vector<std::string>& arguments);
+  // Kills it if it still runs.
+  ~CChildProcess();
+  CChildProcess(const CChildProcess&) = delete;
+  CChildProcess& operator=(const CChildProcess&) = delete;
+
+  uint32_t Pid() const { return static_cast<uint32_t>(m_pid); }
+  // Waits until it has replaced the image of the test, so that /proc tells of the program.
+  void AwaitExec() const;
+  // Lets the system forget an ended child; until then it is a zombie.
+  void Reap();
+
+ private:
+  pid_t m_pid = -1;
+};
+
+// Runs body in a forked child as a user without rights ("nobody") and answers whether it returned
+// true. As an ordinary user already, the child stays what it is.
+bool RunAsOrdinaryUser(const std::function<bool()>& body);
+
+}  // namespace kestra::test
