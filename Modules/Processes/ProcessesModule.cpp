@@ -16,6 +16,7 @@ const ProcessDefs& Defs() {
 
 }  // namespace
 
+// The items are full when they are made, whether or not children are asked for.
 bool CProcessesModule::Init(bool /*bInitChild*/, QueryMessage& message) {
   Children.Clear();
   Params.Clear();

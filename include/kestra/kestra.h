@@ -189,6 +189,8 @@ KESTRA_API kestra_status kestra_param_string_value(kestra_param* param, const ch
                                                    size_t* length);
 KESTRA_API kestra_status kestra_param_dword_value(const kestra_param* param, uint32_t* number);
 KESTRA_API kestra_status kestra_param_type(const kestra_param* param, int32_t* type);
+/* What a KESTRA_TYPE_DWORD counts, such as "KB"; empty where there is no unit. */
+KESTRA_API kestra_status kestra_param_unit(const kestra_param* param, const char** unit);
 
 /* ---- Columns of a result ---- */
 
@@ -208,6 +210,9 @@ KESTRA_API kestra_status kestra_columns_name(const kestra_columns* columns, int3
 KESTRA_API kestra_status kestra_session_root_class(kestra_session* session,
                                                    kestra_class** root_class);
 KESTRA_API kestra_status kestra_class_release(kestra_class* diag_class);
+/* Two handles may stand for one class: same is 1 then, else 0. */
+KESTRA_API kestra_status kestra_class_is_same(const kestra_class* diag_class,
+                                              const kestra_class* other, int32_t* same);
 KESTRA_API kestra_status kestra_class_name(const kestra_class* diag_class, const char** name);
 KESTRA_API kestra_status kestra_class_description(const kestra_class* diag_class,
                                                   const char** text);

@@ -5,25 +5,20 @@
 #include "Modules/Registry/RegistryClasses.h"
 #include "VLib/src/text/Text.h"
 
-#include <initializer_list>
-#include <optional>
-
 namespace kestra {
 namespace {
 
-// Walks the tokens of one query. Positions are signed: -1 stands before the first token.
+// Looks through the tokens of one query. Positions are signed: -1 stands before the first token.
 class CColumnSearch {
  public:
-  CColumnSearch(QueryContext& context, std::ptrdiff_t p)
-      : m_tokens(context.Tokens), m_name(m_tokens[static_cast<size_t>(p)].text) {
+  CColumnSearch(QueryContext& context, const CTokenMap& map, std::ptrdiff_t p)
+      : m_tokens(context.Tokens), m_map(map), m_name(m_tokens[static_cast<size_t>(p)].text) {
     if (context.Root) m_poRootClass = context.Root->GetTypeInfo();
   }
 
   ColumnBinding Run(std::ptrdiff_t p);
 
  private:
-  using Words = std::initializer_list<KeywordId>;
-
   KeywordId KeywordAt(std::ptrdiff_t q) const {
     return IsInside(q) ? m_tokens[static_cast<size_t>(q)].keyword : kNoKeyword;
   }
@@ -33,52 +28,22 @@ class CColumnSearch {
   bool IsInside(std::ptrdiff_t q) const { return q >= 0 && q < Count(); }
   std::ptrdiff_t Count() const { return static_cast<std::ptrdiff_t>(m_tokens.size()); }
 
-  KeywordId Scan(std::ptrdiff_t& q, std::ptrdiff_t step, Words words) const;
   bool SkipGroup(std::ptrdiff_t& m) const;
   bool TrySource(std::ptrdiff_t k, ColumnBinding& found) const;
   DiagClass* ClassOfSource(std::ptrdiff_t k, std::ptrdiff_t c) const;
 
   const TokenList& m_tokens;
+  const CTokenMap& m_map;
   const std::string_view m_name;
   std::string_view m_alias;
   Ref<DiagClass> m_poRootClass;
 };
 
-// Walks until one of the words stands outside of parentheses opened on the way, and answers it; q
-// stays there. kNoKeyword past the end of the text. A parenthesis that was opened before the walk
-// began is passed by.
-KeywordId CColumnSearch::Scan(std::ptrdiff_t& q, std::ptrdiff_t step, Words words) const {
-  const KeywordId opens = step < 0 ? kKwClose : kKwOpen;
-  const KeywordId closes = step < 0 ? kKwOpen : kKwClose;
-  for (size_t depth = 0; IsInside(q); q += step) {
-    const KeywordId keyword = KeywordAt(q);
-    if (keyword == kNoKeyword) continue;
-    if (keyword == opens) {
-      ++depth;
-    } else if (depth > 0) {
-      if (keyword == closes) --depth;
-    } else {
-      for (const KeywordId word : words) {
-        if (word == keyword) return keyword;
-      }
-    }
-  }
-  return kNoKeyword;
-}
-
 // Moves m behind the parenthesis that closes the one at m, if one opens there.
 bool CColumnSearch::SkipGroup(std::ptrdiff_t& m) const {
   if (KeywordAt(m) != kKwOpen) return true;
-  size_t depth = 0;
-  for (; IsInside(m); ++m) {
-    const KeywordId keyword = KeywordAt(m);
-    if (keyword == kKwOpen) ++depth;
-    if (keyword == kKwClose && --depth == 0) {
-      ++m;
-      return true;
-    }
-  }
-  return false;
+  m = m_map.Partner(m) + 1;
+  return m != CTokenMap::kNowhere + 1;
 }
 
 DiagClass* CColumnSearch::ClassOfSource(std::ptrdiff_t k, std::ptrdiff_t c) const {
@@ -132,36 +97,37 @@ ColumnBinding CColumnSearch::Run(std::ptrdiff_t p) {
     m_alias = TextAt(q - 1);
     q -= 2;
   }
-  const KeywordId keyword = Scan(q, -1, {kKwFrom, kKwJoin, kKwSelect, kKwUpdate, kKwDelete});
-  if (keyword == kNoKeyword) return {};
+  q = m_map.ClauseBefore(q);
+  if (q == CTokenMap::kNowhere) return {};
+  const KeywordId keyword = KeywordAt(q);
   if (keyword == kKwUpdate || keyword == kKwDelete) {
     if (TrySource(q, found)) return found;
     if (keyword == kKwDelete) return {};
   }
   if (keyword == kKwSelect || keyword == kKwUpdate) {
-    const std::ptrdiff_t start = q;
-    for (;;) {
-      const KeywordId stop = Scan(q, 1, {kKwWhere, kKwClose, kKwFrom, kKwJoin});
-      if (stop != kKwFrom && stop != kKwJoin) break;
-      if (TrySource(q, found)) return found;
-      ++q;
+    for (std::ptrdiff_t k = m_map.SourceOrEndFrom(q);
+         KeywordAt(k) == kKwFrom || KeywordAt(k) == kKwJoin; k = m_map.SourceOrEndFrom(k + 1)) {
+      if (TrySource(k, found)) return found;
     }
-    q = start - 1;
-    if (Scan(q, -1, {kKwFrom, kKwJoin}) == kNoKeyword) return {};
+    q = m_map.SourceBefore(q - 1);
   }
-  do {
+  for (; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
     if (TrySource(q, found)) return found;
-    --q;
-  } while (Scan(q, -1, {kKwFrom, kKwJoin}) != kNoKeyword);
+  }
   return {};
+}
+
+// Whether a token can be a name at all. Most tokens of a long text are literals and marks.
+bool CanBeName(std::string_view token) {
+  return IsAsciiAlnum(token[0]) || token[0] == '_';
 }
 
 }  // namespace
 
-ColumnBinding ResolveColumn(QueryContext& context, size_t p) {
-  if (p >= context.Tokens.size()) return {};
+ColumnBinding ResolveColumn(QueryContext& context, const CTokenMap& map, size_t p) {
+  if (p >= context.Tokens.size() || !CanBeName(context.Tokens[p].text)) return {};
   const auto position = static_cast<std::ptrdiff_t>(p);
-  return CColumnSearch(context, position).Run(position);
+  return CColumnSearch(context, map, position).Run(position);
 }
 
 }  // namespace kestra

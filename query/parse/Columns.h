@@ -2,6 +2,7 @@
 // parser asks while it recognises the text; a name of the wrong type in a place is a syntax error.
 #pragma once
 
+#include "query/parse/TokenMap.h"
 #include "query/QueryContext.h"
 
 #include <cstddef>
@@ -17,6 +18,6 @@ struct ColumnBinding {
 // The column that the token at position p names. The sources are searched in this order: those of
 // the name's own select list to the right, then those to the left, which are the ones of enclosing
 // statements. The first that declares the name decides.
-ColumnBinding ResolveColumn(QueryContext& context, size_t p);
+ColumnBinding ResolveColumn(QueryContext& context, const CTokenMap& map, size_t p);
 
 }  // namespace kestra

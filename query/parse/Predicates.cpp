@@ -136,7 +136,8 @@ bool CPredicateCache::Fits(Predicate predicate, size_t position) {
 const ColumnBinding& CPredicateCache::Column(size_t position) {
   Verdicts& verdicts = At(position);
   if (verdicts.column == 0) {
-    m_columns.push_back(ResolveColumn(m_context, position));
+    if (!m_pMap) m_pMap = std::make_unique<CTokenMap>(m_context.Tokens);
+    m_columns.push_back(ResolveColumn(m_context, *m_pMap, position));
     verdicts.column = static_cast<uint32_t>(m_columns.size());
   }
   return m_columns[verdicts.column - 1];

@@ -8,6 +8,7 @@
 #include "query/parse/Grammar.h"
 #include "query/QueryContext.h"
 
+#include <memory>
 #include <vector>
 
 namespace kestra {
@@ -37,6 +38,7 @@ class CPredicateCache {
   QueryContext& m_context;
   std::vector<Verdicts> m_verdicts;
   std::vector<ColumnBinding> m_columns;
+  std::unique_ptr<CTokenMap> m_pMap;  // made at the first column
 };
 
 }  // namespace kestra

@@ -1,11 +1,11 @@
 #include "tests/support/TempDirectory.h"
 
-#include "platform/os/HostEnvironment.h"
-
 #include <atomic>
 #include <fstream>
 #include <iterator>
 #include <stdexcept>
+
+#include "platform/os/HostEnvironment.h"
 
 namespace kestra::test {
 

@@ -24,11 +24,11 @@ std::string FileTitle(const std::string& path) {
   return name.substr(0, name.rfind('.'));
 }
 
-void OpenOnce() {
+void OpenOnce(const std::string& directory) {
   const std::string path = os::LibraryPath();
   const std::string executable = os::ExecutablePath();
   CVLog& log = GlobalLog();
-  log.Open(std::string(), FileTitle(path) + "_" + FileTitle(executable));
+  log.Open(directory, FileTitle(path) + "_" + FileTitle(executable));
   // The log itself stays, for threads that still run while the process ends.
   std::atexit([] { GlobalLog().Close(); });
   log.Info("kestra loaded - module info: load_address=0x%08" PRIXPTR ", path=%s, executable=%s",
@@ -42,9 +42,9 @@ CVLog& GlobalLog() {
   return *pLog;
 }
 
-void OpenGlobalLog() {
+void OpenGlobalLog(const std::string& directory) {
   static std::once_flag once;
-  std::call_once(once, OpenOnce);
+  std::call_once(once, OpenOnce, directory);
 }
 
 }  // namespace kestra

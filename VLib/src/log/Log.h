@@ -108,7 +108,8 @@ class CVLog {
 // close marker is written when the process ends in the ordinary way.
 CVLog& GlobalLog();
 #define g_Log ::kestra::GlobalLog()
-// Opens g_Log and writes the entry about the loaded library, once per process.
-void OpenGlobalLog();
+// Opens g_Log and writes the entry about the loaded library, once per process. directory, if not
+// empty, is where the file is wanted; it counts at the first call only.
+void OpenGlobalLog(const std::string& directory = std::string());
 
 }  // namespace kestra

@@ -1,11 +1,13 @@
-#include "VLib/src/text/Text.h"
-
 #include <gtest/gtest.h>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
 
-int Sign(int number) { return (number > 0) - (number < 0); }
+int Sign(int number) {
+  return (number > 0) - (number < 0);
+}
 
 struct Comparison {
   std::string_view a;
@@ -25,11 +27,11 @@ TEST(CompareNoCase, OrdersByFoldedCodePoint) {
       {"Z", "[", 1},
       {"ÄÖÜ", "äöü", 0},
       {"z", "ä", -1},
-      {"ΣΑΣ", "σας", 0},     // the final sigma folds to the other one
-      {"\u212A", "k", 0},    // the Kelvin sign, of three bytes
-      {"\u1E9E", "ß", 0},    // a mapping of status S
-      {"ß", "ss", 1},        // full folding is not used
-      {"I", "\u0131", -1},   // nor is the Turkish one
+      {"ΣΑΣ", "σας", 0},    // the final sigma folds to the other one
+      {"\u212A", "k", 0},   // the Kelvin sign, of three bytes
+      {"\u1E9E", "ß", 0},   // a mapping of status S
+      {"ß", "ss", 1},       // full folding is not used
+      {"I", "\u0131", -1},  // nor is the Turkish one
       {"\U00010400", "\U00010428", 0},
       {"\xFF", "\U0010FFFF", 1},  // bytes that are no UTF-8 stand behind all characters
       {"\xFE", "\xFF", -1},
@@ -55,8 +57,8 @@ TEST(FoldCharacter, AgreesWithTheUnicodeDatabase) {
     checkSum = checkSum * 31 + character * 7 + folded;
     EXPECT_EQ(FoldCharacter(folded), folded) << character;
   }
-  EXPECT_EQ(count, @COUNT@u);
-  EXPECT_EQ(checkSum, @SUM@u);
+  EXPECT_EQ(count, 1454u);
+  EXPECT_EQ(checkSum, 2794485037u);
 }
 
 }  // namespace

@@ -1,9 +1,9 @@
-#include "VLib/src/text/Text.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
@@ -16,13 +16,27 @@ struct Match {
 
 TEST(Matches, WithoutEscape) {
   const Match cases[] = {
-      {"", "", true},          {"", "*", true},        {"", "?", false},
-      {"a", "", false},        {"Abc", "aBC", true},   {"abc", "a*", true},
-      {"abc", "*c", true},     {"abc", "a?c", true},   {"abc", "a?", false},
-      {"abc", "a???", false},  {"abc", "***", true},   {"abab", "*ab", true},
-      {"a%b", "a%b", true},    {"axb", "a%b", false},  {"a\\b", "a\\b", true},
-      {"äöü", "?ÖÜ", true},    {"äöü", "???", true},   {"äöü", "??????", false},
-      {"a\xFF", "a?", true},   {"x.tar.gz", "*.gz", true}, {"x.gz.tar", "*.gz", false},
+      {"", "", true},
+      {"", "*", true},
+      {"", "?", false},
+      {"a", "", false},
+      {"Abc", "aBC", true},
+      {"abc", "a*", true},
+      {"abc", "*c", true},
+      {"abc", "a?c", true},
+      {"abc", "a?", false},
+      {"abc", "a???", false},
+      {"abc", "***", true},
+      {"abab", "*ab", true},
+      {"a%b", "a%b", true},
+      {"axb", "a%b", false},
+      {"a\\b", "a\\b", true},
+      {"äöü", "?ÖÜ", true},
+      {"äöü", "???", true},
+      {"äöü", "??????", false},
+      {"a\xFF", "a?", true},
+      {"x.tar.gz", "*.gz", true},
+      {"x.gz.tar", "*.gz", false},
   };
   for (const Match& test : cases)
     EXPECT_EQ(Matches(test.text, test.pattern, true, false), test.expected)
@@ -33,9 +47,9 @@ TEST(Matches, WithoutEscape) {
 
 TEST(Matches, WithEscape) {
   const Match cases[] = {
-      {"a*b", "a\\*b", true},   {"axb", "a\\*b", false}, {"a?b", "*\\?b", true},
-      {"axb", "*\\?b", false},  {"a\\b", "a\\\\b", true}, {"a\\", "a\\", false},
-      {"a", "a\\", false},      {"xxa*", "*\\*", true},  {"a*bc*d", "*\\*d", true},
+      {"a*b", "a\\*b", true},  {"axb", "a\\*b", false},  {"a?b", "*\\?b", true},
+      {"axb", "*\\?b", false}, {"a\\b", "a\\\\b", true}, {"a\\", "a\\", false},
+      {"a", "a\\", false},     {"xxa*", "*\\*", true},   {"a*bc*d", "*\\*d", true},
   };
   for (const Match& test : cases)
     EXPECT_EQ(Matches(test.text, test.pattern, true, true), test.expected)

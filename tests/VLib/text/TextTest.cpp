@@ -1,8 +1,8 @@
-#include "VLib/src/text/Text.h"
-
 #include <gtest/gtest.h>
 
 #include <limits>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
@@ -20,7 +20,7 @@ TEST(NextCharacter, StepsByCharacterAndByBrokenByte) {
       {"\xE0\x80\x80", {kByte + 0xE0, kByte + 0x80, kByte + 0x80}},  // overlong
       {"\xED\xA0\x80", {kByte + 0xED, kByte + 0xA0, kByte + 0x80}},  // surrogate
       {"\xF4\x90\x80\x80", {kByte + 0xF4, kByte + 0x90, kByte + 0x80, kByte + 0x80}},
-      {"\xE2\x82", {kByte + 0xE2, kByte + 0x82}},                    // cut off
+      {"\xE2\x82", {kByte + 0xE2, kByte + 0x82}},  // cut off
       {"\xE2z", {kByte + 0xE2, 'z'}},
       {"\xF0\x90\x80\x80", {0x10000}},
       {"\xFF", {kByte + 0xFF}},
@@ -77,9 +77,14 @@ struct UInt32Case {
 TEST(ParseUInt32, ReadsAsStrtoulWith32Bits) {
   constexpr uint32_t kMost = std::numeric_limits<uint32_t>::max();
   const UInt32Case cases[] = {
-      {"", 0, 0},           {"4294967295", kMost, 10},   {"4294967296", kMost, 10},
-      {"-1", kMost, 2},     {"-4294967295", 1, 11},      {"-4294967296", kMost, 11},
-      {"12,", 12, 2},       {"18446744073709551617", kMost, 20},
+      {"", 0, 0},
+      {"4294967295", kMost, 10},
+      {"4294967296", kMost, 10},
+      {"-1", kMost, 2},
+      {"-4294967295", 1, 11},
+      {"-4294967296", kMost, 11},
+      {"12,", 12, 2},
+      {"18446744073709551617", kMost, 20},
   };
   for (const UInt32Case& test : cases) {
     size_t consumed = 99;

@@ -1,7 +1,5 @@
 #include "tests/support/linux/ChildProcess.h"
 
-#include "platform/os/Clock.h"
-
 #include <signal.h>
 #include <spawn.h>
 #include <sys/wait.h>
@@ -10,13 +8,16 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "platform/os/Clock.h"
+
 extern char** environ;
 
 namespace kestra::test {
 
 CChildProcess::CChildProcess(const std::string& path, const std::vector<std::string>& arguments) {
   std::vector<char*> pointers;
-  for (const std::string& argument : arguments) pointers.push_back(const_cast<char*>(argument.c_str()));
+  for (const std::string& argument : arguments)
+    pointers.push_back(const_cast<char*>(argument.c_str()));
   pointers.push_back(nullptr);
   if (posix_spawn(&m_pid, path.c_str(), nullptr, nullptr, pointers.data(), environ) != 0)
     throw std::runtime_error("cannot start " + path);

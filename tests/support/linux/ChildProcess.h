@@ -1,12 +1,12 @@
 // A real child process of the test.
 #pragma once
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
-
-#include <sys/types.h>
 
 namespace kestra::test {
 

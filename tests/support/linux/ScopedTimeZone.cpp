@@ -1,9 +1,9 @@
 #include "tests/support/ScopedTimeZone.h"
 
-#include "platform/os/HostEnvironment.h"
-
 #include <cstdlib>
 #include <ctime>
+
+#include "platform/os/HostEnvironment.h"
 
 namespace kestra::test {
 

@@ -1,0 +1,35 @@
+// Items by their declared properties.
+#pragma once
+
+#include "cli/Cell.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace kestra::cli {
+
+// The declared properties of a class, in order.
+struct ItemLayout {
+  struct Property {
+    std::string name;
+    std::string unit;
+  };
+  CClassHandle diagClass;
+  std::vector<Property> properties;
+};
+
+// Remembers the layouts of the classes that were met.
+class CItemLayouts {
+ public:
+  // Lives as long as this object.
+  const ItemLayout& Of(kestra_item* item);
+
+ private:
+  std::vector<std::unique_ptr<ItemLayout>> m_layouts;  // the last one met stands first
+};
+
+// What an item has for each property of its layout; null where it is not set.
+std::vector<CParamHandle> ReadProperties(kestra_item* item, const ItemLayout& layout);
+
+}  // namespace kestra::cli

@@ -1,0 +1,122 @@
+#include "cli/Items.h"
+#include "cli/Render.h"
+#include "cli/Rows.h"
+
+#include <nlohmann/json.hpp>
+
+namespace kestra::cli {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+// Vectors in vectors are shown that deep, and as their text below.
+constexpr int kMaxDepth = 16;
+
+Json FlagsOf(const std::string& text) {
+  Json flags = Json::array();
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find('|', start), text.size());
+    flags.push_back(text.substr(start, end - start));
+    start = end + 1;
+  }
+  return flags;
+}
+
+Json JsonOf(const Cell& cell) {
+  switch (cell.kind) {
+    case CellKind::Null:
+      return nullptr;
+    case CellKind::Boolean:
+      return cell.number != 0;
+    case CellKind::Number:
+      return cell.number;
+    case CellKind::Datime:
+      return UtcText(cell.number);
+    case CellKind::Flags:
+      return FlagsOf(cell.text);
+    default:
+      return cell.text;
+  }
+}
+
+class CJsonRows {
+ public:
+  explicit CJsonRows(const std::vector<std::string>& columns) : m_columns(columns) {}
+
+  // A row of the result: an object where its values have names.
+  Json RowOf(kestra_value* row) {
+    const auto values = Take<CValuesHandle>(kestra_value_as_vector, row);
+    if (m_columns.empty()) return ValueOf(row, 1);
+    Json object = Json::object();
+    const int32_t count = values ? Ask<int32_t>(kestra_values_count, values.get()) : 1;
+    for (int32_t i = 0; i < count; ++i) {
+      const auto element = values ? Take<CValueHandle>(kestra_values_value, values.get(), i) : nullptr;
+      object[NameOf(object, static_cast<size_t>(i))] = ValueOf(element ? element.get() : row, 1);
+    }
+    return object;
+  }
+
+  Json ValueOf(kestra_value* value, int depth) {
+    if (const auto item = Take<CItemHandle>(kestra_value_as_vdiag_item, value)) {
+      return ItemOf(item.get());
+    }
+    const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
+    if (!values || depth > kMaxDepth) return JsonOf(ReadCell(value));
+    Json array = Json::array();
+    const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
+    for (int32_t i = 0; i < count; ++i) {
+      const auto element = Take<CValueHandle>(kestra_values_value, values.get(), i);
+      array.push_back(ValueOf(element.get(), depth + 1));
+    }
+    return array;
+  }
+
+ private:
+  Json ItemOf(kestra_item* item) {
+    const ItemLayout& layout = m_layouts.Of(item);
+    const auto params = ReadProperties(item, layout);
+    Json object = Json::object();
+    for (size_t i = 0; i < params.size(); ++i) {
+      object[layout.properties[i].name] = params[i] ? JsonOf(ReadCell(params[i].get())) : Json();
+    }
+    return object;
+  }
+
+  // The name of the index-th value, which the object does not have yet.
+  std::string NameOf(const Json& object, size_t index) const {
+    const std::string wanted =
+        index < m_columns.size() ? m_columns[index] : "Value" + std::to_string(index + 1);
+    std::string name = wanted;
+    for (int i = 2; object.contains(name); ++i) name = wanted + "_" + std::to_string(i);
+    return name;
+  }
+
+  const std::vector<std::string>& m_columns;
+  CItemLayouts m_layouts;
+};
+
+std::string Dump(const Json& json) {
+  return json.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+}  // namespace
+
+void RenderJson(kestra_value* value, const std::vector<std::string>& columns, bool lines,
+                COutput& output) {
+  CJsonRows rows(columns);
+  const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
+  if (!values) {
+    output.Write(Dump(rows.ValueOf(value, 0)) + '\n');
+    return;
+  }
+  const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
+  if (!lines) output.Write(count == 0 ? "[" : "[\n");
+  for (int32_t i = 0; i < count; ++i) {
+    const auto element = Take<CValueHandle>(kestra_values_value, values.get(), i);
+    output.Write(Dump(rows.RowOf(element.get())));
+    output.Write(!lines && i + 1 < count ? ",\n" : "\n");
+  }
+  if (!lines) output.Write("]\n");
+}
+
+}  // namespace kestra::cli

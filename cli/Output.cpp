@@ -1,0 +1,28 @@
+#include "cli/Output.h"
+
+#include <cerrno>
+#include <system_error>
+
+namespace kestra::cli {
+namespace {
+
+constexpr size_t kBufferSize = 64 * 1024;
+
+}  // namespace
+
+void CFileOutput::Write(std::string_view text) {
+  m_buffer.append(text);
+  if (m_buffer.size() >= kBufferSize) Flush();
+}
+
+void CFileOutput::Flush() {
+  const std::string content = std::exchange(m_buffer, {});
+  errno = 0;
+  if (std::fwrite(content.data(), 1, content.size(), m_pFile) == content.size() &&
+      std::fflush(m_pFile) == 0) {
+    return;
+  }
+  throw COutputError(m_name + ": " + std::generic_category().message(errno));
+}
+
+}  // namespace kestra::cli

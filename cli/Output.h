@@ -1,0 +1,44 @@
+// Where a result is written to.
+#pragma once
+
+#include <cstdio>
+#include <stdexcept>
+#include <string>
+#include <string_view>
+
+namespace kestra::cli {
+
+// What could not be written, and why.
+class COutputError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+// One thread. Write and Flush throw COutputError.
+class COutput {
+ public:
+  virtual ~COutput() = default;
+  virtual void Write(std::string_view text) = 0;
+  virtual void Flush() {}
+};
+
+class CStringOutput final : public COutput {
+ public:
+  void Write(std::string_view text) override { content.append(text); }
+  std::string content;
+};
+
+// A stream of the process. What is not flushed is lost.
+class CFileOutput final : public COutput {
+ public:
+  CFileOutput(std::FILE* pFile, std::string name) : m_pFile(pFile), m_name(std::move(name)) {}
+  void Write(std::string_view text) override;
+  void Flush() override;
+
+ private:
+  std::FILE* m_pFile;
+  std::string m_name;
+  std::string m_buffer;
+};
+
+}  // namespace kestra::cli

@@ -1,0 +1,112 @@
+#include "cli/Rows.h"
+
+#include <algorithm>
+
+namespace kestra::cli {
+namespace {
+
+// The elements of a row that is a vector; the row itself for any other.
+std::vector<CValueHandle> ElementsOf(CValueHandle row) {
+  std::vector<CValueHandle> elements;
+  const auto values = Take<CValuesHandle>(kestra_value_as_vector, row.get());
+  if (!values) {
+    elements.push_back(std::move(row));
+    return elements;
+  }
+  const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
+  for (int32_t i = 0; i < count; ++i) {
+    elements.push_back(Take<CValueHandle>(kestra_values_value, values.get(), i));
+  }
+  return elements;
+}
+
+std::string UnitOf(kestra_value* value) {
+  const auto param = Take<CParamHandle>(kestra_value_as_param, value);
+  return param ? Ask<const char*>(kestra_param_unit, param.get()) : "";
+}
+
+bool HasName(const std::vector<Column>& columns, const std::string& name) {
+  return std::any_of(columns.begin(), columns.end(),
+                     [&](const Column& column) { return column.name == name; });
+}
+
+// A name that no column has yet.
+std::string FreshName(const std::vector<Column>& columns, const std::string& wanted) {
+  std::string name = wanted;
+  for (int number = 2; HasName(columns, name); ++number) name = wanted + "_" + std::to_string(number);
+  return name;
+}
+
+}  // namespace
+
+CRows::CRows(kestra_value* vector, const std::vector<std::string>& names)
+    : m_values(Take<CValuesHandle>(kestra_value_as_vector, vector)) {
+  m_count = Ask<int32_t>(kestra_values_count, m_values.get());
+  AddNamedColumns(names);
+  for (int32_t i = 0; i < m_count; ++i) Survey(i);
+}
+
+void CRows::AddNamedColumns(const std::vector<std::string>& names) {
+  for (const std::string& name : names) m_columns.push_back({FreshName(m_columns, name), {}});
+  m_listColumns = m_columns.size();
+}
+
+void CRows::Survey(int32_t number) {
+  auto row = Take<CValueHandle>(kestra_values_value, m_values.get(), number);
+  if (const auto item = Take<CItemHandle>(kestra_value_as_vdiag_item, row.get())) {
+    SurveyItem(item.get());
+    return;
+  }
+  const bool isSingle = !Is(kestra_value_is_vector, row.get());
+  const auto elements = ElementsOf(std::move(row));
+  while (m_listColumns < elements.size()) {
+    const std::string name = isSingle ? "Value" : "Value" + std::to_string(m_listColumns + 1);
+    const auto place = m_columns.begin() + static_cast<std::ptrdiff_t>(m_listColumns++);
+    m_columns.insert(place, {FreshName(m_columns, name), {}});
+    for (auto& [property, column] : m_propertyColumns) ++column;
+  }
+  for (size_t i = 0; i < elements.size(); ++i) {
+    m_columns[i].isSet = true;
+    if (m_columns[i].unit.empty()) m_columns[i].unit = UnitOf(elements[i].get());
+  }
+}
+
+void CRows::SurveyItem(kestra_item* item) {
+  const ItemLayout& layout = m_layouts.Of(item);
+  const auto params = ReadProperties(item, layout);
+  for (size_t i = 0; i < params.size(); ++i) {
+    const size_t column = ColumnOfProperty(layout.properties[i]);
+    if (params[i]) m_columns[column].isSet = true;
+  }
+}
+
+size_t CRows::ColumnOfProperty(const ItemLayout::Property& property) {
+  const auto [found, isNew] = m_propertyColumns.try_emplace(property.name, m_columns.size());
+  if (isNew) m_columns.push_back({FreshName(m_columns, property.name), property.unit});
+  return found->second;
+}
+
+std::vector<Cell> CRows::Read(int32_t number) {
+  std::vector<Cell> cells(m_columns.size());
+  auto row = Take<CValueHandle>(kestra_values_value, m_values.get(), number);
+  if (const auto item = Take<CItemHandle>(kestra_value_as_vdiag_item, row.get())) {
+    ReadItem(item.get(), cells);
+    return cells;
+  }
+  const auto elements = ElementsOf(std::move(row));
+  for (size_t i = 0; i < elements.size() && i < cells.size(); ++i) {
+    cells[i] = ReadCell(elements[i].get());
+  }
+  return cells;
+}
+
+void CRows::ReadItem(kestra_item* item, std::vector<Cell>& row) {
+  const ItemLayout& layout = m_layouts.Of(item);
+  const auto params = ReadProperties(item, layout);
+  for (size_t i = 0; i < params.size(); ++i) {
+    const auto found = m_propertyColumns.find(layout.properties[i].name);
+    if (params[i] && found != m_propertyColumns.end()) row[found->second] = ReadCell(params[i].get());
+  }
+}
+
+}  // namespace kestra::cli

@@ -1,0 +1,21 @@
+// Text as wide as a terminal shows it.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace kestra::cli {
+
+// A text that may be sent to a terminal: control characters, marks that turn the direction of text,
+// and bytes that are not UTF-8 become the replacement character; a tab, CR or LF becomes a blank,
+// or stays with keepLines.
+std::string Printable(std::string_view text, bool keepLines = false);
+
+// In columns, of a printable text.
+size_t WidthOf(std::string_view text);
+
+// A printable text cut to at most width columns, which is at least 1; one that is cut ends in an
+// ellipsis.
+std::string CutToWidth(std::string_view text, size_t width);
+
+}  // namespace kestra::cli

@@ -1,0 +1,63 @@
+// What the handles of the C interface are: small heap objects, each holding a copy or a counted
+// reference of what it stands for, and the texts that were given out from it.
+//
+// Threads: a handle is used by one thread at a time; what it refers to may be shared by many.
+#pragma once
+
+#include "front/session/SorrelCOM.h"
+#include "include/kestra/kestra.h"
+
+#include <string>
+#include <vector>
+
+struct kestra_session {
+  explicit kestra_session(kestra::SessionSetup setup) : session(std::move(setup)) {}
+  kestra::CSorrelCOM session;
+  std::string lastMessage;
+  std::vector<std::string> lastColumns;
+};
+
+struct kestra_value {
+  kestra::Value value;
+  std::string text;  // made at the first question for it; an empty text is made again each time
+};
+
+struct kestra_values {
+  kestra::Ref<kestra::ValueVector> vector;
+};
+
+struct kestra_item {
+  kestra::Ref<kestra::CVDiagItem> item;
+};
+
+// The list belongs to its item, so the item is what is held.
+struct kestra_items {
+  kestra::Ref<kestra::CVDiagItem> owner;
+};
+
+struct kestra_params {
+  kestra::Ref<kestra::CVDiagItem> owner;
+};
+
+struct kestra_param {
+  kestra::Ref<kestra::DiagParam> param;
+  std::string text;
+};
+
+struct kestra_columns {
+  std::vector<std::string> names;
+};
+
+struct kestra_class {
+  explicit kestra_class(kestra::Ref<kestra::DiagClass> theClass)
+      : diagClass(std::move(theClass)), options(diagClass->Params->Count()) {}
+  kestra::Ref<kestra::DiagClass> diagClass;
+  mutable std::vector<std::string> options;  // of each property, joined, once it was asked for
+};
+
+namespace kestra {
+
+// A session over a machine and modules of the caller's choice, to be destroyed like any other.
+kestra_session* MakeSession(SessionSetup setup);
+
+}  // namespace kestra

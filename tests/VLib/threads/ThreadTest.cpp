@@ -1,0 +1,125 @@
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <stdexcept>
+
+#include "VLib/src/threads/Thread.h"
+#include "platform/os/Clock.h"
+
+namespace kestra {
+namespace {
+
+class CTestThread final : public CVThread {
+ public:
+  explicit CTestThread(std::function<void(CTestThread&)> body,
+                       std::atomic<bool>* pDeleted = nullptr)
+      : m_body(std::move(body)), m_pDeleted(pDeleted) {}
+  ~CTestThread() override {
+    if (m_pDeleted) *m_pDeleted = true;
+  }
+
+ protected:
+  void Run() override { m_body(*this); }
+
+ private:
+  std::function<void(CTestThread&)> m_body;
+  std::atomic<bool>* m_pDeleted;
+};
+
+bool WaitFor(const std::function<bool()>& condition) {
+  for (int i = 0; i < 5000; ++i) {
+    if (condition()) return true;
+    os::Sleep(1);
+  }
+  return false;
+}
+
+TEST(CVThread, RunsUntilItIsStopped) {
+  std::atomic<uint32_t> id{0};
+  const auto thread = MakeRef<CTestThread>([&](CTestThread& self) {
+    id = os::CurrentThreadId();
+    os::WaitAny({self.StopEvent().get()}, os::kInfinite);
+  });
+  EXPECT_EQ(thread->ThreadId(), 0u);
+  EXPECT_TRUE(thread->Stop(0));  // nothing runs
+  for (int round = 0; round < 2; ++round) {
+    ASSERT_TRUE(thread->Start(256 * 1024));
+    EXPECT_FALSE(thread->Start());
+    EXPECT_TRUE(thread->IsRunning());
+    ASSERT_TRUE(WaitFor([&] { return id != 0; }));
+    EXPECT_EQ(thread->ThreadId(), id);
+    EXPECT_TRUE(thread->Stop(10000));
+    EXPECT_FALSE(thread->IsRunning());
+    EXPECT_EQ(thread->ThreadId(), 0u);
+    id = 0;
+  }
+}
+
+TEST(CVThread, ExistsUntilItIsStoppedThoughItEndedByItself) {
+  const auto thread = MakeRef<CTestThread>([](CTestThread&) { throw std::runtime_error("x"); });
+  ASSERT_TRUE(thread->Start());
+  ASSERT_TRUE(WaitFor([&] { return !thread->IsRunning(); }));
+  EXPECT_FALSE(thread->Start());
+  EXPECT_TRUE(thread->Stop(0));
+  EXPECT_TRUE(thread->Start());
+  EXPECT_TRUE(thread->Stop(10000));
+}
+
+TEST(CVThread, LeavesBehindAThreadThatDoesNotEnd) {
+  os::CEvent mayEnd;
+  std::atomic<int> ended{0};
+  std::atomic<int> sawStop{0};
+  std::atomic<bool> isDeleted{false};
+  auto thread = MakeRef<CTestThread>(
+      [&](CTestThread& self) {
+        os::WaitAny({&mayEnd}, os::kInfinite);
+        if (self.StopEvent()->IsSet()) ++sawStop;
+        ++ended;
+      },
+      &isDeleted);
+  ASSERT_TRUE(thread->Start());
+  EXPECT_FALSE(thread->Stop(10));
+  EXPECT_FALSE(thread->IsRunning());
+  ASSERT_TRUE(thread->Start());  // a second one, beside the first
+  EXPECT_FALSE(thread->StopEvent()->IsSet());
+  mayEnd.Set();
+  ASSERT_TRUE(WaitFor([&] { return ended == 2; }));
+  EXPECT_EQ(sawStop, 1);  // each looks at its own stop event
+  EXPECT_TRUE(thread->Stop(10000));
+  thread = nullptr;
+  EXPECT_TRUE(WaitFor([&] { return isDeleted.load(); }));
+}
+
+TEST(CVThread, TheThreadKeepsItsObject) {
+  std::atomic<bool> isDeleted{false};
+  os::CEvent mayEnd;
+  {
+    const auto thread = MakeRef<CTestThread>(
+        [&](CTestThread& self) {
+          os::WaitAny({&mayEnd}, os::kInfinite);
+          EXPECT_FALSE(self.Stop(10000));  // from the thread itself: only the event is set
+          EXPECT_TRUE(self.StopEvent()->IsSet());
+        },
+        &isDeleted);
+    ASSERT_TRUE(thread->Start());
+  }
+  EXPECT_FALSE(isDeleted);
+  mayEnd.Set();
+  EXPECT_TRUE(WaitFor([&] { return isDeleted.load(); }));
+}
+
+TEST(CVThread, MayBeStoppedFromManyThreads) {
+  for (int round = 0; round < 50; ++round) {
+    const auto thread = MakeRef<CTestThread>(
+        [](CTestThread& self) { os::WaitAny({self.StopEvent().get()}, os::kInfinite); });
+    ASSERT_TRUE(thread->Start());
+    const auto stopper =
+        MakeRef<CTestThread>([&](CTestThread&) { EXPECT_TRUE(thread->Stop(10000)); });
+    ASSERT_TRUE(stopper->Start());
+    EXPECT_TRUE(thread->Stop(10000));
+    EXPECT_TRUE(stopper->Stop(10000));
+  }
+}
+
+}  // namespace
+}  // namespace kestra

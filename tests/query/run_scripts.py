@@ -1,0 +1,113 @@
+#!/usr/bin/env python3
+"""Runs query scripts through the command, as a user would.
+
+    run_scripts.py [--skip-test-modules] COMMAND... -- SCRIPT...
+
+COMMAND is how the command is called (such as "wine kestra.exe"); the query goes in behind it.
+
+A script is a list of cases, parted by blank lines; lines that begin with "#" are comments.
+
+    @active                 options of the case: --active
+    @timeout 500            --timeout 500
+    > SELECT x              the query; further lines that begin with ">" continue it
+    = text                  a line of standard output, exactly
+    ~ te*t                  a line of standard output, with "*" for anything
+    -                       no output at all
+    ! <ERROR: Syntax error> the query ends as an Error; "*" stands for anything
+
+A script with a line "@test-modules" needs the command that has the test modules.
+"""
+import re
+import subprocess
+import sys
+
+
+class Case:
+    def __init__(self, line):
+        self.line, self.options, self.query, self.expected = line, [], [], []
+
+
+def parse(path):
+    cases, case, needs_modules = [], None, False
+    with open(path, encoding="utf-8") as script:
+        for number, raw in enumerate(script, 1):
+            text = raw.rstrip("\n")
+            if not text or text.startswith("#"):
+                case = case if text else None
+                continue
+            if text == "@test-modules":
+                needs_modules = True
+                continue
+            if case is None or (case.expected and text[0] in "@>"):
+                case = Case(number)
+                cases.append(case)
+            if text[0] == "@":
+                words = text[1:].split()
+                case.options += ["--" + words[0]] + words[1:]
+            elif text[0] == ">":
+                case.query.append(text[2:])
+            elif text[0] in "=~!-":
+                case.expected.append((text[0], text[2:]))
+            else:
+                sys.exit(f"{path}:{number}: what is this line? {text}")
+    return cases, needs_modules
+
+
+def like(text, pattern):
+    return re.fullmatch(".*".join(map(re.escape, pattern.split("*"))), text, re.S) is not None
+
+
+def fault(case, result):
+    """What is wrong with a result, or None."""
+    out, err = (stream.decode("utf-8", "surrogateescape") for stream in (result.stdout, result.stderr))
+    if result.returncode not in (0, 1):
+        return f"exit status {result.returncode}\n{err}"
+    errors = [text for kind, text in case.expected if kind == "!"]
+    if errors:
+        first = err.split("\n")[0].rstrip("\r")
+        if result.returncode != 1 or out or not like(first, errors[0]):
+            return f"expected the error {errors[0]!r}, got status {result.returncode}, {out!r}, {err!r}"
+        return None
+    if result.returncode:
+        return f"ended with {err!r}"
+    lines = out.replace("\r\n", "\n").split("\n")[:-1]
+    wanted = [(kind, text) for kind, text in case.expected if kind in "=~"]
+    for index, (kind, text) in enumerate(wanted):
+        got = lines[index] if index < len(lines) else None
+        if got is None or not (got == text if kind == "=" else like(got, text)):
+            return f"line {index + 1}: expected {text!r}, got {got!r}; all: {lines}"
+    if len(lines) > len(wanted):
+        return f"more lines than expected: {lines[len(wanted):]}"
+    return None
+
+
+def main():
+    arguments = sys.argv[1:]
+    skip = arguments[:1] == ["--skip-test-modules"]
+    arguments = arguments[skip:]
+    split = arguments.index("--")
+    command, scripts = arguments[:split], arguments[split + 1:]
+    passed = failed = 0
+    for path in scripts:
+        cases, needs_modules = parse(path)
+        if skip and needs_modules:
+            continue
+        for case in cases:
+            call = command + ["--format", "text"] + case.options + ["--", "\n".join(case.query)]
+            if not case.expected:
+                wrong = "nothing is expected of it"
+            else:
+                try:
+                    wrong = fault(case, subprocess.run(call, capture_output=True, timeout=120))
+                except subprocess.TimeoutExpired:
+                    wrong = "did not end within two minutes"
+            if wrong:
+                failed += 1
+                print(f"{path}:{case.line}: {' '.join(case.query)}\n    {wrong}")
+            else:
+                passed += 1
+    print(f"{passed} passed, {failed} failed")
+    sys.exit(1 if failed or not passed else 0)
+
+
+main()

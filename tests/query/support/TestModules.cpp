@@ -1,0 +1,278 @@
+#include "tests/query/support/TestModules.h"
+
+#include "Modules/ModuleTable.h"
+#include "model/items/Item.h"
+#include "platform/os/Clock.h"
+
+#include <fmt/format.h>
+
+#include <vector>
+
+namespace kestra::test {
+namespace {
+
+constexpr ParamDecl kRowParams[] = {
+    {.name = "Id", .type = ParamType::Dword},
+    {.name = "Text", .type = ParamType::String, .canBeChanged = true},
+    {.name = "Size", .type = ParamType::Dword, .text = "KB", .canBeChanged = true},
+    {.name = "Kind", .type = ParamType::Enum, .text = "Alpha|Beta|Gamma", .canBeChanged = true},
+    {.name = "Flags", .type = ParamType::Bitmask, .text = "Red|Green||Blue", .canBeChanged = true},
+    {.name = "Created", .type = ParamType::Datime},
+    {.name = "Release", .type = ParamType::Version},
+    {.name = "Other", .type = ParamType::Version},
+    {.name = "Nothing", .type = ParamType::String},
+    {.name = "NoNumber", .type = ParamType::Dword},
+    {.name = "NoTime", .type = ParamType::Datime},
+    {.name = "NoRelease", .type = ParamType::Version},
+};
+constexpr ParamDecl kPartParams[] = {
+    {.name = "Number", .type = ParamType::Dword},
+    {.name = "Owner", .type = ParamType::Dword},
+    {.name = "Label", .type = ParamType::String, .canBeChanged = true},
+    {.name = "Grade", .type = ParamType::Enum, .text = "Low|High", .canBeChanged = true},
+};
+constexpr ArgDecl kTouchArgs[] = {
+    {.name = "Step", .type = ParamType::Dword, .defaultNumber = 1},
+    {.name = "Note", .type = ParamType::String, .defaultText = "touched"},
+};
+constexpr ActionDecl kRowActions[] = {{.name = "Touch", .args = kTouchArgs}, {.name = "Break"}};
+constexpr ArgDecl kTestArgs[] = {
+    {.name = "First", .type = ParamType::Dword, .defaultNumber = 1},
+    {.name = "Prefix", .type = ParamType::String, .defaultText = ""},
+    {.name = "Mode", .type = ParamType::Enum, .text = "Plain|Upper", .defaultNumber = 0},
+    {.name = "Mask", .type = ParamType::Bitmask, .text = "One|Two|Three", .defaultNumber = 7},
+    {.name = "Least", .type = ParamType::Version, .defaultText = "0"},
+};
+constinit const ClassDecl kPart{.name = "Part", .params = kPartParams, .canBeAddedAndDeleted = true};
+constexpr const ClassDecl* kRowChildren[] = {&kPart};
+constinit const ClassDecl kRow{.name = "Row",
+                               .params = kRowParams,
+                               .children = kRowChildren,
+                               .canBeAddedAndDeleted = true,
+                               .actions = kRowActions};
+constinit const ClassDecl kFixed{.name = "Fixed", .params = kPartParams};
+constexpr const ClassDecl* kTestChildren[] = {&kRow, &kFixed};
+constinit const ClassDecl kTest{.name = "Test", .children = kTestChildren, .args = kTestArgs};
+
+constexpr ParamDecl kEntryParams[] = {
+    {.name = "Id", .type = ParamType::Dword},
+    {.name = "Name", .type = ParamType::String},
+    {.name = "Group", .type = ParamType::Dword},
+};
+constexpr ArgDecl kManyArgs[] = {{.name = "Count", .type = ParamType::Dword, .defaultNumber = 1000}};
+constinit const ClassDecl kEntry{.name = "Entry", .params = kEntryParams};
+constexpr const ClassDecl* kManyChildren[] = {&kEntry};
+constinit const ClassDecl kMany{.name = "Many", .children = kManyChildren, .args = kManyArgs};
+
+constexpr ArgDecl kSlowArgs[] = {
+    {.name = "Duration", .type = ParamType::Dword, .text = "ms", .defaultNumber = 10000}};
+constinit const ClassDecl kSlow{.name = "Slow", .children = kManyChildren, .args = kSlowArgs};
+constinit const ClassDecl kBroken{.name = "Broken", .children = kManyChildren};
+
+class CPartItem : public CFilledItem {
+ public:
+  using CFilledItem::CFilledItem;
+
+ protected:
+  bool OnUpdate(const DiagParams& params, QueryMessage&) override {
+    for (size_t i = 0; i < params.Count(); ++i) {
+      Params.Set(MakeRef<DiagParam>(*params.Get(i)), true);
+    }
+    return true;
+  }
+  bool OnDelete(QueryMessage&) override {
+    Params.Clear();
+    return true;
+  }
+};
+
+Ref<CVDiagItem> MakeItem(const ClassDecl& decl, const DiagParams& params) {
+  auto item = MakeRef<CPartItem>(decl.Get());
+  for (size_t i = 0; i < params.Count(); ++i) {
+    item->Params.Set(MakeRef<DiagParam>(*params.Get(i)), false);
+  }
+  item->IsInitialized = true;
+  return item;
+}
+
+class CRowItem : public CPartItem {
+ public:
+  CRowItem() : CPartItem(kRow.Get()) {}
+
+ protected:
+  Ref<CVDiagItem> OnAdd(const DiagParams& params, QueryMessage& message) override {
+    if (!params.Find("Number", true)) {
+      message.RaiseMessage(11000, {"Number"});
+      return nullptr;
+    }
+    return Ref<CVDiagItem>(Children.Add(MakeItem(kPart, params), false));
+  }
+  bool OnDelete(QueryMessage& message) override {
+    return message.Fail(kErrorAccessDenied);
+  }
+  bool OnExecute(const std::string& actionName, const DiagParams& args,
+                 QueryMessage& message) override {
+    if (actionName == "Break") return message.Fail(kErrorNotReady);
+    DiagParam* pSize = Params.Find("Size", true);
+    if (pSize) pSize->DWordValue += args.Find("Step", true)->DWordValue;
+    if (DiagParam* pText = Params.Find("Text", true)) {
+      pText->StringValue = args.Find("Note", true)->StringValue;
+    }
+    return true;
+  }
+};
+
+struct RowData {
+  uint32_t id;
+  const char* text;
+  int64_t size;     // -1: not set
+  int64_t kind;
+  int64_t flags;
+  int64_t created;
+  const char* release;  // null: not set
+  const char* other;
+};
+constexpr RowData kRows[] = {
+    {1, "Alpha one", 10, 0, 3, 1136073600, "1.2", "1.2.0"},
+    {2, "beta TWO", -1, 1, 0, 1136160000, "1.2.0a", "1.10"},
+    {3, "Gamma*three", 30, 2, 8, -1, "2.0", nullptr},
+    {4, "\xC3\xBC"
+        "ber",
+     4294967295, -1, -1, 4102444800, nullptr, "3"},
+};
+
+Ref<CRowItem> MakeRow(const RowData& data, const std::string& prefix) {
+  auto row = MakeRef<CRowItem>();
+  row->Params.SetNumber("Id", data.id);
+  row->Params.SetText("Text", prefix + data.text);
+  const auto setNumber = [&](const char* pName, int64_t number) {
+    if (number >= 0) row->Params.SetNumber(pName, static_cast<uint32_t>(number));
+  };
+  setNumber("Size", data.size);
+  setNumber("Kind", data.kind);
+  setNumber("Flags", data.flags);
+  setNumber("Created", data.created);
+  if (data.release) row->Params.SetVersionIfAny("Release", data.release);
+  if (data.other) row->Params.SetVersionIfAny("Other", data.other);
+  row->IsInitialized = true;
+  return row;
+}
+
+void AddPart(CVDiagItem& row, uint32_t number, uint32_t owner, const char* pLabel) {
+  auto part = MakeRef<CPartItem>(kPart.Get());
+  part->Params.SetNumber("Number", number);
+  part->Params.SetNumber("Owner", owner);
+  if (pLabel) part->Params.SetText("Label", pLabel);
+  part->Params.SetNumber("Grade", number % 2);
+  part->IsInitialized = true;
+  row.Children.Add(part, false);
+}
+
+class CTestModule : public DiagModule {
+ public:
+  using DiagModule::DiagModule;
+  using CVDiagItem::Init;
+  bool Init(bool) override {
+    Children.Clear();
+    uint32_t first = 1;
+    std::string prefix;
+    GetArg("First", first);
+    GetArg("Prefix", prefix);
+    for (const RowData& data : kRows) {
+      if (data.id < first) continue;
+      const Ref<CRowItem> row = MakeRow(data, prefix);
+      Children.Add(row, false);
+      if (data.id == 1) {
+        AddPart(*row, 1, 1, "bolt");
+        AddPart(*row, 2, 1, "nut");
+      }
+      if (data.id == 2) AddPart(*row, 3, 2, nullptr);
+      if (data.id == 4) row->Children.Add(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}, ""), false);
+    }
+    return IsInitialized = true;
+  }
+
+ protected:
+  bool OnAddOfType(const std::string& newItemType, const DiagParams& params,
+                   QueryMessage& message) override {
+    if (newItemType != "Row") return message.Fail(kErrorCallNotImplemented);
+    auto row = MakeRef<CRowItem>();
+    for (size_t i = 0; i < params.Count(); ++i) {
+      row->Params.Set(MakeRef<DiagParam>(*params.Get(i)), false);
+    }
+    row->IsInitialized = true;
+    return Children.Add(row, false) != nullptr;
+  }
+};
+
+class CManyModule : public DiagModule {
+ public:
+  using DiagModule::DiagModule;
+  using CVDiagItem::Init;
+  bool Init(bool, QueryMessage& message) override {
+    uint32_t count = 0;
+    GetArg("Count", count);
+    Children.Clear();
+    Children.Reserve(count);
+    const Ref<DiagClass> entry = kEntry.Get();
+    const DiagParamDef* pId = entry->Params->Get(0);
+    const DiagParamDef* pName = entry->Params->Get(1);
+    const DiagParamDef* pGroup = entry->Params->Get(2);
+    for (uint32_t i = 0; i < count; ++i) {
+      if (message.IsTerminatedInLoop()) return false;
+      auto item = MakeRef<CFilledItem>(entry);
+      item->Params.Set(MakeRef<DiagParam>(pId, i), false);
+      item->Params.Set(MakeRef<DiagParam>(pName, fmt::format("entry number {}", i)), false);
+      item->Params.Set(MakeRef<DiagParam>(pGroup, i % 100), false);
+      item->IsInitialized = true;
+      Children.Add(std::move(item), false);
+    }
+    return IsInitialized = true;
+  }
+};
+
+class CSlowModule : public DiagModule {
+ public:
+  using DiagModule::DiagModule;
+  using CVDiagItem::Init;
+  bool Init(bool, QueryMessage& message) override {
+    uint32_t duration = 0;
+    GetArg("Duration", duration);
+    Children.Add(MakeRef<CFilledItem>(kEntry.Get()), false);  // half content, to be dropped
+    const uint32_t start = os::TickCount();
+    while (os::TickCount() - start < duration) {
+      if (message.IsTerminated()) return false;
+      os::Sleep(1);
+    }
+    return IsInitialized = true;
+  }
+};
+
+class CBrokenModule : public DiagModule {
+ public:
+  using DiagModule::DiagModule;
+  using CVDiagItem::Init;
+  bool Init(bool, QueryMessage& message) override { return message.Fail(kErrorNotReady); }
+};
+
+template <class T>
+Ref<DiagModule> Create(Ref<DiagClass> diagClass, Ref<CMachine> machine) {
+  return MakeRef<T>(std::move(diagClass), std::move(machine));
+}
+
+}  // namespace
+
+ModuleTable ModulesWithTests() {
+  static const auto* pTable = [] {
+    const ModuleTable builtIn = BuiltInModules();
+    auto* pRows = new std::vector<ModuleRow>(builtIn.begin(), builtIn.end());
+    pRows->push_back({&kTest, Create<CTestModule>});
+    pRows->push_back({&kMany, Create<CManyModule>});
+    pRows->push_back({&kSlow, Create<CSlowModule>});
+    pRows->push_back({&kBroken, Create<CBrokenModule>});
+    return pRows;
+  }();
+  return *pTable;
+}
+
+}  // namespace kestra::test
