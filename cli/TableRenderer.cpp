@@ -69,6 +69,7 @@ class CTable {
   void FitInto(size_t width) {
     size_t most = 0;
     for (const TableColumn& column : m_columns) most = std::max(most, column.width);
+    most = std::min(most, width);
     while (most > kLeastWidth && LineWidth(most) > width) --most;
     for (TableColumn& column : m_columns) column.width = CutWidth(column, most);
   }

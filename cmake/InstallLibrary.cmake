@@ -8,9 +8,12 @@ install(FILES ${CMAKE_SOURCE_DIR}/include/kestra/kestra.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra
 )
 
+# The installed tree may be moved, so the file finds it from where it stands itself.
+set(pkgconfig_dir ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+file(RELATIVE_PATH KESTRA_UP_FROM_PKGCONFIG /prefix/${pkgconfig_dir} /prefix)
 configure_file(${CMAKE_SOURCE_DIR}/cmake/kestra.pc.in kestra.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/kestra.pc
-  DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig
+  DESTINATION ${pkgconfig_dir}
 )
 
 set(package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/kestra)

@@ -19,7 +19,7 @@ struct kestra_session {
 
 struct kestra_value {
   kestra::Value value;
-  std::string text;  // made at the first question for it; an empty text is made again each time
+  std::string text{};  // made at the first question for it; an empty text is made again each time
 };
 
 struct kestra_values {
@@ -41,7 +41,7 @@ struct kestra_params {
 
 struct kestra_param {
   kestra::Ref<kestra::DiagParam> param;
-  std::string text;
+  std::string text{};
 };
 
 struct kestra_columns {

@@ -1,13 +1,8 @@
 #include "front/session/Sorrel.h"
 
-#include "Modules/ModuleTable.h"
-#include "platform/machine/Machine.h"
-
 #include <stdexcept>
 
 namespace kestra {
-
-SessionSetup LiveSetup() { return {BuiltInModules(), LiveMachine()}; }
 
 bool CSorrel::Initialize() {
   m_isInitialized = false;

@@ -31,6 +31,9 @@ inline bool HasWildcard(std::string_view text) {
   return text.find_first_of("*?") != std::string_view::npos;
 }
 
+// ASCII letters in upper case; everything else as it is.
+std::string UpperCase(std::string_view text);
+
 std::string_view TrimBlanks(std::string_view text);
 std::string_view TrimRight(std::string_view text, std::string_view characters);
 

@@ -91,10 +91,10 @@ TEST(CInterruptibleLock, AWaitThatTheSystemRefusesEnds) {
   lock.Leave();
 }
 
-// Waiters come and go while the lock changes hands; a wake-up that is given to one who just gave up
-// must reach the next one, or a waiter without a termination event hangs here for ever.
-TEST(CInterruptibleLock, NoWakeUpIsLost) {
-  constexpr int kRounds = 400;
+// Waiters come and go while the lock changes hands. One without a termination event whom nobody
+// wakes would hang here for ever.
+TEST(CInterruptibleLock, WaitersComeAndGo) {
+  constexpr int kRounds = 200;
   CInterruptibleLock lock;
   for (int round = 0; round < kRounds; ++round) {
     os::CEvent stop;
@@ -117,6 +117,48 @@ TEST(CInterruptibleLock, NoWakeUpIsLost) {
     stopper.join();
     ASSERT_GE(entered, 2);
   }
+}
+
+// A termination that ends a wait, and lets something happen before the waiter knows.
+class CStopWithPause final : public os::CWaitable {
+ public:
+  os::NativeHandle Native() const override { return event.Native(); }
+  bool Consume() const override {
+    isReached.Set();
+    os::WaitAny({&mayGoOn}, os::kInfinite);
+    return true;
+  }
+  os::CEvent event;
+  mutable os::CEvent isReached;
+  os::CEvent mayGoOn;
+};
+
+// The holder leaves and wakes the first waiter at the very moment when that one's wait has ended
+// otherwise: the wake-up must reach the second one.
+TEST(CInterruptibleLock, AWakeUpIsPassedOnByWhoGaveUp) {
+  CInterruptibleLock lock;
+  CStopWithPause stop;
+  os::CEvent giveUp;
+  os::CEvent isEntered;
+  bool wasFirstEntered = true;
+  ASSERT_TRUE(lock.Enter(nullptr));
+  std::thread first([&] { wasFirstEntered = lock.Enter(&stop); });
+  os::Sleep(50);  // stands in the queue by then
+  std::thread second([&] {
+    if (!lock.Enter(&giveUp)) return;
+    isEntered.Set();
+    lock.Leave();
+  });
+  os::Sleep(50);
+  stop.event.Set();
+  ASSERT_EQ(os::WaitAny({&stop.isReached}, 10000), 0);
+  lock.Leave();
+  stop.mayGoOn.Set();
+  EXPECT_EQ(os::WaitAny({&isEntered}, 5000), 0);
+  giveUp.Set();
+  first.join();
+  second.join();
+  EXPECT_FALSE(wasFirstEntered);
 }
 
 }  // namespace

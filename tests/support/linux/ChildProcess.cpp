@@ -9,6 +9,7 @@
 #include <stdexcept>
 
 #include "platform/os/Clock.h"
+#include "tests/support/TempDirectory.h"
 
 extern char** environ;
 
@@ -30,12 +31,13 @@ CChildProcess::~CChildProcess() {
 }
 
 void CChildProcess::AwaitExec() const {
-  const std::string link = "/proc/" + std::to_string(m_pid) + "/exe";
+  const std::string process = "/proc/" + std::to_string(m_pid);
   std::error_code error;
   const auto own = std::filesystem::read_symlink("/proc/self/exe", error);
   for (int tries = 0; tries < 5000; ++tries) {
-    const auto found = std::filesystem::read_symlink(link, error);
-    if (!error && found != own) return;
+    const auto found = std::filesystem::read_symlink(process + "/exe", error);
+    // The arguments are there a moment after the image.
+    if (!error && found != own && !ReadWholeFile(process + "/cmdline").empty()) return;
     os::Sleep(1);
   }
   throw std::runtime_error("the child does not start");

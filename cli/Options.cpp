@@ -1,0 +1,101 @@
+#include "cli/Options.h"
+
+#include <CLI/CLI.hpp>
+
+#include <iostream>
+#include <map>
+
+namespace kestra::cli {
+namespace {
+
+constexpr const char* kUsage = "kestra [options] [--] [QUERY]";
+
+const std::map<std::string, Format>& FormatNames() {
+  static const std::map<std::string, Format> names = {{"table", Format::Table},
+                                                      {"text", Format::Text},
+                                                      {"csv", Format::Csv},
+                                                      {"json", Format::Json},
+                                                      {"jsonl", Format::JsonLines}};
+  return names;
+}
+
+std::string CheckFormat(const std::string& name) {
+  if (FormatNames().contains(name)) return {};
+  if (name == "xml") return "xml cannot be written yet: choose table, text, csv, json or jsonl";
+  return name + " is no format: choose table, text, csv, json or jsonl";
+}
+
+struct RawOptions {
+  std::string query, file, format, logDirectory;
+};
+
+void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
+  app.add_option("QUERY", raw.query, "The query, or several separated by \";\"")->option_text(" ");
+  app.add_option("-f,--file", raw.file, "Take the query text from FILE (-: standard input)")
+      ->option_text("FILE")
+      ->excludes("QUERY");
+  app.add_option("--format", raw.format,
+                 "table (default on a terminal), text (default otherwise, and for scripts), csv, "
+                 "json or jsonl")
+      ->option_text("FORMAT")
+      ->check(CheckFormat);
+  app.add_flag("--active", options.allowActive, "Allow statements that change the machine");
+  app.add_option("--timeout", options.timeOut,
+                 "End a query after that many milliseconds; 0 parses only (default: no limit)")
+      ->option_text("MS");
+  app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1");
+  app.add_option("--log", raw.logDirectory, "Write the log into that directory")
+      ->option_text("DIR")
+      ->check(CLI::ExistingDirectory);
+  app.set_version_flag("--version", std::string("kestra ") + kestra_version(),
+                       "Print the version and exit");
+  app.set_help_flag("-h,--help", "Print this help and exit");
+  app.footer(
+      "Without QUERY, queries are read from a pipe.\n\n"
+      "Exit status: 0 a result; 1 the result is an Error; 2 wrong usage; 130 cancelled.\n\n"
+      "Example: kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 100000\"");
+}
+
+std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,
+                                        const std::string& value) {
+  return app.count(name) != 0 ? std::optional(value) : std::nullopt;
+}
+
+int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
+  if (error.get_exit_code() == 0) {
+    app.exit(error, std::cout, std::cerr);
+    // What cannot be written is an error here as everywhere.
+    return std::cout.flush() ? kExitResult : kExitError;
+  }
+  std::cerr << "kestra: " << error.what() << '\n';
+  if (dynamic_cast<const CLI::ExtrasError*>(&error)) {
+    std::cerr << "kestra: the query is one argument: put it in quotes\n";
+  }
+  std::cerr << "Try 'kestra --help'.\n";
+  return kExitUsage;
+}
+
+}  // namespace
+
+std::optional<int> ParseOptions(int argc, char** argv, Options& options) {
+  CLI::App app("Asks this machine about itself, in a SQL-like language.", "kestra");
+  RawOptions raw;
+  DeclareOptions(app, raw, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return TellParseError(error, app);
+  }
+  options.query = ValueIfGiven(app, "QUERY", raw.query);
+  options.file = ValueIfGiven(app, "--file", raw.file);
+  options.logDirectory = ValueIfGiven(app, "--log", raw.logDirectory);
+  if (app.count("--format") != 0) options.format = FormatNames().at(raw.format);
+  return std::nullopt;
+}
+
+void PrintShortHelp() {
+  std::cerr << "Usage: " << kUsage << "\n"
+            << "There is no query, and standard input is a terminal. Try 'kestra --help'.\n";
+}
+
+}  // namespace kestra::cli

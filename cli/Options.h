@@ -1,0 +1,34 @@
+// The command line.
+#pragma once
+
+#include "cli/Render.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace kestra::cli {
+
+inline constexpr int kExitResult = 0;
+inline constexpr int kExitError = 1;
+inline constexpr int kExitUsage = 2;
+inline constexpr int kExitCancelled = 130;
+
+struct Options {
+  std::optional<std::string> query;
+  std::optional<std::string> file;  // "-" is standard input
+  std::optional<Format> format;     // nothing: by where standard output goes
+  std::optional<std::string> logDirectory;
+  bool allowActive = false;
+  bool checkOnly = false;
+  uint32_t timeOut = KESTRA_NO_TIMEOUT;  // milliseconds
+};
+
+// Answers an exit status when the process is to end now: after --help and --version, whose text is
+// then written, and after wrong usage, which is then told on standard error.
+std::optional<int> ParseOptions(int argc, char** argv, Options& options);
+
+// What to say when there is nothing to run.
+void PrintShortHelp();
+
+}  // namespace kestra::cli

@@ -1,0 +1,60 @@
+// The command "kestra".
+#include "cli/Options.h"
+#include "cli/QueryText.h"
+#include "cli/RunQueries.h"
+#include "cli/Terminal.h"
+
+#include <cstdio>
+#include <exception>
+
+namespace kestra::cli {
+namespace {
+
+// Answers an exit status if there is no text to run.
+std::optional<int> FindQueryText(const Options& options, std::string& text) {
+  if (options.query) {
+    text = *options.query;
+    return std::nullopt;
+  }
+  if (!options.file && IsTerminal(Stream::In)) {
+    PrintShortHelp();
+    return kExitUsage;
+  }
+  try {
+    text = ReadQueryFile(options.file.value_or("-"));
+  } catch (const std::runtime_error& error) {
+    std::fprintf(stderr, "kestra: %s\n", error.what());
+    return kExitUsage;
+  }
+  return std::nullopt;
+}
+
+int Run(int argc, char** argv) {
+  Options options;
+  if (const auto status = ParseOptions(argc, argv, options)) return *status;
+  std::string text;
+  if (const auto status = FindQueryText(options, text)) return *status;
+  std::vector<std::string_view> queries = SplitQueries(text);
+  // A file may be empty; a query that was asked for and is not there is a fault, told by the engine.
+  if (queries.empty() && options.query) queries.push_back(text);
+  return RunQueries(options, queries);
+}
+
+int RunBehindBarrier(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
+  } catch (const std::bad_alloc&) {
+    std::fputs("kestra: out of memory\n", stderr);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "kestra: %s\n", error.what());
+  }
+  return kExitError;
+}
+
+}  // namespace
+}  // namespace kestra::cli
+
+int main(int argc, char** argv) {
+  kestra::cli::ReserveStandardStreams();
+  return kestra::cli::RunBehindBarrier(argc, argv);
+}

@@ -1,0 +1,154 @@
+// What each format makes of the values that a query can end in.
+#include "cli/Render.h"
+#include "tests/front/SessionFixture.h"
+
+namespace kestra::cli {
+namespace {
+
+class Renderers : public test::CInterfaceTest {
+ protected:
+  std::string Show(const char* query, Format format, size_t width = 0) {
+    const CValueHandle value(Run(query));
+    EXPECT_FALSE(Is(kestra_value_is_error, value.get())) << query;
+    const auto columns = Take<CColumnsHandle>(kestra_session_columns, session);
+    std::vector<std::string> names;
+    for (int32_t i = 0; i < Ask<int32_t>(kestra_columns_count, columns.get()); ++i) {
+      names.emplace_back(Ask<const char*>(kestra_columns_name, columns.get(), i));
+    }
+    CStringOutput output;
+    Render(value.get(), names, {format, width}, output);
+    return output.content;
+  }
+};
+
+constexpr const char* kColumns =
+    "SELECT Id, Size, Text, Kind, Flags, Created, Other, Size > 20, 0 - Id FROM Test.Row "
+    "WHERE Id < 3";
+
+TEST_F(Renderers, Text) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0 - 1", "4294967295\n"},
+      {"1 = 2", "False\n"},
+      {kColumns,
+       "1\t10\tAlpha one\tAlpha\tRed|Green\t2006-01-01 00:00:00\t1.2.0\tFalse\t4294967295\n"
+       "2\t<NULL>\tbeta TWO\tBeta\t\t2006-01-02 00:00:00\t1.10\t<NULL>\t4294967294\n"},
+      {"SELECT * FROM Test.Row WHERE Id = 2",
+       "2\tbeta TWO\t<NULL>\tBeta\t\t2006-01-02 00:00:00\t1.2.0a\t1.10\t<NULL>\t<NULL>\t<NULL>\t"
+       "<NULL>\n"},
+      {"SELECT Id, Size FROM Test.Row WHERE Id = 4", "4\t4294967295\n"},
+      {"SELECT * FROM Test.Row WHERE Id = 99", ""},
+      {"'a\tb\r\nc'", "a b  c\n"},
+  };
+  for (const auto& [query, expected] : cases) EXPECT_EQ(Show(query, Format::Text), expected) << query;
+}
+
+TEST_F(Renderers, Json) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0 - 1", "-1\n"},
+      {"1 = 2", "false\n"},
+      {kColumns,
+       "[\n"
+       R"({"Id":1,"Size":10,"Text":"Alpha one","Kind":"Alpha","Flags":["Red","Green"],)"
+       R"("Created":"2006-01-01T00:00:00Z","Other":"1.2.0","Size > 20":false,"0 - Id":-1},)"
+       "\n"
+       R"({"Id":2,"Size":null,"Text":"beta TWO","Kind":"Beta","Flags":[],)"
+       R"("Created":"2006-01-02T00:00:00Z","Other":"1.10","Size > 20":null,"0 - Id":-2})"
+       "\n]\n"},
+      {"SELECT Id, Size FROM Test.Row WHERE Id = 4", "[\n{\"Id\":4,\"Size\":4294967295}\n]\n"},
+      {"SELECT Id, Id FROM Test.Row WHERE Id = 1", "[\n{\"Id\":1,\"Id_2\":1}\n]\n"},
+      {"SELECT * FROM Test.Part WHERE Number = 3",
+       "[\n{\"Number\":3,\"Owner\":2,\"Label\":null,\"Grade\":\"High\"}\n]\n"},
+      {"SELECT * FROM Test.Row WHERE Id = 99", "[]\n"},
+      {"'a\xFF\"'", "[\n\"a\xEF\xBF\xBD\\\"\"\n]\n"},
+  };
+  for (const auto& [query, expected] : cases) EXPECT_EQ(Show(query, Format::Json), expected) << query;
+  EXPECT_EQ(Show("SELECT Id, Kind FROM Test.Row WHERE Id < 3", Format::JsonLines),
+            "{\"Id\":1,\"Kind\":\"Alpha\"}\n{\"Id\":2,\"Kind\":\"Beta\"}\n");
+  EXPECT_EQ(Show("SELECT * FROM Test.Row WHERE Id = 99", Format::JsonLines), "");
+}
+
+TEST_F(Renderers, Csv) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0 - 1", "Value\r\n-1\r\n"},
+      {"SELECT Id, Size, Text, Flags FROM Test.Row WHERE Id < 3",
+       "Id,Size,Text,Flags\r\n1,10,Alpha one,Red|Green\r\n2,,beta TWO,\"\"\r\n"},
+      {"SELECT Id + 1, Text + ', \"' FROM Test.Row WHERE Id = 1",
+       "Id + 1,\"Text + ', \"\"'\"\r\n2,\"Alpha one, \"\"\"\r\n"},
+      {"SELECT * FROM Test.Part WHERE Owner = 2", "Number,Owner,Label,Grade\r\n3,2,,High\r\n"},
+      {"SELECT Id, Text FROM Test.Row WHERE Id = 99", "Id,Text\r\n"},
+  };
+  for (const auto& [query, expected] : cases) EXPECT_EQ(Show(query, Format::Csv), expected) << query;
+}
+
+TEST_F(Renderers, Table) {
+  const std::pair<const char*, const char*> cases[] = {
+      {"0 - 1", "-1\n"},
+      {"SELECT Text, Size, Id FROM Test.Row WHERE Id < 3",
+       "Text       Size (KB)  Id\n"
+       "---------  ---------  --\n"
+       "Alpha one         10   1\n"
+       "beta TWO               2\n"},
+      // only what some row has; two classes side by side
+      {"SELECT * FROM Test.Part WHERE Number = 3",
+       "Number  Owner  Grade\n"
+       "------  -----  -----\n"
+       "     3      2  High\n"},
+      {"SELECT Id, Text FROM Test.Row WHERE Id = 99", "Id  Text\n--  ----\n"},
+      {"SELECT Text, Id FROM Test.Row WHERE Id = 4",
+       "Text  Id\n"
+       "----  --\n"
+       "\xC3\xBC" "ber   4\n"},
+  };
+  for (const auto& [query, expected] : cases) EXPECT_EQ(Show(query, Format::Table), expected) << query;
+}
+
+TEST_F(Renderers, TableFitsTheTerminal) {
+  const char* const query = "SELECT Id, Text + ' and much more text', Text FROM Test.Row WHERE Id = 1";
+  const std::string shown = Show(query, Format::Table, 40);
+  size_t longest = 0;
+  for (size_t start = 0; start < shown.size();) {
+    const size_t end = shown.find('\n', start);
+    size_t width = 0;
+    for (size_t i = start; i < end; ++i) width += (static_cast<unsigned char>(shown[i]) & 0xC0) != 0x80;
+    longest = std::max(longest, width);
+    start = end + 1;
+  }
+  EXPECT_LE(longest, 40u) << shown;
+  EXPECT_NE(shown.find("Alpha one\n"), std::string::npos) << "only the widest column is cut: " << shown;
+  EXPECT_NE(shown.find("\xE2\x80\xA6"), std::string::npos) << shown;
+  // Where it cannot fit, nothing is cut away entirely, and numbers never are.
+  EXPECT_NE(Show("SELECT 0 - Id, Id FROM Test.Row", Format::Table, 1).find("-4   4"), std::string::npos);
+}
+
+// Lists in lists, deeper than any that a person writes.
+TEST_F(Renderers, DeepNestingEnds) {
+  kestra::Value value;
+  value.SetNumber(1);
+  for (int depth = 0; depth < 2000; ++depth) {
+    auto vector = MakeRef<ValueVector>();
+    vector->Append(std::move(value));
+    value.SetVector(std::move(vector));
+  }
+  kestra_value handle{value};
+  for (const Format format : {Format::Text, Format::Table, Format::Csv, Format::Json}) {
+    CStringOutput output;
+    Render(&handle, {}, {format, 80}, output);
+    EXPECT_NE(output.content.find("<Vector>"), std::string::npos) << output.content;
+  }
+}
+
+class CFullOutput final : public COutput {
+ public:
+  void Write(std::string_view) override { throw COutputError("full"); }
+};
+
+TEST_F(Renderers, FailureOfTheOutputIsPassedOn) {
+  const CValueHandle value(Run(kColumns));
+  for (const Format format : {Format::Text, Format::Table, Format::Csv, Format::Json}) {
+    CFullOutput output;
+    EXPECT_THROW(Render(value.get(), {}, {format, 80}, output), COutputError);
+  }
+}
+
+}  // namespace
+}  // namespace kestra::cli

@@ -1,0 +1,70 @@
+#!/usr/bin/env python3
+"""Installs a build into a directory of its own and uses it from there: pkg-config, the CMake
+package, the installed command; and looks that the library exports its interface and nothing else.
+
+    install_test.py BUILD_DIRECTORY C_CLIENT
+"""
+import glob
+import os
+import re
+import subprocess
+import sys
+import tempfile
+
+build, client = sys.argv[1:]
+
+CMAKE_LISTS = """
+cmake_minimum_required(VERSION 3.25)
+project(user C)
+find_package(kestra 0.1 REQUIRED)
+add_executable(user {client})
+target_link_libraries(user PRIVATE kestra::kestra)
+"""
+
+
+def run(*command, **more):
+    return subprocess.run(command, check=True, capture_output=True, text=True, timeout=120,
+                          **more).stdout
+
+
+def check_exports(library):
+    names = [line.split()[-1].split("@")[0]
+             for line in run("nm", "-D", "--defined-only", library).splitlines()]
+    names = [name for name in names if name != "KESTRA_0"]  # the version node itself
+    header = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(client))),
+                          "include/kestra/kestra.h")
+    declared = set(re.findall(r"KESTRA_API [\w\s\*]*?(kestra_\w+)\(", open(header).read()))
+    assert len(declared) > 50, declared
+    assert set(names) == declared, set(names) ^ declared
+
+
+def check_pkg_config(root, library_folder):
+    environment = dict(os.environ, PKG_CONFIG_PATH=os.path.join(library_folder, "pkgconfig"))
+    flags = run("pkg-config", "--cflags", "--libs", "kestra", env=environment).split()
+    program = os.path.join(root, "by_pkg_config")
+    run("cc", client, "-o", program, *flags, "-Wl,-rpath," + library_folder)
+    run(program)
+
+
+def check_cmake_package(root):
+    source = os.path.join(root, "user")
+    os.mkdir(source)
+    with open(os.path.join(source, "CMakeLists.txt"), "w") as lists:
+        lists.write(CMAKE_LISTS.format(client=client))
+    run("cmake", "-S", source, "-B", source + "/build", "-G", "Ninja",
+        "-DCMAKE_PREFIX_PATH=" + os.path.join(root, "prefix"))
+    run("cmake", "--build", source + "/build")
+    run(source + "/build/user")
+
+
+with tempfile.TemporaryDirectory() as root:
+    prefix = os.path.join(root, "prefix")
+    run("cmake", "--install", build, "--prefix", prefix)
+    library, = glob.glob(prefix + "/lib*/**/libkestra.so", recursive=True)
+    check_exports(library)
+    check_pkg_config(root, os.path.dirname(library))
+    check_cmake_package(root)
+    assert run(prefix + "/bin/kestra", "1 + 1") == "2\n"
+    # The whole tree may be moved.
+    os.rename(prefix, prefix + "2")
+    assert run(prefix + "2/bin/kestra", "1 + 1") == "2\n"
