@@ -7,7 +7,9 @@
 namespace kestra::cli {
 namespace {
 
-Cell NumberCell(int64_t number) { return {CellKind::Number, number, std::to_string(number)}; }
+Cell NumberCell(int64_t number) {
+  return {CellKind::Number, number, std::to_string(number)};
+}
 
 std::string ParamText(kestra_param* param) {
   const char* text = nullptr;
@@ -36,7 +38,8 @@ Cell ReadCell(kestra_value* value) {
     return ReadCell(param.get());
   }
   if (Is(kestra_value_is_undefined, value)) return {};
-  if (Is(kestra_value_is_number, value)) return NumberCell(Ask<int32_t>(kestra_value_as_long, value));
+  if (Is(kestra_value_is_number, value))
+    return NumberCell(Ask<int32_t>(kestra_value_as_long, value));
   std::string text(TextOf(value));
   if (Is(kestra_value_is_string, value)) return {CellKind::Text, 0, std::move(text)};
   if (Is(kestra_value_is_boolean, value)) {

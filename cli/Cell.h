@@ -1,10 +1,10 @@
 // Cell: one scalar of a result, read out of its handle.
 #pragma once
 
-#include "cli/Handles.h"
-
 #include <cstdint>
 #include <string>
+
+#include "cli/Handles.h"
 
 namespace kestra::cli {
 

@@ -2,12 +2,12 @@
 // here, so that what follows need not look at each status.
 #pragma once
 
-#include "include/kestra/kestra.h"
-
 #include <memory>
 #include <stdexcept>
 #include <string>
 #include <string_view>
+
+#include "include/kestra/kestra.h"
 
 namespace kestra::cli {
 

@@ -40,8 +40,8 @@ const ItemLayout& CItemLayouts::Of(kestra_item* item) {
   if (found != m_layouts.end()) {
     std::rotate(m_layouts.begin(), found, found + 1);
   } else {
-    m_layouts.insert(m_layouts.begin(), diagClass ? MakeLayout(std::move(diagClass))
-                                                  : std::make_unique<ItemLayout>());
+    m_layouts.insert(m_layouts.begin(),
+                     diagClass ? MakeLayout(std::move(diagClass)) : std::make_unique<ItemLayout>());
   }
   return *m_layouts.front();
 }

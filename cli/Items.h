@@ -1,11 +1,11 @@
 // Items by their declared properties.
 #pragma once
 
-#include "cli/Cell.h"
-
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "cli/Cell.h"
 
 namespace kestra::cli {
 

@@ -1,8 +1,8 @@
+#include <nlohmann/json.hpp>
+
 #include "cli/Items.h"
 #include "cli/Render.h"
 #include "cli/Rows.h"
-
-#include <nlohmann/json.hpp>
 
 namespace kestra::cli {
 namespace {
@@ -50,7 +50,8 @@ class CJsonRows {
     Json object = Json::object();
     const int32_t count = values ? Ask<int32_t>(kestra_values_count, values.get()) : 1;
     for (int32_t i = 0; i < count; ++i) {
-      const auto element = values ? Take<CValueHandle>(kestra_values_value, values.get(), i) : nullptr;
+      const auto element =
+          values ? Take<CValueHandle>(kestra_values_value, values.get(), i) : nullptr;
       object[NameOf(object, static_cast<size_t>(i))] = ValueOf(element ? element.get() : row, 1);
     }
     return object;

@@ -4,6 +4,7 @@
 
 #include <iostream>
 #include <map>
+#include <sstream>
 
 namespace kestra::cli {
 namespace {
@@ -53,7 +54,8 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
   app.footer(
       "Without QUERY, queries are read from a pipe.\n\n"
       "Exit status: 0 a result; 1 the result is an Error; 2 wrong usage; 130 cancelled.\n\n"
-      "Example: kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 100000\"");
+      "Example: kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > "
+      "100000\"");
 }
 
 std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,
@@ -63,9 +65,12 @@ std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,
 
 int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
   if (error.get_exit_code() == 0) {
-    app.exit(error, std::cout, std::cerr);
-    // What cannot be written is an error here as everywhere.
-    return std::cout.flush() ? kExitResult : kExitError;
+    std::ostringstream text;
+    app.exit(error, text, text);
+    CFileOutput output(stdout, "standard output");
+    output.Write(text.str());
+    output.Flush();
+    return kExitResult;
   }
   std::cerr << "kestra: " << error.what() << '\n';
   if (dynamic_cast<const CLI::ExtrasError*>(&error)) {

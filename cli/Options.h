@@ -1,11 +1,11 @@
 // The command line.
 #pragma once
 
-#include "cli/Render.h"
-
 #include <cstdint>
 #include <optional>
 #include <string>
+
+#include "cli/Render.h"
 
 namespace kestra::cli {
 
@@ -25,7 +25,7 @@ struct Options {
 };
 
 // Answers an exit status when the process is to end now: after --help and --version, whose text is
-// then written, and after wrong usage, which is then told on standard error.
+// then written, and after wrong usage, which is then told on standard error. Throws COutputError.
 std::optional<int> ParseOptions(int argc, char** argv, Options& options);
 
 // What to say when there is nothing to run.

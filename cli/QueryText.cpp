@@ -37,7 +37,9 @@ size_t BehindClosing(std::string_view text, size_t start, std::string_view closi
 }
 
 // Control bytes part words in the language and are nothing themselves.
-bool IsBlank(char c) { return static_cast<unsigned char>(c) <= ' ' || c == '\x7F'; }
+bool IsBlank(char c) {
+  return static_cast<unsigned char>(c) <= ' ' || c == '\x7F';
+}
 
 }  // namespace
 

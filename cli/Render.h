@@ -1,11 +1,11 @@
 // Renderers: what a result looks like on standard output. Over the C interface alone.
 #pragma once
 
-#include "cli/Handles.h"
-#include "cli/Output.h"
-
 #include <string>
 #include <vector>
+
+#include "cli/Handles.h"
+#include "cli/Output.h"
 
 namespace kestra::cli {
 

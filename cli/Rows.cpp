@@ -33,7 +33,8 @@ bool HasName(const std::vector<Column>& columns, const std::string& name) {
 // A name that no column has yet.
 std::string FreshName(const std::vector<Column>& columns, const std::string& wanted) {
   std::string name = wanted;
-  for (int number = 2; HasName(columns, name); ++number) name = wanted + "_" + std::to_string(number);
+  for (int number = 2; HasName(columns, name); ++number)
+    name = wanted + "_" + std::to_string(number);
   return name;
 }
 
@@ -105,7 +106,8 @@ void CRows::ReadItem(kestra_item* item, std::vector<Cell>& row) {
   const auto params = ReadProperties(item, layout);
   for (size_t i = 0; i < params.size(); ++i) {
     const auto found = m_propertyColumns.find(layout.properties[i].name);
-    if (params[i] && found != m_propertyColumns.end()) row[found->second] = ReadCell(params[i].get());
+    if (params[i] && found != m_propertyColumns.end())
+      row[found->second] = ReadCell(params[i].get());
   }
 }
 

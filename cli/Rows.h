@@ -5,18 +5,18 @@
 // One thread. The value that is shown must outlive the object.
 #pragma once
 
-#include "cli/Cell.h"
-#include "cli/Items.h"
-
 #include <string>
 #include <unordered_map>
 #include <vector>
 
+#include "cli/Cell.h"
+#include "cli/Items.h"
+
 namespace kestra::cli {
 
 struct Column {
-  std::string name;  // no two are alike
-  std::string unit;  // of the numbers in it; may be empty
+  std::string name;    // no two are alike
+  std::string unit;    // of the numbers in it; may be empty
   bool isSet = false;  // whether any row has something there
 };
 

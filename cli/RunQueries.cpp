@@ -1,11 +1,11 @@
 #include "cli/RunQueries.h"
 
-#include "cli/Render.h"
-#include "cli/Terminal.h"
-
 #include <algorithm>
 #include <cstdio>
 #include <filesystem>
+
+#include "cli/Render.h"
+#include "cli/Terminal.h"
 
 namespace kestra::cli {
 namespace {
@@ -41,7 +41,8 @@ std::vector<std::string> ColumnNames(kestra_session* session) {
 // An Error is told on one line, whatever is in its text.
 std::string OneLine(std::string_view text) {
   std::string line(text);
-  std::replace_if(line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
+  std::replace_if(
+      line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');
   return line;
 }
 

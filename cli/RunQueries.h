@@ -1,10 +1,10 @@
 // Running the queries of a text, one after the other.
 #pragma once
 
-#include "cli/Options.h"
-
 #include <string_view>
 #include <vector>
+
+#include "cli/Options.h"
 
 namespace kestra::cli {
 

@@ -1,8 +1,8 @@
+#include <algorithm>
+
 #include "cli/Render.h"
 #include "cli/Rows.h"
 #include "cli/Width.h"
-
-#include <algorithm>
 
 namespace kestra::cli {
 namespace {
@@ -22,7 +22,9 @@ std::string HeadingOf(const Column& column) {
 }
 
 // What a cell shows; empty for one that is not set.
-std::string ShownText(const Cell& cell) { return Printable(cell.text); }
+std::string ShownText(const Cell& cell) {
+  return Printable(cell.text);
+}
 
 class CTable {
  public:
@@ -96,7 +98,8 @@ class CTable {
     std::string line;
     for (size_t i = 0; i < texts.size(); ++i) {
       const std::string text = CutToWidth(texts[i], m_columns[i].width);
-      const std::string padding(m_columns[i].width - std::min(WidthOf(text), m_columns[i].width), ' ');
+      const std::string padding(m_columns[i].width - std::min(WidthOf(text), m_columns[i].width),
+                                ' ');
       if (i != 0) line += kGap;
       line += m_columns[i].isNumeric ? padding + text : text + padding;
     }

@@ -1,7 +1,7 @@
+#include <algorithm>
+
 #include "cli/Items.h"
 #include "cli/Render.h"
-
-#include <algorithm>
 
 namespace kestra::cli {
 namespace {

@@ -1,8 +1,8 @@
 #include "cli/Width.h"
 
-#include "cli/Terminal.h"
-
 #include <algorithm>
+
+#include "cli/Terminal.h"
 
 namespace kestra::cli {
 namespace {
@@ -10,7 +10,9 @@ namespace {
 constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
 constexpr const char* kEllipsis = "\xE2\x80\xA6";     // U+2026
 
-bool IsLayout(char c) { return c == '\t' || c == '\r' || c == '\n'; }
+bool IsLayout(char c) {
+  return c == '\t' || c == '\r' || c == '\n';
+}
 
 }  // namespace
 

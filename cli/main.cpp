@@ -1,11 +1,11 @@
 // The command "kestra".
+#include <cstdio>
+#include <exception>
+
 #include "cli/Options.h"
 #include "cli/QueryText.h"
 #include "cli/RunQueries.h"
 #include "cli/Terminal.h"
-
-#include <cstdio>
-#include <exception>
 
 namespace kestra::cli {
 namespace {
@@ -35,7 +35,8 @@ int Run(int argc, char** argv) {
   std::string text;
   if (const auto status = FindQueryText(options, text)) return *status;
   std::vector<std::string_view> queries = SplitQueries(text);
-  // A file may be empty; a query that was asked for and is not there is a fault, told by the engine.
+  // A file may be empty; a query that was asked for and is not there is a fault, told by the
+  // engine.
   if (queries.empty() && options.query) queries.push_back(text);
   return RunQueries(options, queries);
 }

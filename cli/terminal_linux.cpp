@@ -1,8 +1,3 @@
-#include "cli/Terminal.h"
-
-#include <clocale>
-#include <csignal>
-#include <cwchar>
 #include <fcntl.h>
 #include <locale.h>
 #include <sys/eventfd.h>
@@ -11,6 +6,11 @@
 
 #include <atomic>
 #include <cerrno>
+#include <clocale>
+#include <csignal>
+#include <cwchar>
+
+#include "cli/Terminal.h"
 
 namespace kestra::cli {
 namespace {
@@ -62,7 +62,9 @@ void ReserveStandardStreams() {
   }
 }
 
-bool IsTerminal(Stream stream) { return isatty(static_cast<int>(stream)) == 1; }
+bool IsTerminal(Stream stream) {
+  return isatty(static_cast<int>(stream)) == 1;
+}
 
 size_t TerminalWidth() {
   winsize size{};
@@ -86,9 +88,9 @@ CInterruptScope::CInterruptScope() {
   m_event = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   g_event = static_cast<int>(m_event);
   g_wasInterrupted = false;
-  struct sigaction old{};
+  struct sigaction old {};
   if (m_event == -1 || sigaction(SIGINT, nullptr, &old) != 0 || old.sa_handler == SIG_IGN) return;
-  struct sigaction action{};
+  struct sigaction action {};
   action.sa_handler = OnInterrupt;
   action.sa_flags = static_cast<int>(SA_RESETHAND | SA_RESTART);
   m_isInstalled = sigaction(SIGINT, &action, nullptr) == 0;
@@ -100,6 +102,8 @@ CInterruptScope::~CInterruptScope() {
   if (m_event != -1) close(static_cast<int>(m_event));
 }
 
-bool CInterruptScope::WasInterrupted() const { return g_wasInterrupted; }
+bool CInterruptScope::WasInterrupted() const {
+  return g_wasInterrupted;
+}
 
 }  // namespace kestra::cli

@@ -6,11 +6,11 @@
 // KESTRA_E_OUTOFMEMORY or KESTRA_E_FAIL.
 #pragma once
 
-#include "include/kestra/kestra.h"
-
 #include <exception>
 #include <memory>
 #include <new>
+
+#include "include/kestra/kestra.h"
 
 namespace kestra {
 

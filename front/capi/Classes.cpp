@@ -29,7 +29,9 @@ kestra_status kestra_session_root_class(kestra_session* session, kestra_class** 
   });
 }
 
-kestra_status kestra_class_release(kestra_class* diag_class) { return ReleaseHandle(diag_class); }
+kestra_status kestra_class_release(kestra_class* diag_class) {
+  return ReleaseHandle(diag_class);
+}
 
 kestra_status kestra_class_is_same(const kestra_class* diag_class, const kestra_class* other,
                                    int32_t* same) {

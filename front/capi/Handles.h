@@ -4,11 +4,11 @@
 // Threads: a handle is used by one thread at a time; what it refers to may be shared by many.
 #pragma once
 
-#include "front/session/SorrelCOM.h"
-#include "include/kestra/kestra.h"
-
 #include <string>
 #include <vector>
+
+#include "front/session/SorrelCOM.h"
+#include "include/kestra/kestra.h"
 
 struct kestra_session {
   explicit kestra_session(kestra::SessionSetup setup) : session(std::move(setup)) {}

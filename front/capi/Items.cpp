@@ -8,11 +8,15 @@ namespace {
 constexpr const char* kNoText = "";
 
 // The declaration of a parameter; null for a record that has none.
-const DiagParamDef* DefOf(const kestra_param* param) { return param->param->Def.get(); }
+const DiagParamDef* DefOf(const kestra_param* param) {
+  return param->param->Def.get();
+}
 
 }  // namespace
 
-kestra_status kestra_item_release(kestra_item* item) { return ReleaseHandle(item); }
+kestra_status kestra_item_release(kestra_item* item) {
+  return ReleaseHandle(item);
+}
 
 kestra_status kestra_item_name(kestra_item* item, const char** name) {
   return Barrier(item, name)([&] {
@@ -43,7 +47,9 @@ kestra_status kestra_item_class(kestra_item* item, kestra_class** diag_class) {
   });
 }
 
-kestra_status kestra_items_release(kestra_items* items) { return ReleaseHandle(items); }
+kestra_status kestra_items_release(kestra_items* items) {
+  return ReleaseHandle(items);
+}
 
 kestra_status kestra_items_count(const kestra_items* items, int32_t* count) {
   return Barrier(items, count)([&] {
@@ -60,7 +66,9 @@ kestra_status kestra_items_item(const kestra_items* items, int32_t index, kestra
   });
 }
 
-kestra_status kestra_params_release(kestra_params* params) { return ReleaseHandle(params); }
+kestra_status kestra_params_release(kestra_params* params) {
+  return ReleaseHandle(params);
+}
 
 kestra_status kestra_params_count(const kestra_params* params, int32_t* count) {
   return Barrier(params, count)([&] {
@@ -69,8 +77,7 @@ kestra_status kestra_params_count(const kestra_params* params, int32_t* count) {
   });
 }
 
-kestra_status kestra_params_item(const kestra_params* params, int32_t index,
-                                 kestra_param** param) {
+kestra_status kestra_params_item(const kestra_params* params, int32_t index, kestra_param** param) {
   return Barrier(params, param)([&] {
     if (index < 1) return KESTRA_E_INVALIDARG;
     DiagParam* pParam = params->owner->Params.Get(static_cast<size_t>(index) - 1);
@@ -86,7 +93,9 @@ kestra_status kestra_params_find(const kestra_params* params, const char* name,
   });
 }
 
-kestra_status kestra_param_release(kestra_param* param) { return ReleaseHandle(param); }
+kestra_status kestra_param_release(kestra_param* param) {
+  return ReleaseHandle(param);
+}
 
 kestra_status kestra_param_name(const kestra_param* param, const char** name) {
   return Barrier(param, name)([&] {

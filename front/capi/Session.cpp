@@ -6,7 +6,9 @@ using namespace kestra;
 
 namespace kestra {
 
-kestra_session* MakeSession(SessionSetup setup) { return new kestra_session(std::move(setup)); }
+kestra_session* MakeSession(SessionSetup setup) {
+  return new kestra_session(std::move(setup));
+}
 
 }  // namespace kestra
 
@@ -38,9 +40,13 @@ kestra_status RunQuery(kestra_session& session, const std::string& query,
 
 }  // namespace
 
-const char* kestra_version(void) { return KESTRA_VERSION; }
+const char* kestra_version(void) {
+  return KESTRA_VERSION;
+}
 
-int32_t kestra_abi_version(void) { return KESTRA_ABI_VERSION; }
+int32_t kestra_abi_version(void) {
+  return KESTRA_ABI_VERSION;
+}
 
 kestra_status kestra_session_create(const kestra_options* options, kestra_session** session) {
   return Barrier(session)([&] {
@@ -51,7 +57,9 @@ kestra_status kestra_session_create(const kestra_options* options, kestra_sessio
   });
 }
 
-kestra_status kestra_session_destroy(kestra_session* session) { return ReleaseHandle(session); }
+kestra_status kestra_session_destroy(kestra_session* session) {
+  return ReleaseHandle(session);
+}
 
 kestra_status kestra_session_allow_active(kestra_session* session, int32_t allow) {
   return Barrier(session)([&] {
@@ -109,7 +117,9 @@ kestra_status kestra_session_columns(kestra_session* session, kestra_columns** c
   return Barrier(session, columns)([&] { return GiveHandle(columns, session->lastColumns); });
 }
 
-kestra_status kestra_columns_release(kestra_columns* columns) { return ReleaseHandle(columns); }
+kestra_status kestra_columns_release(kestra_columns* columns) {
+  return ReleaseHandle(columns);
+}
 
 kestra_status kestra_columns_count(const kestra_columns* columns, int32_t* count) {
   return Barrier(columns, count)([&] {

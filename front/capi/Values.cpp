@@ -14,7 +14,9 @@ kestra_status TellIf(const kestra_value* value, int32_t* result, bool (Value::*t
 
 }  // namespace
 
-kestra_status kestra_value_release(kestra_value* value) { return ReleaseHandle(value); }
+kestra_status kestra_value_release(kestra_value* value) {
+  return ReleaseHandle(value);
+}
 
 kestra_status kestra_value_is_undefined(const kestra_value* value, int32_t* result) {
   return TellIf(value, result, &Value::IsUndefined);
@@ -96,7 +98,9 @@ kestra_status kestra_value_as_param(const kestra_value* value, kestra_param** pa
   });
 }
 
-kestra_status kestra_values_release(kestra_values* values) { return ReleaseHandle(values); }
+kestra_status kestra_values_release(kestra_values* values) {
+  return ReleaseHandle(values);
+}
 
 kestra_status kestra_values_count(const kestra_values* values, int32_t* count) {
   return Barrier(values, count)([&] {

@@ -6,6 +6,8 @@
 
 namespace kestra {
 
-SessionSetup LiveSetup() { return {BuiltInModules(), LiveMachine()}; }
+SessionSetup LiveSetup() {
+  return {BuiltInModules(), LiveMachine()};
+}
 
 }  // namespace kestra

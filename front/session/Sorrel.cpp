@@ -34,6 +34,13 @@ bool CSorrel::ReInitRoot() {
   return true;
 }
 
+void CSorrel::RebuildRoot() {
+  std::lock_guard lock(m_lock);
+  m_isInitialized = false;
+  m_poRoot = nullptr;
+  m_poClass = nullptr;
+}
+
 Ref<DiagModule> CSorrel::GetModule(const std::string& name, const std::string& args) {
   const Ref<DiagRoot> root = TakeRoot();
   return root ? root->GetDiagModule(name, args) : nullptr;

@@ -3,11 +3,11 @@
 // held while a query runs, and a running query keeps the old root alive.
 #pragma once
 
-#include "model/root/Root.h"
-#include "query/Evaluate.h"
-
 #include <mutex>
 #include <string>
+
+#include "model/root/Root.h"
+#include "query/Evaluate.h"
 
 namespace kestra {
 
@@ -29,6 +29,8 @@ class CSorrel {
   // Drops every module, so that the next query that asks for one makes it anew; the root and its
   // class tree stay. True when there is a root.
   bool ReInitRoot();
+  // Lets go of the root as it is; the next query makes a new one.
+  void RebuildRoot();
   // The module item for a name and an argument text; null if there is none.
   Ref<DiagModule> GetModule(const std::string& name, const std::string& args);
   // The class tree; null when the root could not be made.

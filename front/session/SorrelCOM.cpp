@@ -5,26 +5,45 @@
 namespace kestra {
 namespace {
 
+constexpr uint32_t kStopTimeOutMs = 10000;
+
 // Tells the queries of the whole process apart in the log; the first has id 1.
 std::atomic<uint32_t> g_lastQueryId{0};
 
-int NewQueryId() { return static_cast<int>(++g_lastQueryId); }
+// The result's text; a list's elements stand below it.
+std::string LogText(const Value& value) {
+  std::string text = value.asString();
+  const ValueVector& elements = value.asVector();
+  for (size_t i = 0; value.IsVector() && i < elements.Count(); ++i) {
+    text += "\r\n\t" + elements[i].asString();
+  }
+  return text;
+}
 
 }  // namespace
 
-CSorrelCOM::CSorrelCOM(SessionSetup setup) {
+CSorrelCOM::CSorrelCOM(SessionSetup setup)
+    : m_poCancelEvent(MakeRef<os::CEvent>()), m_pIsAlive(std::make_shared<bool>(true)) {
   OpenGlobalLog();
-  m_pSorrel = std::make_unique<CSorrel>(std::move(setup));
-  m_poCancelEvent = MakeRef<os::CEvent>();
+  m_pSorrel = std::make_shared<CSorrel>(std::move(setup));
 }
 
 CSorrelCOM::~CSorrelCOM() {
   g_Log.Info("~CSorrelCOM() - started.");
-  m_poDiagRoot = nullptr;
+  *m_pIsAlive = false;
   g_Log.Info("~CSorrelCOM() - m_poDiagRoot destroyed.");
+  if (m_pQCalculator) {
+    g_Log.Info("~CSorrelCOM() - before cancelling of m_pQCalculator.");
+    m_pQCalculator->Cancel();
+    g_Log.Info("~CSorrelCOM() - before destroying of m_pQCalculator.");
+    m_pQCalculator.reset();
+    g_Log.Info("~CSorrelCOM() - m_pQCalculator has been destroyed.");
+  }
+  for (const auto& thread : m_initThreads) thread->Stop(kStopTimeOutMs);
+  m_initThreads.clear();
   m_pSorrel.reset();
   g_Log.Info("~CSorrelCOM() - m_pSorrel has been destroyed.");
-  m_poCancelEvent = nullptr;
+  if (m_poCompletions) m_poCompletions->Close();
   g_Log.Info("~CSorrelCOM() - finished.");
 }
 
@@ -44,7 +63,8 @@ Ref<QueryMessage> CSorrelCOM::MakeMessage(const std::optional<os::NativeHandle>&
 SessionStatus CSorrelCOM::RunQuerySync(const std::string& query,
                                        const std::optional<os::NativeHandle>& hostEvent,
                                        uint32_t timeOut, QueryOutcome& outcome) {
-  const int queryId = NewQueryId();
+  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  const int queryId = static_cast<int>(++g_lastQueryId);
   g_Log.Info("CSorrelCOM::RunQuerySync, started. q_id = %d, query = %s", queryId, query.c_str());
   const Ref<QueryMessage> message = MakeMessage(hostEvent);
   outcome = {};
@@ -61,6 +81,83 @@ SessionStatus CSorrelCOM::RunQuerySync(const std::string& query,
   return SessionStatus::Ok;
 }
 
+// Made when it is first needed, so that a host of synchronous queries never has one.
+Ref<CCompletionQueue> CSorrelCOM::Completions() {
+  std::lock_guard lock(m_lock);
+  if (!m_poCompletions && !m_isAsyncDisabled) m_poCompletions = MakeRef<CCompletionQueue>();
+  return m_poCompletions;
+}
+
+std::shared_ptr<CQCalculatorAsync> CSorrelCOM::Calculator() {
+  std::lock_guard lock(m_lock);
+  return m_pQCalculator;
+}
+
+SessionStatus CSorrelCOM::RunQuery(const std::string& query, uint32_t timeOut) {
+  const Ref<CCompletionQueue> completions = Completions();
+  if (!completions) return SessionStatus::Fail;
+  std::shared_ptr<CQCalculatorAsync> calculator = Calculator();
+  if (!calculator) {
+    calculator = std::make_shared<CQCalculatorAsync>(m_pSorrel, completions);
+    std::lock_guard lock(m_lock);
+    m_pQCalculator = calculator;
+  }
+  const uint32_t queryId = ++g_lastQueryId;
+  return calculator->Run({query, timeOut, m_isActiveAllowed, queryId}) ? SessionStatus::Ok
+                                                                       : SessionStatus::Fail;
+}
+
+void CSorrelCOM::DisableAsyncMode() {
+  g_Log.Info("CSorrelCOM::DisableAsyncMode, initiated.");
+  std::lock_guard lock(m_lock);
+  m_isAsyncDisabled = true;
+  if (m_poCompletions) m_poCompletions->Close();
+  m_poCompletions = nullptr;
+}
+
+os::NativeHandle CSorrelCOM::EventHandle() {
+  const Ref<CCompletionQueue> completions = Completions();
+  return completions ? completions->Handle() : os::kNoHandle;
+}
+
+size_t CSorrelCOM::DispatchEvents() {
+  const Ref<CCompletionQueue> completions = Completions();
+  const std::shared_ptr<bool> isAlive = m_pIsAlive;
+  size_t count = 0;
+  while (completions && *isAlive) {
+    const std::optional<uint32_t> queryId = completions->Fetch();
+    if (!queryId) break;
+    const auto calculator = Calculator();
+    auto outcome = calculator ? calculator->FetchOutcome() : std::nullopt;
+    if (!outcome) continue;
+    OnRunQueryCompleted(*outcome, *queryId);
+    ++count;
+  }
+  return count;
+}
+
+void CSorrelCOM::OnRunQueryCompleted(const QueryOutcome& outcome, uint32_t queryId) {
+  g_Log.Info("CSorrelCOM::OnRunQueryCompleted, started. q_id = %d", static_cast<int>(queryId));
+  if (!g_Log.ErrorsOnly) {
+    g_Log.Info("CSorrelCOM::OnRunQueryCompleted, q_id = %d, result: \r\n%s",
+               static_cast<int>(queryId), LogText(outcome.value).c_str());
+  }
+  const QueryCompleteSink sink = m_sink;  // it may end the session, and itself with it
+  if (sink) sink(outcome);
+  g_Log.Info("CSorrelCOM::OnRunQueryCompleted, finished. q_id = %d", static_cast<int>(queryId));
+}
+
+SessionStatus CSorrelCOM::InitDiagModule(const std::string& name, const std::string& args,
+                                         bool initAlways) {
+  Ref<DiagModule> module = m_pSorrel->GetModule(name, args);
+  if (!module) return SessionStatus::Pointer;
+  if (!initAlways && module->IsFilled()) return SessionStatus::Ok;
+  auto thread = MakeRef<CModuleInitThread>(std::move(module));
+  if (!thread->Start()) return SessionStatus::Fail;
+  m_initThreads.push_back(std::move(thread));
+  return SessionStatus::Ok;
+}
+
 SessionStatus CSorrelCOM::CheckQuerySyntax(const std::string& query, int32_t& good) {
   good = m_pSorrel->CheckSyntax(query) ? -1 : 0;
   return SessionStatus::Ok;
@@ -69,7 +166,16 @@ SessionStatus CSorrelCOM::CheckQuerySyntax(const std::string& query, int32_t& go
 void CSorrelCOM::CancelQuery() {
   g_Log.Info("CSorrelCOM::CancelQuery(), started.");
   m_poCancelEvent->Set();
+  CancelCalculator();
   g_Log.Info("CSorrelCOM::CancelQuery(), finished.");
+}
+
+void CSorrelCOM::CancelCalculator() {
+  const auto calculator = Calculator();
+  // A thread that was left behind may hold locks in the root.
+  if (calculator && !calculator->Cancel()) m_pSorrel->RebuildRoot();
+  std::lock_guard lock(m_lock);
+  if (m_poCompletions) m_poCompletions->RemoveAll();
 }
 
 void CSorrelCOM::ReInitDiagRoot() { m_pSorrel->ReInitRoot(); }

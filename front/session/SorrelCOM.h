@@ -1,36 +1,41 @@
-// CSorrelCOM: a query session. A host hands it a query text and gets one typed value back.
+// CSorrelCOM: a query session. A host hands it a query text and gets one typed value back, on its
+// own thread or through an event.
 //
 // This is the session itself, without the binding: the C interface and the COM class stand in
 // front of it.
 //
-// Threads: methods are called from the thread that made the session; CancelQuery from any.
+// Threads: methods are called from the thread that made the session; CancelQuery from any. Events
+// are fired on the owner's thread, from DispatchEvents.
 #pragma once
 
+#include "front/session/CompletionQueue.h"
+#include "front/session/ModuleInitThread.h"
+#include "front/session/QueryWorker.h"
 #include "front/session/Sorrel.h"
 #include "platform/os/Event.h"
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
+#include <vector>
 
 namespace kestra {
 
+// The public edge turns each into its own code.
 enum class SessionStatus { Ok, Fail, Pointer };
-
-// What ended: the value, and what goes with it.
-struct QueryOutcome {
-  Value value;
-  bool hasValue = false;     // false: the root could not be made, and there is no value
-  QueryReport report;
-  std::string message;       // the sentence of the query's message; empty if it tells nothing
-};
 
 class CSorrelCOM {
  public:
+  // Called with the outcome of an asynchronous query. It must not throw, and may call the session.
+  using QueryCompleteSink = std::function<void(const QueryOutcome&)>;
+
   explicit CSorrelCOM(SessionSetup setup = LiveSetup());
-  // Stops what runs, drops the root, and logs each step.
+  // Stops what runs, with up to ten seconds for each thread, then drops the root, and logs each
+  // step.
   ~CSorrelCOM();
   CSorrelCOM(const CSorrelCOM&) = delete;
   CSorrelCOM& operator=(const CSorrelCOM&) = delete;
@@ -43,8 +48,26 @@ class CSorrelCOM {
   SessionStatus RunQuerySync(const std::string& query,
                              const std::optional<os::NativeHandle>& hostEvent, uint32_t timeOut,
                              QueryOutcome& outcome);
+  // Starts a query on the session's worker thread; its end is announced. Fail while the query
+  // before is not dispatched yet, and after DisableAsyncMode.
+  SessionStatus RunQuery(const std::string& query, uint32_t timeOut);
+  // From here on RunQuery fails.
+  void DisableAsyncMode();
+  // A handle that is readable while an event waits for DispatchEvents; kNoHandle after
+  // DisableAsyncMode. Lives until then or until the session ends.
+  os::NativeHandle EventHandle();
+  // Who gets the outcome of asynchronous queries.
+  void SetQueryCompleteSink(QueryCompleteSink sink) { m_sink = std::move(sink); }
+  // Fires the events that wait; answers how many. On the owner's thread. The sink may end the
+  // session, after which nothing more is fired.
+  size_t DispatchEvents();
+  // Starts filling a module on a thread of its own; nothing to do for one that is filled already,
+  // unless initAlways. Pointer for a module that there is not.
+  SessionStatus InitDiagModule(const std::string& name, const std::string& args, bool initAlways);
   // good is -1 for a text that parses, 0 for one that does not.
   SessionStatus CheckQuerySyntax(const std::string& query, int32_t& good);
+  // Ends the queries of this session, and drops the announcement of one that has just ended. From
+  // any thread. Waits for the worker, up to ten seconds.
   void CancelQuery();
   void ReInitDiagRoot();
   // The class tree; null when the root could not be made.
@@ -52,12 +75,22 @@ class CSorrelCOM {
 
  private:
   Ref<QueryMessage> MakeMessage(const std::optional<os::NativeHandle>& hostEvent);
+  Ref<CCompletionQueue> Completions();
+  std::shared_ptr<CQCalculatorAsync> Calculator();
+  void CancelCalculator();
+  void OnRunQueryCompleted(const QueryOutcome& outcome, uint32_t queryId);
 
-  // Handed out by nobody; kept because its release is a step of the destruction.
-  Ref<DiagRoot> m_poDiagRoot;
-  std::unique_ptr<CSorrel> m_pSorrel;
+  std::shared_ptr<CSorrel> m_pSorrel;
   std::atomic<bool> m_isActiveAllowed{false};
-  Ref<os::CEvent> m_poCancelEvent;
+  const Ref<os::CEvent> m_poCancelEvent;
+  QueryCompleteSink m_sink;
+  std::vector<Ref<CModuleInitThread>> m_initThreads;
+  std::shared_ptr<bool> m_pIsAlive;  // tells DispatchEvents that a sink has ended the session
+
+  std::mutex m_lock;  // guards everything below
+  Ref<CCompletionQueue> m_poCompletions;  // null until it is needed, and when async mode is off
+  bool m_isAsyncDisabled = false;
+  std::shared_ptr<CQCalculatorAsync> m_pQCalculator;
 };
 
 }  // namespace kestra

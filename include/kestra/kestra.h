@@ -52,11 +52,11 @@ extern "C" {
 
 typedef int32_t kestra_status;
 #define KESTRA_OK 0
-#define KESTRA_E_FAIL (-1)        /* could not be done */
-#define KESTRA_E_POINTER (-2)     /* a null handle or a null place for a result */
-#define KESTRA_E_INVALIDARG (-3)  /* an index outside, an option that does not exist */
+#define KESTRA_E_FAIL (-1)       /* could not be done */
+#define KESTRA_E_POINTER (-2)    /* a null handle or a null place for a result */
+#define KESTRA_E_INVALIDARG (-3) /* an index outside, an option that does not exist */
 #define KESTRA_E_OUTOFMEMORY (-4)
-#define KESTRA_E_NOTFOUND (-5)    /* no such name */
+#define KESTRA_E_NOTFOUND (-5) /* no such name */
 
 typedef struct kestra_session kestra_session;
 typedef struct kestra_value kestra_value;
@@ -105,8 +105,8 @@ KESTRA_API kestra_status kestra_session_run_query_sync(kestra_session* session, 
                                                        const intptr_t* termination_event,
                                                        uint32_t timeout_ms, kestra_value** result);
 /* The same for a text of length bytes, which may hold NUL bytes. */
-KESTRA_API kestra_status kestra_session_run_query_sync_n(kestra_session* session,
-                                                         const char* query, size_t length,
+KESTRA_API kestra_status kestra_session_run_query_sync_n(kestra_session* session, const char* query,
+                                                         size_t length,
                                                          const intptr_t* termination_event,
                                                          uint32_t timeout_ms,
                                                          kestra_value** result);

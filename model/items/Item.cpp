@@ -99,6 +99,17 @@ bool CVDiagItem::Init(bool bInitChild, bool bForce, QueryMessage& message) {
   return false;
 }
 
+bool CVDiagItem::IsFilled() {
+  // A wait for the lock that ends at once.
+  static const auto* pNow = [] {
+    auto* pEvent = new os::CEvent;
+    pEvent->Set();
+    return pEvent;
+  }();
+  CAutoInterruptibleLock lock(m_lock, pNow);
+  return lock.IsHeld() && IsInitialized;
+}
+
 bool CVDiagItem::Update(const DiagParams& params, QueryMessage& message) {
   if (!message.RequireActive()) return false;
   for (size_t i = 0; i < params.Count(); ++i) {

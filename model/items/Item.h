@@ -68,6 +68,8 @@ class CVDiagItem : public CCounted<CVDiagItem> {
   // The one way in for filling: does nothing on an item that is filled, unless bForce. A filling
   // that was cut off by the termination event leaves no half content.
   bool Init(bool bInitChild, bool bForce, QueryMessage& message);
+  // Whether the item is filled now. Does not wait: an item that is being filled counts as not.
+  bool IsFilled();
   bool Update(const DiagParams& params, QueryMessage& message);
   bool Delete(QueryMessage& message);
   bool Add(const std::string& newItemType, const DiagParams& params, QueryMessage& message);

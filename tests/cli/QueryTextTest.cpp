@@ -1,8 +1,8 @@
-#include "cli/QueryText.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "cli/QueryText.h"
 
 namespace kestra::cli {
 namespace {
@@ -11,7 +11,8 @@ using namespace std::string_literals;
 
 std::string Joined(const std::string& text) {
   std::string joined;
-  for (const std::string_view query : SplitQueries(text)) joined.append("[").append(query).append("]");
+  for (const std::string_view query : SplitQueries(text))
+    joined.append("[").append(query).append("]");
   return joined;
 }
 

@@ -1,6 +1,6 @@
-#include "cli/Width.h"
-
 #include <gtest/gtest.h>
+
+#include "cli/Width.h"
 
 namespace kestra::cli {
 namespace {
@@ -13,7 +13,9 @@ TEST(Width, CountsColumnsOfATerminal) {
       {"u\xCC\x88", 1},                 // the same out of two characters
       {"\xE4\xB8\xAD\xE6\x96\x87", 4},  // two wide characters
       {"\xF0\x9F\x8E\x89", 2},          // an emoji
-      {"a\xE2\x80\x8B" "b", 2},         // a blank of no width
+      {"a\xE2\x80\x8B"
+       "b",
+       2},  // a blank of no width
   };
   for (const auto& [text, width] : cases) EXPECT_EQ(WidthOf(text), width) << text;
 }
@@ -25,11 +27,15 @@ TEST(Width, NothingUnprintableReachesTheTerminal) {
       {"\x1B[31mred", bad + "[31mred"},
       {std::string("a\0b", 3), "a" + bad + "b"},
       {"a\x7F", "a" + bad},
-      {"\xC2\x9B" "31m", bad + "31m"},          // a control character of the upper half
+      {"\xC2\x9B"
+       "31m",
+       bad + "31m"},  // a control character of the upper half
       {"\xFF\xFE", bad + bad},
-      {"\xC3", bad},                            // cut off
-      {"\xED\xA0\x80", bad + bad + bad},        // a surrogate
-      {"\xE2\x80\xAE" "txt.exe", bad + "txt.exe"},  // turns the direction
+      {"\xC3", bad},                      // cut off
+      {"\xED\xA0\x80", bad + bad + bad},  // a surrogate
+      {"\xE2\x80\xAE"
+       "txt.exe",
+       bad + "txt.exe"},  // turns the direction
       {"\xC3\xBC", "\xC3\xBC"},
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(Printable(text), expected) << text;
@@ -50,7 +56,7 @@ TEST(Width, CutsBetweenCharacters) {
       {"", 3, ""},
       {wide + wide, 4, wide + wide},
       {wide + wide, 3, wide + dots},
-      {wide + wide + wide, 4, wide + dots},  // the second does not leave room for the mark
+      {wide + wide + wide, 4, wide + dots},      // the second does not leave room for the mark
       {"ae\xCC\x81xy", 3, "ae\xCC\x81" + dots},  // a mark stays with its letter
   };
   for (const auto& [text, width, expected] : cases) {

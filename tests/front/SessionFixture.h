@@ -1,14 +1,14 @@
 // Sessions of the C interface over the test modules and a machine in memory.
 #pragma once
 
-#include "front/capi/Handles.h"
-#include "tests/query/support/TestModules.h"
-#include "tests/support/FakeMachine.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <string_view>
+
+#include "front/capi/Handles.h"
+#include "tests/query/support/TestModules.h"
+#include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
 

@@ -17,9 +17,9 @@ std::string KindsOf(const kestra_value* value) {
   constexpr struct {
     char letter;
     kestra_status (*test)(const kestra_value*, int32_t*);
-  } kTests[] = {{'U', kestra_value_is_undefined}, {'E', kestra_value_is_error},
-                {'B', kestra_value_is_boolean},   {'N', kestra_value_is_number},
-                {'S', kestra_value_is_string},    {'D', kestra_value_is_datime},
+  } kTests[] = {{'U', kestra_value_is_undefined},  {'E', kestra_value_is_error},
+                {'B', kestra_value_is_boolean},    {'N', kestra_value_is_number},
+                {'S', kestra_value_is_string},     {'D', kestra_value_is_datime},
                 {'I', kestra_value_is_vdiag_item}, {'V', kestra_value_is_vector}};
   std::string kinds;
   for (const auto& entry : kTests) {
@@ -73,7 +73,8 @@ TEST_F(ValueInterface, TellsParametersByDeclaredType) {
   };
   for (const ColumnCase& expected : cases) {
     SCOPED_TRACE(expected.name);
-    const std::string query = std::string("SELECT ") + expected.name + ", Id FROM Test.Row WHERE Id = 1";
+    const std::string query =
+        std::string("SELECT ") + expected.name + ", Id FROM Test.Row WHERE Id = 1";
     kestra_value* value = ElementOf(ElementOf(Run(query), 0), 0);
     EXPECT_EQ(KindsOf(value), expected.kinds);
     kestra_param* param = nullptr;

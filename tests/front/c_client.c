@@ -1,9 +1,9 @@
 /* A host written in C: the header compiles as C, and the library does what it says. Prints what is
  * wrong, and exits with the number of faults. */
-#include "kestra/kestra.h"
-
 #include <stdio.h>
 #include <string.h>
+
+#include "kestra/kestra.h"
 
 static int faults = 0;
 

@@ -245,17 +245,5 @@ TEST(Value, KeepsWhatItRefersToAlive) {
   EXPECT_EQ(parameter.asLong(), 7);
 }
 
-// A list of lists of lists, as deep as a text can make it: it must also go away again.
-TEST(Value, DeepVectorsAreReleased) {
-  Value value;
-  for (int i = 0; i < 20000; ++i) {
-    Value outer = Vector();
-    outer.asVector().Append(std::move(value));
-    value = std::move(outer);
-  }
-  value.Clear();
-  EXPECT_TRUE(value.IsUndefined());
-}
-
 }  // namespace
 }  // namespace kestra

@@ -1,0 +1,24 @@
+// CModuleInitThread: fills one module ahead of the query that will ask for it. It tells nobody of
+// the end: a query that reaches the module meanwhile waits on its lock and finds it filled.
+#pragma once
+
+#include "model/classes/Module.h"
+#include "VLib/src/threads/Thread.h"
+
+namespace kestra {
+
+class CModuleInitThread : public CVThread {
+ public:
+  explicit CModuleInitThread(Ref<DiagModule> module) : m_poModule(std::move(module)) {}
+
+ protected:
+  void Run() override {
+    QueryMessage message(StopEvent(), false);
+    static_cast<CVDiagItem&>(*m_poModule).Init(true, true, message);
+  }
+
+ private:
+  const Ref<DiagModule> m_poModule;
+};
+
+}  // namespace kestra

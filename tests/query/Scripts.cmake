@@ -1,0 +1,36 @@
+# The query scripts run through the command, as a user runs it. Those that need the test modules run
+# through the same command over an engine that has them.
+add_executable(kestra_with_test_modules support/TestSetup.cpp)
+target_link_libraries(kestra_with_test_modules PRIVATE
+  kestra_command_objects kestra_render kestra_front kestra_query_test_support)
+
+set(script_runner ${CMAKE_CURRENT_SOURCE_DIR}/run_scripts.py)
+set(scripts
+  active.test
+  aggregates.test
+  ambiguity.test
+  any.test
+  comparison.test
+  convert.test
+  dates.test
+  joins.test
+  logic.test
+  null.test
+  numbers.test
+  procedures.test
+  processes.test
+  select.test
+  sources.test
+  strings.test
+  subselects.test
+  syntax.test
+  versions.test
+)
+list(TRANSFORM scripts PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+foreach(script ${scripts})
+  get_filename_component(name ${script} NAME_WE)
+  add_test(NAME query_script_${name}
+    COMMAND python3 ${script_runner} $<TARGET_FILE:kestra_with_test_modules> -- ${script})
+endforeach()
+add_test(NAME query_scripts_of_the_command
+  COMMAND python3 ${script_runner} --skip-test-modules $<TARGET_FILE:kestra_command> -- ${scripts})
