@@ -36,6 +36,7 @@ QueryContext::QueryContext(std::string text, Ref<DiagRoot> root, uint32_t timeOu
                            Ref<QueryMessage> message)
     : QueryText(std::move(text)),
       Root(std::move(root)),
+      RootClass(Root ? Root->GetTypeInfo() : nullptr),
       TimeOut(timeOut),
       StartTicks(os::TickCount()),
       Message(message ? std::move(message) : MakeRef<QueryMessage>()),

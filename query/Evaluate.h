@@ -25,7 +25,8 @@ struct QueryReport {
 // - an Error "Syntax error" for a text that does not parse;
 // - Undefined for one that does, with a timeOut of 0: it is then not run;
 // - an Error "Diagnostics initialization error" when the root cannot be filled;
-// - an Error without text when the time is over or the query was cancelled;
+// - an Error without text when the time is over or the query was cancelled; a statement that was
+//   changing something then gives the sentence of the cancel;
 // - otherwise the query's value. The items in it stay alive and are not copied.
 // timeOut is in milliseconds. A null message stands for one without termination event and without
 // the right to change anything. pReport may be null. Any number of threads may run queries over one root.

@@ -32,6 +32,7 @@ struct QueryContext {
 
   const std::string QueryText;
   const Ref<DiagRoot> Root;       // may be null: a text can be parsed without one
+  const Ref<DiagClass> RootClass; // its class tree, held for the query; null without a root
   const uint32_t TimeOut;         // milliseconds; 0: do not run
   const uint32_t StartTicks;
   TokenList Tokens;

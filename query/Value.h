@@ -64,6 +64,7 @@ class Value {
   bool IsUndefined() const { return m_kind == ValueKind::Undefined; }
   bool IsAny() const { return m_kind == ValueKind::Any; }
   bool IsError() const { return m_kind == ValueKind::Error; }
+  bool HasErrorText() const { return IsError() && m_payload.pText; }
   bool IsBoolean() const { return m_kind == ValueKind::Boolean; }
   bool IsNumber() const;   // an enumeration or flag parameter is a number and a string at once
   bool IsString() const;

@@ -18,7 +18,11 @@ def owning_list(path):
 
 
 def words_of(cmake_list):
-    text = "".join(line.split("#")[0] + "\n" for _, line in lines_of(cmake_list))
+    """Of the list and of the parts that it includes from its own folder."""
+    folder = os.path.dirname(cmake_list)
+    parts = [cmake_list] + [os.path.join(folder, name) for name in os.listdir(os.path.join(ROOT, folder))
+                            if name.endswith(".cmake")]
+    text = "".join(line.split("#")[0] + "\n" for part in parts for _, line in lines_of(part))
     return set(re.split(r'[\s()"]+', text))
 
 

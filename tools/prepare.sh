@@ -38,16 +38,16 @@ install_packages() {
 }
 
 # build_preset PRESET [TARGET]: configures if that was not done yet, and builds. Ninja looks itself
-# whether the build description has changed.
+# whether the build description has changed. $launcher, if set, stands before it.
 build_preset() {
-  local preset=$1 log=build/$1.log
+  local preset=$1 log=build/$1.log ninja="${launcher:-} ninja -j $(nproc) -C build/$1"
   mkdir -p build
   if [ ! -e "build/$preset/build.ninja" ]; then
     say "configuring $preset"
     cmake --preset "$preset" >"$log" 2>&1 </dev/null || { cat "$log" >&2; return 1; }
   fi
-  if ! ninja -C "build/$preset" -n ${2:+"$2"} 2>/dev/null </dev/null | grep -q 'no work to do'; then
+  if ! $ninja -n ${2:+"$2"} 2>/dev/null </dev/null | grep -q 'no work to do'; then
     say "building $preset"
-    ninja -C "build/$preset" ${2:+"$2"} >"$log" 2>&1 </dev/null || { cat "$log" >&2; return 1; }
+    $ninja ${2:+"$2"} >"$log" 2>&1 </dev/null || { cat "$log" >&2; return 1; }
   fi
 }

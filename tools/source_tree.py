@@ -1,19 +1,19 @@
 """What the lints share: the source files of the tree, and their #include lines."""
 import os
 import re
-import subprocess
 
 ROOT = os.path.dirname(os.path.dirname(os.path.abspath(__file__)))
 INCLUDE = re.compile(r'\s*#\s*include\s*(["<])([^">]+)[">]')
 
 
 def source_files(*endings):
-    """Paths from the root of the files that are or would be committed."""
-    listed = subprocess.run(
-        ["git", "-C", ROOT, "ls-files", "--cached", "--others", "--exclude-standard"],
-        check=True, capture_output=True, text=True).stdout.splitlines()
-    return sorted(path for path in listed
-                  if path.endswith(endings) and os.path.isfile(os.path.join(ROOT, path)))
+    """Paths from the root, but for what is built."""
+    found = []
+    for folder, folders, files in os.walk(ROOT):
+        folders[:] = [name for name in folders if name != "build" and not name.startswith(".")]
+        found += [os.path.relpath(os.path.join(folder, name), ROOT)
+                  for name in files if name.endswith(endings)]
+    return sorted(found)
 
 
 def lines_of(path):

@@ -29,36 +29,42 @@ bool ParseNameAndArgs(std::string_view piece, std::string& name, std::string& ar
 
 }  // namespace
 
+// "*", with a time to live behind "#".
+bool DiagRoot::ParseStar(std::string_view text, ListEntry& star) {
+  const size_t hash = text.find('#');
+  if (hash == std::string_view::npos) return true;
+  std::string_view number = text.substr(hash);
+  number.remove_prefix(std::min(number.find_first_not_of("*#"), number.size()));
+  const auto seconds = ParseTimeToLive(number);
+  star.timeToLive = seconds.value_or(-1);
+  return seconds.has_value();
+}
+
+// "Name(arguments)#seconds*".
+bool DiagRoot::ParseEntry(std::string_view text, ListEntry& entry) {
+  const std::vector<std::string> pieces = SplitQuoted(text, '#', '\'');
+  if (pieces.empty() || pieces.size() > 2) return false;
+  if (!ParseNameAndArgs(TrimBlanks(pieces[0]), entry.name, entry.args)) return false;
+  if (pieces.size() == 1) return true;
+  std::string_view number = TrimBlanks(pieces[1]);
+  entry.anyUser = !number.empty() && number.back() == '*';
+  if (entry.anyUser) number.remove_suffix(1);
+  const auto seconds = ParseTimeToLive(number);
+  entry.timeToLive = seconds.value_or(-1);
+  return seconds.has_value();
+}
+
 bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) const {
   std::optional<size_t> starPosition;
   ListEntry star;
   for (const std::string& whole : m_names) {
     const std::string_view text = TrimBlanks(whole);
     if (!text.empty() && text.front() == '*') {
-      if (starPosition) return false;
+      if (starPosition || !ParseStar(text, star)) return false;
       starPosition = entries.size();
-      const size_t hash = text.find('#');
-      if (hash == std::string_view::npos) continue;
-      std::string_view number = text.substr(hash);
-      number.remove_prefix(std::min(number.find_first_not_of("*#"), number.size()));
-      const auto seconds = ParseTimeToLive(number);
-      if (!seconds) return false;
-      star.timeToLive = *seconds;
-      continue;
+    } else if (!ParseEntry(text, entries.emplace_back())) {
+      return false;
     }
-    const std::vector<std::string> pieces = SplitQuoted(text, '#', '\'');
-    ListEntry entry;
-    if (pieces.empty() || pieces.size() > 2) return false;
-    if (!ParseNameAndArgs(TrimBlanks(pieces[0]), entry.name, entry.args)) return false;
-    if (pieces.size() == 2) {
-      std::string_view number = TrimBlanks(pieces[1]);
-      entry.anyUser = !number.empty() && number.back() == '*';
-      if (entry.anyUser) number.remove_suffix(1);
-      const auto seconds = ParseTimeToLive(number);
-      if (!seconds) return false;
-      entry.timeToLive = *seconds;
-    }
-    entries.push_back(std::move(entry));
   }
   if (!starPosition) return true;
 

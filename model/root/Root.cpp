@@ -31,7 +31,7 @@ const std::string& DiagRoot::GetName() {
 }
 
 Ref<DiagClass> DiagRoot::GetTypeInfo() {
-  std::lock_guard lock(m_lock);
+  std::lock_guard lock(m_rootLock);
   if (!m_poRootClass) {
     auto root = MakeRef<DiagClass>("Root", nullptr, false, false, nullptr, nullptr);
     for (const ModuleRow& row : m_table) root->AddChildClass(row.pClass->Get());
@@ -59,19 +59,20 @@ Ref<DiagModule> DiagRoot::CreateModule(std::string_view name) {
 Ref<DiagModule> DiagRoot::GetDiagModule(std::string_view name, std::string_view args) {
   Ref<DiagModule> fresh = CreateModule(name);
   if (!fresh || !fresh->SetArgs(args)) return nullptr;
-  return FindOrAdd(std::move(fresh));
+  QueryMessage message;
+  return FindOrAdd(std::move(fresh), message);
 }
 
-Ref<DiagModule> DiagRoot::GetDiagModule(std::string_view name, const DiagParams& args) {
+Ref<DiagModule> DiagRoot::GetDiagModule(std::string_view name, const DiagParams& args,
+                                        QueryMessage& message) {
   Ref<DiagModule> fresh = CreateModule(name);
   if (!fresh || !fresh->HasArgs() || !fresh->CopyArgs(args)) return nullptr;
-  return FindOrAdd(std::move(fresh));
+  return FindOrAdd(std::move(fresh), message);
 }
 
-Ref<DiagModule> DiagRoot::FindOrAdd(Ref<DiagModule> fresh) {
-  QueryMessage message;
+Ref<DiagModule> DiagRoot::FindOrAdd(Ref<DiagModule> fresh, QueryMessage& message) {
   if (!CVDiagItem::Init(false, false, message)) return nullptr;
-  std::lock_guard lock(m_lock);
+  std::lock_guard lock(m_rootLock);
   for (size_t i = 0; i < Children.Count(); ++i) {
     auto* pModule = static_cast<DiagModule*>(Children.Get(i));  // a root holds nothing else
     if (EqualsNoCase(pModule->GetName(), fresh->GetName()) &&
@@ -85,14 +86,14 @@ Ref<DiagModule> DiagRoot::FindOrAdd(Ref<DiagModule> fresh) {
 
 size_t DiagRoot::DropAll() {
   DiagItems dropped;  // their destructors run outside the lock
-  std::lock_guard lock(m_lock);
+  std::lock_guard lock(m_rootLock);
   dropped.Swap(Children);
   return dropped.Count();
 }
 
 size_t DiagRoot::DropModules(std::string_view name, const DiagParams* pArgs) {
   std::vector<Ref<CVDiagItem>> dropped;
-  std::lock_guard lock(m_lock);
+  std::lock_guard lock(m_rootLock);
   for (size_t i = 0; i < Children.Count();) {
     auto* pModule = static_cast<DiagModule*>(Children.Get(i));
     const bool fits = pArgs ? EqualsNoCase(pModule->GetName(), name) &&
@@ -118,7 +119,7 @@ bool DiagRoot::InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& 
   Ref<DiagModule> module = CreateModule(entry.name);
   if (!module || !module->CopyArgs(args)) return false;
   {
-    std::lock_guard lock(m_lock);
+    std::lock_guard lock(m_rootLock);
     Children.Add(module, false);
   }
   if (bInitChild && !module->CachedInit(bInitChild, false, entry.timeToLive, entry.anyUser, false,
@@ -134,12 +135,6 @@ bool DiagRoot::Init(bool bInitChild, QueryMessage& message) {
   IsInitialized = false;
   std::vector<ListEntry> entries;
   if (!ParseModuleList(entries)) return false;
-  TimesToLive.clear();
-  AnyUser.clear();
-  for (const ListEntry& entry : entries) {
-    TimesToLive.push_back(entry.timeToLive);
-    AnyUser.push_back(entry.anyUser);
-  }
   bool filled = true;
   for (const ListEntry& entry : entries) {
     if (!InitEntry(entry, bInitChild, message, filled)) return false;

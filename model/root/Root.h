@@ -36,8 +36,9 @@ class DiagRoot : public CVDiagItem {
   // an unknown name and for a text that does not fit.
   Ref<DiagModule> GetDiagModule(std::string_view name, std::string_view args);
   // The same for arguments that are already typed; those that args does not name have their
-  // defaults.
-  Ref<DiagModule> GetDiagModule(std::string_view name, const DiagParams& args);
+  // defaults. Null too when the message is terminated.
+  Ref<DiagModule> GetDiagModule(std::string_view name, const DiagParams& args,
+                                QueryMessage& message);
 
   // Drops every module; answers how many there were.
   size_t DropAll();
@@ -55,17 +56,17 @@ class DiagRoot : public CVDiagItem {
     int32_t timeToLive = -1;
     bool anyUser = false;
   };
+  static bool ParseStar(std::string_view text, ListEntry& star);
+  static bool ParseEntry(std::string_view text, ListEntry& entry);
   bool ParseModuleList(std::vector<ListEntry>& entries) const;
   bool InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message, bool& filled);
-  Ref<DiagModule> FindOrAdd(Ref<DiagModule> fresh);
+  Ref<DiagModule> FindOrAdd(Ref<DiagModule> fresh, QueryMessage& message);
 
   const std::vector<std::string> m_names;
   const ModuleTable m_table;
   const Ref<CMachine> m_poMachine;
-  std::mutex m_lock;  // guards m_poRootClass and Children
+  std::mutex m_rootLock;  // guards m_poRootClass and Children
   Ref<DiagClass> m_poRootClass;
-  std::vector<int32_t> TimesToLive;
-  std::vector<bool> AnyUser;
 };
 
 }  // namespace kestra

@@ -84,7 +84,10 @@ bool RunLike(Value& out, ParseNode& node, bool escape) {
     return EndOperator(read);
   }
   if (escape && !IsEscapedPattern(pattern)) return Fail(out);
-  out.SetBoolean(Matches(text, pattern, true, escape));
+  const auto matches = MatchesUnlessStopped(text, pattern, true, escape,
+                                            [&] { return node.Context->IsCancelled(); });
+  if (!matches) return Fail(out);
+  out.SetBoolean(*matches);
   return true;
 }
 

@@ -67,6 +67,12 @@ Operand ReadBoolean(ParseNode& node, Value& out, size_t i, bool& boolean) {
   return Evaluate(node, out, i) ? AsBoolean(out, boolean) : Operand::Fails;
 }
 
+bool AppendSymbol(ParseNode& node, Value& out, size_t i, ValueVector& list) {
+  if (!Child(node, out, i)) return FailKeepingMessage(out);
+  list.Append(std::move(out));
+  return true;
+}
+
 std::vector<ParseNode*> LeftChain(ParseNode& node) {
   std::vector<ParseNode*> chain{&node};
   for (;;) {

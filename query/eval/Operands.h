@@ -33,6 +33,9 @@ bool FailKeepingMessage(Value& out);
 // Ends an action whose operand is not ready.
 inline bool EndOperator(Operand operand) { return operand == Operand::Passes; }
 
+// Evaluates a symbol and appends its value to list. A failure keeps an Error that has a message.
+bool AppendSymbol(ParseNode& node, Value& out, size_t i, ValueVector& list);
+
 // A chain of one left-associative operator, such as a + b + c, from its innermost node outwards.
 // Chains are as long as the text, so they are walked and not recursed into: evaluate symbol 0 of
 // front(), then apply each node's operator to what stands in out.

@@ -3,18 +3,6 @@
 #include "query/eval/Operands.h"
 
 namespace kestra {
-namespace {
-
-bool AppendSymbol(ParseNode& node, Value& out, size_t i, ValueVector& list) {
-  if (!Child(node, out, i)) {
-    return FailKeepingMessage(out);
-  }
-  list.Append(std::move(out));
-  return true;
-}
-
-}  // namespace
-
 bool FirstSymbol(Value& out, ParseNode& node) { return Child(node, out, 0); }
 bool SecondSymbol(Value& out, ParseNode& node) { return Child(node, out, 1); }
 bool FifthSymbol(Value& out, ParseNode& node) { return Child(node, out, 4); }

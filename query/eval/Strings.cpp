@@ -3,6 +3,8 @@
 #include "query/eval/Operands.h"
 #include "VLib/src/text/Text.h"
 
+#include <algorithm>
+
 namespace kestra {
 namespace {
 

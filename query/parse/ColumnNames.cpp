@@ -2,7 +2,8 @@
 
 #include "query/eval/Actions.h"
 
-#include <algorithm>
+#include <string>
+#include <unordered_map>
 
 namespace kestra {
 namespace {
@@ -47,12 +48,12 @@ std::vector<std::string> ColumnNames(const ParseNode& top) {
     texts.push_back(TextBetween(*top.Context, borders[i] + 1, borders[i + 1]));
     names.push_back(WithoutAlias(texts.back()));
   }
-  std::vector<std::string> result;
+  std::unordered_map<std::string, size_t> uses;
+  for (const std::string& name : names) ++uses[name];
   for (size_t i = 0; i < names.size(); ++i) {
-    const bool isTwice = std::count(names.begin(), names.end(), names[i]) > 1;
-    result.push_back(isTwice ? texts[i] : names[i]);
+    if (uses[names[i]] == 1) texts[i] = names[i];
   }
-  return result;
+  return texts;
 }
 
 }  // namespace kestra

@@ -5,48 +5,33 @@
 #include "Modules/Registry/RegistryClasses.h"
 #include "VLib/src/text/Text.h"
 
+#include <algorithm>
+
 namespace kestra {
 namespace {
 
-// Looks through the tokens of one query. Positions are signed: -1 stands before the first token.
-class CColumnSearch {
- public:
-  CColumnSearch(QueryContext& context, const CTokenMap& map, std::ptrdiff_t p)
-      : m_tokens(context.Tokens), m_map(map), m_name(m_tokens[static_cast<size_t>(p)].text) {
-    if (context.Root) m_poRootClass = context.Root->GetTypeInfo();
-  }
+// Whether a token can be a name at all. Most tokens of a long text are literals and marks.
+bool CanBeName(std::string_view token) {
+  if (!IsAsciiAlnum(token[0]) && token[0] != '_') return false;
+  return !std::all_of(token.begin(), token.end(), IsAsciiDigit);
+}
 
-  ColumnBinding Run(std::ptrdiff_t p);
+}  // namespace
 
- private:
-  KeywordId KeywordAt(std::ptrdiff_t q) const {
-    return IsInside(q) ? m_tokens[static_cast<size_t>(q)].keyword : kNoKeyword;
-  }
-  std::string_view TextAt(std::ptrdiff_t q) const {
-    return IsInside(q) ? m_tokens[static_cast<size_t>(q)].text : std::string_view();
-  }
-  bool IsInside(std::ptrdiff_t q) const { return q >= 0 && q < Count(); }
-  std::ptrdiff_t Count() const { return static_cast<std::ptrdiff_t>(m_tokens.size()); }
-
-  bool SkipGroup(std::ptrdiff_t& m) const;
-  bool TrySource(std::ptrdiff_t k, ColumnBinding& found) const;
-  DiagClass* ClassOfSource(std::ptrdiff_t k, std::ptrdiff_t c) const;
-
-  const TokenList& m_tokens;
-  const CTokenMap& m_map;
-  const std::string_view m_name;
-  std::string_view m_alias;
-  Ref<DiagClass> m_poRootClass;
-};
+CColumnSearch::CColumnSearch(const QueryContext& context)
+    : m_tokens(context.Tokens),
+      m_poRootClass(context.RootClass),
+      m_map(context.Tokens),
+      m_sources(context.Tokens.size()) {}
 
 // Moves m behind the parenthesis that closes the one at m, if one opens there.
-bool CColumnSearch::SkipGroup(std::ptrdiff_t& m) const {
+bool CColumnSearch::SkipGroup(Place& m) const {
   if (KeywordAt(m) != kKwOpen) return true;
   m = m_map.Partner(m) + 1;
   return m != CTokenMap::kNowhere + 1;
 }
 
-DiagClass* CColumnSearch::ClassOfSource(std::ptrdiff_t k, std::ptrdiff_t c) const {
+DiagClass* CColumnSearch::FindSourceClass(Place k, Place c) const {
   const std::string_view source = TextAt(k + 1);
   const std::string_view className = TextAt(c);
   const bool isBuiltInShape = c == k + 3 && KeywordAt(c + 1) == kKwOpen;
@@ -67,67 +52,63 @@ DiagClass* CColumnSearch::ClassOfSource(std::ptrdiff_t k, std::ptrdiff_t c) cons
   return nullptr;
 }
 
-// Whether the source behind the keyword at k has the alias that is asked for and declares the name.
-bool CColumnSearch::TrySource(std::ptrdiff_t k, ColumnBinding& found) const {
-  if (k + 3 + (m_alias.empty() ? 0 : 1) >= Count()) return false;
-  std::ptrdiff_t m = k + 2;
-  if (!SkipGroup(m)) return false;
+const CColumnSearch::Source& CColumnSearch::SourceBehind(Place k) {
+  Source& source = m_sources[static_cast<size_t>(k)];
+  if (source.isKnown) return source;
+  source.isKnown = true;
+  Place m = k + 2;
+  if (!SkipGroup(m)) return source;
   if (KeywordAt(m) == kKwHash) {
     m += 2;
     // Only behind an age: a column of "Module*.Class" does not resolve.
     if (KeywordAt(m) == kKwStar) ++m;
   }
-  const std::ptrdiff_t c = m + 1;
-  if (!m_alias.empty()) {
-    std::ptrdiff_t n = c + 1;
-    if (!SkipGroup(n) || TextAt(n) != m_alias) return false;
-  }
-  DiagClass* pClass = ClassOfSource(k, c);
-  const DiagParamDef* pDef = pClass ? pClass->Params->Find(m_name, false) : nullptr;
+  source.pClass = FindSourceClass(k, m + 1);
+  Place alias = m + 2;
+  if (SkipGroup(alias)) source.alias = alias;
+  return source;
+}
+
+// Whether the source behind the keyword at k has the alias that is asked for and declares the name.
+bool CColumnSearch::TrySource(Place k, const Name& name, ColumnBinding& found) {
+  const Place needed = k + 3 + (name.alias.empty() ? 0 : 1);
+  if (!IsInside(needed)) return false;
+  const Source& source = SourceBehind(k);
+  if (!source.pClass) return false;
+  if (!name.alias.empty() && TextAt(source.alias) != name.alias) return false;
+  const DiagParamDef* pDef = source.pClass->Params->Find(name.text, false);
   if (!pDef) return false;
-  found = {pDef, pClass};
+  found = {pDef, source.pClass};
   return true;
 }
 
-ColumnBinding CColumnSearch::Run(std::ptrdiff_t p) {
-  if (p == 0) return {};
+ColumnBinding CColumnSearch::Resolve(size_t position) {
+  Name name{TextAt(static_cast<Place>(position)), {}};
+  if (position == 0 || name.text.empty() || !CanBeName(name.text)) return {};
   ColumnBinding found;
-  std::ptrdiff_t q = p - 1;
+  Place q = static_cast<Place>(position) - 1;
   if (q >= 2 && KeywordAt(q) == kKwDot) {
-    m_alias = TextAt(q - 1);
+    name.alias = TextAt(q - 1);
     q -= 2;
   }
   q = m_map.ClauseBefore(q);
   if (q == CTokenMap::kNowhere) return {};
   const KeywordId keyword = KeywordAt(q);
   if (keyword == kKwUpdate || keyword == kKwDelete) {
-    if (TrySource(q, found)) return found;
+    if (TrySource(q, name, found)) return found;
     if (keyword == kKwDelete) return {};
   }
   if (keyword == kKwSelect || keyword == kKwUpdate) {
-    for (std::ptrdiff_t k = m_map.SourceOrEndFrom(q);
-         KeywordAt(k) == kKwFrom || KeywordAt(k) == kKwJoin; k = m_map.SourceOrEndFrom(k + 1)) {
-      if (TrySource(k, found)) return found;
+    for (Place k = m_map.SourceOrEndFrom(q); KeywordAt(k) == kKwFrom || KeywordAt(k) == kKwJoin;
+         k = m_map.SourceOrEndFrom(k + 1)) {
+      if (TrySource(k, name, found)) return found;
     }
     q = m_map.SourceBefore(q - 1);
   }
   for (; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
-    if (TrySource(q, found)) return found;
+    if (TrySource(q, name, found)) return found;
   }
   return {};
-}
-
-// Whether a token can be a name at all. Most tokens of a long text are literals and marks.
-bool CanBeName(std::string_view token) {
-  return IsAsciiAlnum(token[0]) || token[0] == '_';
-}
-
-}  // namespace
-
-ColumnBinding ResolveColumn(QueryContext& context, const CTokenMap& map, size_t p) {
-  if (p >= context.Tokens.size() || !CanBeName(context.Tokens[p].text)) return {};
-  const auto position = static_cast<std::ptrdiff_t>(p);
-  return CColumnSearch(context, map, position).Run(position);
 }
 
 }  // namespace kestra

@@ -6,18 +6,57 @@
 #include "query/QueryContext.h"
 
 #include <cstddef>
-#include <string>
+#include <string_view>
+#include <vector>
 
 namespace kestra {
 
+// Pointers into the class tree that the query's context holds.
 struct ColumnBinding {
   const DiagParamDef* pDef = nullptr;  // null: the name belongs to no source
-  DiagClass* pClass = nullptr;         // the class that declares it; class objects outlive queries
+  DiagClass* pClass = nullptr;         // the class that declares it
 };
 
-// The column that the token at position p names. The sources are searched in this order: those of
-// the name's own select list to the right, then those to the left, which are the ones of enclosing
-// statements. The first that declares the name decides.
-ColumnBinding ResolveColumn(QueryContext& context, const CTokenMap& map, size_t p);
+// Finds the columns of one query's text. One thread, and not longer than the context lives.
+class CColumnSearch {
+ public:
+  explicit CColumnSearch(const QueryContext& context);
+
+  // The column that the token at a position names. The sources are searched in this order: those
+  // of the name's own select list to the right, then those to the left, which are the ones of
+  // enclosing statements. The first that declares the name decides.
+  ColumnBinding Resolve(size_t position);
+
+ private:
+  using Place = std::ptrdiff_t;  // -1 stands before the first token
+
+  // What stands behind a FROM, JOIN, UPDATE or DELETE, as far as names are concerned.
+  struct Source {
+    bool isKnown = false;
+    Place alias = -1;             // where an alias would stand
+    DiagClass* pClass = nullptr;  // null: no source of a class that there is
+  };
+  struct Name {
+    std::string_view text;
+    std::string_view alias;  // empty for none
+  };
+
+  bool IsInside(Place q) const { return q >= 0 && q < static_cast<Place>(m_tokens.size()); }
+  KeywordId KeywordAt(Place q) const {
+    return IsInside(q) ? m_tokens[static_cast<size_t>(q)].keyword : kNoKeyword;
+  }
+  std::string_view TextAt(Place q) const {
+    return IsInside(q) ? m_tokens[static_cast<size_t>(q)].text : std::string_view();
+  }
+  bool SkipGroup(Place& m) const;
+  DiagClass* FindSourceClass(Place k, Place c) const;
+  const Source& SourceBehind(Place k);
+  bool TrySource(Place k, const Name& name, ColumnBinding& found);
+
+  const TokenList& m_tokens;
+  const Ref<DiagClass> m_poRootClass;
+  const CTokenMap m_map;
+  std::vector<Source> m_sources;  // by the keyword's place
+};
 
 }  // namespace kestra

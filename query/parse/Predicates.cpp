@@ -23,9 +23,7 @@ bool IsIdentifier(const Token& token) {
 
 // Also true of an item class: the source is refused later, when it is run.
 bool IsModuleName(const QueryContext& context, std::string_view token) {
-  if (!context.Root) return false;
-  const Ref<DiagClass> root = context.Root->GetTypeInfo();
-  return FindClass(root.get(), token) != nullptr;
+  return FindClass(context.RootClass.get(), token) != nullptr;
 }
 
 bool IsColumnOf(Predicate predicate, const DiagParamDef* pDef) {
@@ -136,8 +134,8 @@ bool CPredicateCache::Fits(Predicate predicate, size_t position) {
 const ColumnBinding& CPredicateCache::Column(size_t position) {
   Verdicts& verdicts = At(position);
   if (verdicts.column == 0) {
-    if (!m_pMap) m_pMap = std::make_unique<CTokenMap>(m_context.Tokens);
-    m_columns.push_back(ResolveColumn(m_context, *m_pMap, position));
+    if (!m_pSearch) m_pSearch = std::make_unique<CColumnSearch>(m_context);
+    m_columns.push_back(m_pSearch->Resolve(position));
     verdicts.column = static_cast<uint32_t>(m_columns.size());
   }
   return m_columns[verdicts.column - 1];

@@ -38,7 +38,7 @@ class CPredicateCache {
   QueryContext& m_context;
   std::vector<Verdicts> m_verdicts;
   std::vector<ColumnBinding> m_columns;
-  std::unique_ptr<CTokenMap> m_pMap;  // made at the first column
+  std::unique_ptr<CColumnSearch> m_pSearch;  // made at the first column
 };
 
 }  // namespace kestra

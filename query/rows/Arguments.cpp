@@ -13,24 +13,11 @@ bool FailWith(Value& out, uint32_t id, std::string_view name) {
   return false;
 }
 
-// The bits of option names joined by "|".
-std::optional<uint32_t> BitsOf(const DiagParamDef& def, std::string_view text) {
-  uint32_t bits = 0;
-  for (const std::string& piece : Split(text, '|')) {
-    const uint32_t index = def.GetOptionIndex(piece);
-    if (index == kNoOption) return std::nullopt;
-    bits |= 1u << index % 32;
-  }
-  return bits;
-}
-
 std::optional<uint32_t> NumberFor(const DiagParamDef& def, const Value& value) {
   if (value.IsNumber()) return static_cast<uint32_t>(value.asLong());
   if (def.Type == ParamType::Dword || !value.IsString()) return std::nullopt;
-  const std::string text = value.asString();
-  if (def.Type == ParamType::Bitmask) return BitsOf(def, text);
-  const uint32_t index = def.GetOptionIndex(text);
-  return index == kNoOption ? std::nullopt : std::optional(index);
+  DiagParam parsed(&def);
+  return parsed.SetText(value.asString()) ? std::optional(parsed.DWordValue) : std::nullopt;
 }
 
 }  // namespace

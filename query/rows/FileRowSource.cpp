@@ -18,7 +18,9 @@ bool FileRowSource::Run(Value& error) {
   const std::string name = path.substr(separator + 1);
   if (HasWildcard(directory)) return false;
   if (!machine.Files() || name.empty()) return true;
-  return HasWildcard(name) ? AddMatching(directory, name, error) : AddOne(directory, name, error);
+  if (!HasWildcard(name)) return AddOne(directory, name, error);
+  // As the Windows functions take it: every name, also one without a dot.
+  return AddMatching(directory, name == "*.*" ? "*" : name, error);
 }
 
 bool FileRowSource::AddOne(const std::string& directory, const std::string& name, Value& error) {
@@ -40,15 +42,20 @@ bool FileRowSource::AddMatching(const std::string& directory, const std::string&
     if (status != kErrorSuccess || Context().IsCancelled()) return false;
     if (name.empty() || name.front() == '.' || !Matches(name, pattern, true, false)) continue;
     FileInfo info;
-    if (listing->Info(info) == kErrorFileNotFound) continue;  // gone since it was listed
-    if (info.attributes & kFileAttributeDirectory) continue;
-    if (Context().CheckTimeOut(error) || !AddLeaf(directory, name, info)) return false;
+    SystemError known = listing->Info(info);
+    if (known != kErrorSuccess) known = files.Info(directory + name, info);
+    if (known == kErrorFileNotFound) continue;  // gone since it was listed
+    // What may not be looked at is a row that has a name and no more.
+    const bool isKnown = known == kErrorSuccess;
+    if (isKnown && (info.attributes & kFileAttributeDirectory)) continue;
+    if (Context().CheckTimeOut(error)) return false;
+    if (!AddLeaf(directory, name, isKnown ? std::optional(info) : std::nullopt)) return false;
     if (IsFull()) return true;
   }
 }
 
 bool FileRowSource::AddLeaf(const std::string& directory, const std::string& name,
-                            const FileInfo& info) {
+                            const std::optional<FileInfo>& info) {
   auto item = MakeRef<CFileItem>(Context().Root->Machine(), directory, name, info);
   CVDiagItem& base = *item;
   if (!base.Init(false, false, *Context().Message)) return item->HasVanished();

@@ -5,6 +5,9 @@
 
 #include "platform/machine/FileSystem.h"
 
+#include <optional>
+#include <string>
+
 namespace kestra {
 
 class FileRowSource : public RowSource {
@@ -17,7 +20,9 @@ class FileRowSource : public RowSource {
  private:
   bool AddOne(const std::string& directory, const std::string& name, Value& error);
   bool AddMatching(const std::string& directory, const std::string& pattern, Value& error);
-  bool AddLeaf(const std::string& directory, const std::string& name, const FileInfo& info);
+  // info is nothing for a file that may not be looked at.
+  bool AddLeaf(const std::string& directory, const std::string& name,
+               const std::optional<FileInfo>& info);
 
   const std::string m_path;
 };

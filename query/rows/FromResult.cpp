@@ -61,6 +61,11 @@ bool RowsOf(Value& out, const Value& fromResult, std::string_view alias) {
   return true;
 }
 
+CFilterScope::CFilterScope(QueryContext& context, ParseNode* pWhere) : m_context(context) {
+  const bool isEmpty = !pWhere || (pWhere->Is(NonTerminal::OptWhere) && pWhere->IsEmptyRule());
+  m_context.FilterStack.push_back(isEmpty ? nullptr : pWhere);
+}
+
 bool TestFilter(ParseNode* pFilter, bool& passes, bool& decided) {
   passes = true;
   if (!pFilter) return true;

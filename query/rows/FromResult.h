@@ -66,6 +66,33 @@ void AppendSource(ValueVector& fromResult, std::string alias, Value rows);
 // one. Otherwise an Error without text.
 bool RowsOf(Value& out, const Value& fromResult, std::string_view alias);
 
+// Keeps a WHERE open while the sources of its clause run. where is the node of an OptWhere or of what
+// it handed on; the empty form opens none.
+class CFilterScope {
+ public:
+  CFilterScope(QueryContext& context, ParseNode* pWhere);
+  ~CFilterScope() { m_context.FilterStack.pop_back(); }
+  CFilterScope(const CFilterScope&) = delete;
+  CFilterScope& operator=(const CFilterScope&) = delete;
+
+ private:
+  QueryContext& m_context;
+};
+
+// Binds one item for a scope.
+class CBoundItem {
+ public:
+  CBoundItem(QueryContext& context, std::string_view alias, CVDiagItem& item) : m_context(context) {
+    m_context.Scope.push_back({alias, &item});
+  }
+  ~CBoundItem() { m_context.Scope.pop_back(); }
+  CBoundItem(const CBoundItem&) = delete;
+  CBoundItem& operator=(const CBoundItem&) = delete;
+
+ private:
+  QueryContext& m_context;
+};
+
 // Tests the WHERE that is open now against what is bound. False for a failure; passes tells
 // whether the row stays, and decided becomes false when that is not known yet.
 bool TestFilter(ParseNode* pFilter, bool& passes, bool& decided);

@@ -65,20 +65,6 @@ class CJoinRows {
   Ref<ValueVector> m_rightRows;
 };
 
-// Binds the right side's item for a scope.
-class CBoundItem {
- public:
-  CBoundItem(QueryContext& context, std::string_view alias, CVDiagItem& item) : m_context(context) {
-    m_context.Scope.push_back({alias, &item});
-  }
-  ~CBoundItem() { m_context.Scope.pop_back(); }
-  CBoundItem(const CBoundItem&) = delete;
-  CBoundItem& operator=(const CBoundItem&) = delete;
-
- private:
-  QueryContext& m_context;
-};
-
 // Both operands of a join: the left rows, and what the right source is.
 bool ReadOperands(Value& out, ParseNode& node, Value& left, SourceDescriptor& right) {
   if (!Child(node, left, 0)) {

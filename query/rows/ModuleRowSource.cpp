@@ -23,7 +23,7 @@ bool IsInActiveStatement(const ParseNode& node) {
         break;
     }
   }
-  return false;
+  return true;
 }
 
 }  // namespace
@@ -31,12 +31,11 @@ bool IsInActiveStatement(const ParseNode& node) {
 Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
                                 Value& error) {
   error.SetError();
-  const Ref<DiagClass> root = context.Root->GetTypeInfo();
-  const DiagClass* pClass = FindClass(root.get(), descriptor.moduleName);
+  const DiagClass* pClass = FindClass(context.RootClass.get(), descriptor.moduleName);
   if (!pClass) return nullptr;
   DiagParams args(pClass->Args->Defs());
   if (!ApplyArguments(error, descriptor.arguments.asVector(), args)) return nullptr;
-  return context.Root->GetDiagModule(descriptor.moduleName, args);
+  return context.Root->GetDiagModule(descriptor.moduleName, args, *context.Message);
 }
 
 bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {

@@ -1,13 +1,33 @@
 #include "query/rows/RegistryRowSource.h"
 
 #include "platform/machine/Machine.h"
+#include "VLib/src/text/Text.h"
+
+#include <algorithm>
+#include <iterator>
 
 namespace kestra {
+namespace {
+
+constexpr std::string_view kHives[] = {
+    "HKLM", "HKEY_LOCAL_MACHINE", "HKCU", "HKEY_CURRENT_USER",   "HKCR", "HKEY_CLASSES_ROOT",
+    "HKU",  "HKEY_USERS",         "HKCC", "HKEY_CURRENT_CONFIG", "HKDD", "HKEY_DYN_DATA",
+    "HKPD", "HKEY_PERFORMANCE_DATA"};
+
+// The first word of a path, with or without "64" for the view of 64-bit programs.
+bool IsHive(std::string_view word) {
+  if (word.size() < 3) return false;
+  if (word.ends_with("64")) word.remove_suffix(2);
+  return std::any_of(std::begin(kHives), std::end(kHives),
+                     [&](std::string_view hive) { return EqualsNoCase(hive, word); });
+}
+
+}  // namespace
 
 bool RegistryRowSource::Run(Value& error) {
   error.SetError();
-  if (m_path.find('\\') == std::string::npos && m_path.size() < 3) return false;
-  return Context().Root->Machine()->Registry() == nullptr;
+  return IsHive(std::string_view(m_path).substr(0, m_path.find('\\'))) &&
+         !Context().Root->Machine()->Registry();
 }
 
 }  // namespace kestra

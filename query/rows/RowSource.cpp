@@ -40,10 +40,8 @@ void RowSource::SetUndecided() {
 bool RowSource::AddRow(CVDiagItem& item) {
   bool passes = true;
   if (m_pFilter) {
-    Context().Scope.push_back({m_alias, &item});
-    const bool tested = TestFilter(m_pFilter, passes, m_decided);
-    Context().Scope.pop_back();
-    if (!tested) return false;
+    const CBoundItem bound(Context(), m_alias, item);
+    if (!TestFilter(m_pFilter, passes, m_decided)) return false;
   }
   if (!passes) return true;
   Value row;

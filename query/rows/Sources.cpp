@@ -7,13 +7,6 @@
 namespace kestra {
 namespace {
 
-// Evaluates a symbol and appends its value; a failure keeps an Error that has a message.
-bool AppendSymbol(ParseNode& node, Value& out, size_t i, ValueVector& list) {
-  if (!Child(node, out, i)) return FailKeepingMessage(out);
-  list.Append(out);
-  return true;
-}
-
 void AppendDefaults(ValueVector& descriptor) {
   Value age;
   age.SetNumber(-1);
@@ -48,20 +41,6 @@ bool RunOneSource(Value& out, ParseNode& node, bool isJoinMember, int32_t limit)
   out.SetVector(std::move(fromResult));
   return true;
 }
-
-// Keeps the WHERE of a clause open while its sources run.
-class CFilterScope {
- public:
-  CFilterScope(QueryContext& context, ParseNode* pFilter) : m_context(context) {
-    m_context.FilterStack.push_back(pFilter);
-  }
-  ~CFilterScope() { m_context.FilterStack.pop_back(); }
-  CFilterScope(const CFilterScope&) = delete;
-  CFilterScope& operator=(const CFilterScope&) = delete;
-
- private:
-  QueryContext& m_context;
-};
 
 }  // namespace
 
@@ -112,9 +91,7 @@ bool RunSourceJoinMember(Value& out, ParseNode& node) {
 }
 
 bool From(Value& out, ParseNode& node) {
-  ParseNode* pWhere = node.ChildNode(2);
-  const bool hasWhere = pWhere && !(pWhere->Is(NonTerminal::OptWhere) && pWhere->IsEmptyRule());
-  const CFilterScope scope(*node.Context, hasWhere ? pWhere : nullptr);
+  const CFilterScope scope(*node.Context, node.ChildNode(2));
   return Child(node, out, 1);
 }
 

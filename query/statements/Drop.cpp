@@ -23,8 +23,7 @@ bool DropModule(Value& out, ParseNode& node) {
     out.SetNumber(static_cast<int32_t>(root.DropModules(name, nullptr)));
     return true;
   }
-  const Ref<DiagClass> rootClass = root.GetTypeInfo();
-  const DiagClass* pClass = FindClass(rootClass.get(), name);
+  const DiagClass* pClass = FindClass(node.Context->RootClass.get(), name);
   if (!pClass) return Fail(out);
   DiagParams given(pClass->Args->Defs());
   if (!ApplyArguments(out, pairs.asVector(), given)) return FailKeepingMessage(out);

@@ -41,8 +41,7 @@ CVDiagItem* FollowChain(CVDiagItem& module, const std::vector<DiagClass*>& chain
 bool FindTargetClass(Value& out, ParseNode& node, const SourceDescriptor& descriptor,
                      InsertTarget& target, std::vector<DiagClass*>& chain) {
   target.className = descriptor.className;
-  const Ref<DiagClass> root = node.Context->Root->GetTypeInfo();
-  DiagClass* pModule = FindClass(root.get(), descriptor.moduleName);
+  DiagClass* pModule = FindClass(node.Context->RootClass.get(), descriptor.moduleName);
   if (!pModule || !FindChain(pModule, target.className, chain)) {
     return FailWithMessage(out, node, 10003, {target.className});
   }
@@ -61,8 +60,8 @@ bool PrepareInsert(Value& out, ParseNode& node, size_t columnsSymbol, InsertTarg
   if (!FindTargetClass(out, node, descriptor, target, chain)) return false;
   const Ref<DiagModule> module = GetSourceModule(*node.Context, descriptor, out);
   if (!module) {
-    // A fault of an argument has its own message.
-    if (out.asString() != "<ERROR>") return false;
+    // A fault of an argument has a message of its own.
+    if (out.HasErrorText()) return false;
     return FailWithMessage(out, node, 10004, {descriptor.moduleName});
   }
   if (!PrepareModule(*module, *node.ChildNode(1), descriptor)) {
@@ -86,11 +85,6 @@ bool InsertRow(Value& out, ParseNode& node, CVDiagItem& parent, const InsertTarg
   if (!parent.Add(target.className, params, *node.Context->Message)) {
     return FailWithMessage(out, node);
   }
-  return true;
-}
-
-bool CountResult(Value& out, size_t count) {
-  out.SetNumber(static_cast<int32_t>(count));
   return true;
 }
 

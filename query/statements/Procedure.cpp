@@ -9,12 +9,14 @@ bool DefineProcedure(Value& out, ParseNode& node) {
   auto pair = MakeRef<ValueVector>();
   if (!Child(node, out, 2)) return FailKeepingMessage(out);
   pair->Append(std::move(out));
-  node.Context->Message->ClearState();
+  QueryMessage& message = *node.Context->Message;
+  message.ClearState();
   try {
     if (!Child(node, out, 4) && !out.IsError()) out.SetError("Unknown error");
   } catch (...) {
     out.SetError("Unknown error");
   }
+  if (message.IsTerminated()) return Fail(out);  // of a cancelled query no further one runs
   pair->Append(std::move(out));
   out.SetVector(std::move(pair));
   return true;

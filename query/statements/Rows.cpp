@@ -7,11 +7,6 @@
 namespace kestra {
 namespace {
 
-bool CountResult(Value& out, size_t count) {
-  out.SetNumber(static_cast<int32_t>(count));
-  return true;
-}
-
 bool DeleteItems(Value& out, ParseNode& node, const Value& rows) {
   const ValueVector& items = rows.asVector();
   for (size_t r = 0; r < items.Count(); ++r) {
@@ -23,13 +18,8 @@ bool DeleteItems(Value& out, ParseNode& node, const Value& rows) {
 // Runs a target source with the statement's own WHERE open, as FROM does.
 bool ReadTarget(Value& out, ParseNode& node, size_t sourceSymbol, size_t whereSymbol,
                 Value& fromResult) {
-  ParseNode* pWhere = node.ChildNode(whereSymbol);
-  const bool hasWhere = pWhere && !(pWhere->Is(NonTerminal::OptWhere) && pWhere->IsEmptyRule());
-  auto& filters = node.Context->FilterStack;
-  filters.push_back(hasWhere ? pWhere : nullptr);
-  const bool ran = Child(node, fromResult, sourceSymbol);
-  filters.pop_back();
-  if (ran) return RowsOf(out, fromResult, {});
+  const CFilterScope scope(*node.Context, node.ChildNode(whereSymbol));
+  if (Child(node, fromResult, sourceSymbol)) return RowsOf(out, fromResult, {});
   out = std::move(fromResult);
   return FailKeepingMessage(out);
 }

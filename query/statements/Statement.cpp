@@ -13,6 +13,11 @@ bool FailWithMessage(Value& out, ParseNode& node, uint32_t id,
   return FailWithMessage(out, node);
 }
 
+bool CountResult(Value& out, size_t count) {
+  out.SetNumber(static_cast<int32_t>(count));
+  return true;
+}
+
 std::string TextOf(ParseNode& node, size_t symbol) {
   Value text;
   return Child(node, text, symbol) && text.IsString() ? text.asString() : std::string();

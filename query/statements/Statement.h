@@ -13,6 +13,9 @@ bool FailWithMessage(Value& out, ParseNode& node);
 bool FailWithMessage(Value& out, ParseNode& node, uint32_t id,
                      std::initializer_list<std::string> inserts);
 
+// How many rows a statement reached, and true.
+bool CountResult(Value& out, size_t count);
+
 // The text of a symbol: an alias, a name. Empty if it has none.
 std::string TextOf(ParseNode& node, size_t symbol);
 

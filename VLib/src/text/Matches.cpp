@@ -3,6 +3,9 @@
 namespace kestra {
 namespace {
 
+// A few milliseconds' work.
+constexpr size_t kStepsBetweenLooks = 65536;
+
 // One pattern element: "*", "?" or a character to compare.
 enum class ElementKind { End, AnyRun, AnyOne, Character };
 
@@ -47,14 +50,17 @@ class CPatternReader {
 
 // A mismatch returns to the latest "*" only: a match that an earlier one could still find, the
 // latest one finds too. So the time is the product of the lengths, not a power.
-bool Matches(std::string_view text, std::string_view pattern, bool ignoreCase, bool escape) {
+std::optional<bool> MatchesUnlessStopped(std::string_view text, std::string_view pattern,
+                                         bool ignoreCase, bool escape,
+                                         const std::function<bool()>& stop) {
   const CPatternReader reader(pattern, ignoreCase, escape);
   constexpr size_t kNone = std::string_view::npos;
   size_t s = 0;
   size_t p = 0;
   size_t backText = kNone;
   size_t backPattern = 0;
-  while (s < text.size()) {
+  for (size_t steps = 1; s < text.size(); ++steps) {
+    if (steps % kStepsBetweenLooks == 0 && stop && stop()) return std::nullopt;
     const Element element = reader.Next(p);
     if (element.kind == ElementKind::AnyRun) {
       if (p >= pattern.size()) return true;
@@ -73,6 +79,10 @@ bool Matches(std::string_view text, std::string_view pattern, bool ignoreCase, b
   }
   while (p < pattern.size() && pattern[p] == '*') ++p;
   return p >= pattern.size();
+}
+
+bool Matches(std::string_view text, std::string_view pattern, bool ignoreCase, bool escape) {
+  return MatchesUnlessStopped(text, pattern, ignoreCase, escape, nullptr).value_or(false);
 }
 
 }  // namespace kestra

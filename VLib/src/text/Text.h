@@ -3,6 +3,8 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -27,6 +29,11 @@ size_t CountCharacters(std::string_view text);
 // With escape, a backslash in the pattern makes the character behind it an ordinary one. Time is
 // at most the product of the two lengths.
 bool Matches(std::string_view text, std::string_view pattern, bool ignoreCase, bool escape);
+// The same for texts of any length: stop is asked now and then, and its true ends the match with
+// nothing.
+std::optional<bool> MatchesUnlessStopped(std::string_view text, std::string_view pattern,
+                                         bool ignoreCase, bool escape,
+                                         const std::function<bool()>& stop);
 inline bool HasWildcard(std::string_view text) {
   return text.find_first_of("*?") != std::string_view::npos;
 }

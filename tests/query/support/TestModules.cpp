@@ -6,6 +6,7 @@
 
 #include <fmt/format.h>
 
+#include <stdexcept>
 #include <vector>
 
 namespace kestra::test {
@@ -68,6 +69,7 @@ constexpr ArgDecl kSlowArgs[] = {
     {.name = "Duration", .type = ParamType::Dword, .text = "ms", .defaultNumber = 10000}};
 constinit const ClassDecl kSlow{.name = "Slow", .children = kManyChildren, .args = kSlowArgs};
 constinit const ClassDecl kBroken{.name = "Broken", .children = kManyChildren};
+constinit const ClassDecl kThrows{.name = "Throws", .children = kManyChildren};
 
 class CPartItem : public CFilledItem {
  public:
@@ -255,6 +257,13 @@ class CBrokenModule : public DiagModule {
   bool Init(bool, QueryMessage& message) override { return message.Fail(kErrorNotReady); }
 };
 
+class CThrowsModule : public DiagModule {
+ public:
+  using DiagModule::DiagModule;
+  using CVDiagItem::Init;
+  bool Init(bool) override { throw std::runtime_error("out of order"); }
+};
+
 template <class T>
 Ref<DiagModule> Create(Ref<DiagClass> diagClass, Ref<CMachine> machine) {
   return MakeRef<T>(std::move(diagClass), std::move(machine));
@@ -270,6 +279,7 @@ ModuleTable ModulesWithTests() {
     pRows->push_back({&kMany, Create<CManyModule>});
     pRows->push_back({&kSlow, Create<CSlowModule>});
     pRows->push_back({&kBroken, Create<CBrokenModule>});
+    pRows->push_back({&kThrows, Create<CThrowsModule>});
     return pRows;
   }();
   return *pTable;

@@ -6,6 +6,7 @@
 //   Many    Count items of class Entry, for measuring
 //   Slow    fills for Duration milliseconds, looking at the termination event
 //   Broken  fails to fill
+//   Throws  throws while it fills
 #pragma once
 
 #include "model/root/ModuleTable.h"

@@ -102,7 +102,7 @@ INSTANTIATE_TEST_SUITE_P(
     Places, Cancel,
     testing::Values(
         Case{"Filling", {}, "SELECT Id FROM Slow.Entry"},
-        Case{"FillingOfMany", {}, "SELECT Id FROM Many(Count=2000000000).Entry"},
+        Case{"FillingOfMany", {}, "SELECT Id FROM Many(Count=50000000).Entry"},
         Case{"Scan", kFill20000,
              "SELECT Id FROM Many(Count=20000).Entry WHERE Id IN (" + SlowList() + ")"},
         Case{"Join", kFill20000,
@@ -125,6 +125,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"CountOfNonNull", kFill20000,
              "SELECT COUNT((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE Name='x')) FROM "
              "Many(Count=20000).Entry"},
+        Case{"Like", {},
+             "'" + std::string(300000, 'a') + "' LIKE '*" + std::string(150000, 'a') + "b'"},
         Case{"Parsing", {}, LongJoins()}),
     [](const auto& info) { return std::string(info.param.pName); });
 
@@ -192,10 +194,10 @@ TEST(TimeOut, EndsAQueryWhereItIsLookedAt) {
        "SELECT a.Id FROM Slow(Duration=101).Entry a JOIN Test.Row b ON a.Id=b.Id"},
       {"right of a join", "SELECT a.Id FROM Test.Row b JOIN Slow(Duration=102).Entry a ON a.Id=b.Id"},
       {"before a count",
-       "SELECT COUNT(a.Id) FROM Many(Count=1500).Entry a JOIN Many(Count=1500).Entry b ON "
+       "SELECT COUNT(a.Id) FROM Many(Count=800).Entry a JOIN Many(Count=800).Entry b ON "
        "a.Name=b.Name+'x'"},
       {"before an aggregate",
-       "SELECT MAX(a.Id) FROM Many(Count=1500).Entry a JOIN Many(Count=1500).Entry b ON "
+       "SELECT MAX(a.Id) FROM Many(Count=800).Entry a JOIN Many(Count=800).Entry b ON "
        "a.Name=b.Name+'x'"},
   };
   for (const auto& c : cases) {

@@ -179,11 +179,11 @@ INSTANTIATE_TEST_SUITE_P(
     Joins, Limits,
     testing::Values(Case{"Some", JoinChain("$.Id=@.Id", 40), "5 elements"},
                     Case{"Many", JoinChain("$.Id=@.Id", 5000), kAnything},
-                    Case{"OfTheFirst", JoinChain("$.Id=a0.Id", 5000), kAnything},
+                    Case{"OfTheFirst", JoinChain("$.Id=a0.Id", 2000), kAnything},
                     Case{"ByParent", JoinChain("$.ATTACHEDTO=@.ITEMID", 5000), kAnything},
                     Case{"OfNothing", JoinChain("1=2", 6000), kAnything},
                     Case{"OfOneAlias", "SELECT a.Id FROM Test.Row a" +
-                                           Repeat(" JOIN Test.Row a ON a.Id=1", 5000),
+                                           Repeat(" JOIN Test.Row a ON a.Id=1", 2000),
                          kAnything}),
     NameOf);
 
@@ -223,8 +223,8 @@ INSTANTIATE_TEST_SUITE_P(
 
 // Each name is looked for in every source before the last.
 TEST(LimitsOfColumns, ManySourcesBeforeTheOneThatHasTheName) {
-  std::string text = "SELECT " + Chain("Name", "+Name", 10000) + " FROM Many(Count=1).Part a";
-  for (size_t i = 0; i < 4000; ++i) text += " JOIN Test.Row b ON 1=2";
+  std::string text = "SELECT " + Chain("Name", "+Name", 5000) + " FROM Many(Count=1).Part a";
+  for (size_t i = 0; i < 2000; ++i) text += " JOIN Test.Row b ON 1=2";
   text += " JOIN Many(Count=1).Entry c ON 1=2";
   EXPECT_FALSE(RunOnSmallStack(text).empty());
 }

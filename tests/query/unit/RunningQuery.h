@@ -35,7 +35,9 @@ class CRunningQuery {
   CRunningQuery& operator=(const CRunningQuery&) = delete;
 
   bool EndsWithin(uint32_t milliseconds) const {
-    return os::WaitAny({m_pThread.get()}, milliseconds) == 0;
+    if (os::WaitAny({m_pThread.get()}, milliseconds) != 0) return false;
+    m_pThread->Join();  // what the thread wrote is seen from here on
+    return true;
   }
   // Once it has ended.
   const Value& Result() const { return m_value; }

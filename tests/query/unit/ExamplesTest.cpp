@@ -1,0 +1,35 @@
+// The example queries that the classes declare: they parse, and run on this machine.
+#include "Modules/ModuleTable.h"
+#include "query/Evaluate.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+namespace kestra::test {
+namespace {
+
+void Collect(const ClassDecl& decl, std::vector<std::string>& examples) {
+  for (const char* pExample : decl.examples) examples.emplace_back(pExample);
+  for (const ClassDecl* pChild : decl.children) Collect(*pChild, examples);
+}
+
+TEST(Examples, RunOnThisMachine) {
+  std::vector<std::string> examples;
+  for (const ModuleRow& row : BuiltInModules()) Collect(*row.pClass, examples);
+  EXPECT_GT(examples.size(), 1u);
+  for (const std::string& example : examples) {
+    const auto root = MakeRef<DiagRoot>("*", BuiltInModules(), LiveMachine());
+    Value value;
+    EvaluateQuery(value, example, root, 0, nullptr);
+    EXPECT_TRUE(value.IsUndefined()) << example << ": " << value.asString();
+    // Without the right to change anything an active statement is refused, and that is right.
+    const bool isSelect = example.starts_with("SELECT") || example.starts_with("(SELECT");
+    EvaluateQuery(value, example, root, kNoTimeOut, nullptr);
+    EXPECT_EQ(value.IsError(), !isSelect) << example << ": " << value.asString();
+  }
+}
+
+}  // namespace
+}  // namespace kestra::test
