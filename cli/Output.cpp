@@ -7,7 +7,7 @@
 namespace kestra::cli {
 namespace {
 
-constexpr size_t kBufferSize = 64 * 1024;
+constexpr size_t kBufferSize = size_t{64} << 10;
 
 }  // namespace
 

@@ -4,7 +4,7 @@ include(CMakePackageConfigHelpers)
 install(TARGETS kestra EXPORT kestraTargets
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
 )
-install(FILES ${CMAKE_SOURCE_DIR}/include/kestra/kestra.h
+install(FILES ${CMAKE_SOURCE_DIR}/include/kestra/kestra.h ${CMAKE_SOURCE_DIR}/include/kestra/plugin.h
   DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/kestra
 )
 

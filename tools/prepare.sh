@@ -44,10 +44,10 @@ build_preset() {
   mkdir -p build
   if [ ! -e "build/$preset/build.ninja" ]; then
     say "configuring $preset"
-    cmake --preset "$preset" >"$log" 2>&1 </dev/null || { cat "$log" >&2; return 1; }
+    cmake --preset "$preset" >"$log" 2>&1 </dev/null || { tail -n 100 "$log" >&2; return 1; }
   fi
   if ! $ninja -n ${2:+"$2"} 2>/dev/null </dev/null | grep -q 'no work to do'; then
     say "building $preset"
-    $ninja ${2:+"$2"} >"$log" 2>&1 </dev/null || { cat "$log" >&2; return 1; }
+    $ninja ${2:+"$2"} >"$log" 2>&1 </dev/null || { tail -n 100 "$log" >&2; return 1; }
   fi
 }

@@ -28,6 +28,7 @@ struct kestra_values {
 
 struct kestra_item {
   kestra::Ref<kestra::CVDiagItem> item;
+  std::string dump{};  // the last one
 };
 
 // The list belongs to its item, so the item is what is held.
@@ -52,6 +53,7 @@ struct kestra_class {
   explicit kestra_class(kestra::Ref<kestra::DiagClass> theClass)
       : diagClass(std::move(theClass)), options(diagClass->Params->Count()) {}
   kestra::Ref<kestra::DiagClass> diagClass;
+  std::string dump;  // the last one
   mutable std::vector<std::string> options;  // of each property, joined, once it was asked for
 };
 

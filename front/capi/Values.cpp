@@ -18,6 +18,10 @@ kestra_status kestra_value_release(kestra_value* value) {
   return ReleaseHandle(value);
 }
 
+kestra_status kestra_value_copy(const kestra_value* value, kestra_value** copy) {
+  return Barrier(value, copy)([&] { return GiveHandle(copy, value->value); });
+}
+
 kestra_status kestra_value_is_undefined(const kestra_value* value, int32_t* result) {
   return TellIf(value, result, &Value::IsUndefined);
 }

@@ -122,9 +122,44 @@ KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session
  * its message, empty if there is none. Valid until the session's next query. */
 KESTRA_API kestra_status kestra_session_last_message(kestra_session* session, const char** text);
 
+/* ---- Asynchronous queries ----
+ *
+ * A session runs one query at a time on a thread of its own. The end is announced through a handle
+ * that an event loop polls; the host then calls kestra_session_dispatch_events on the thread that
+ * made the session, and the callback is called from there. */
+
+/* value belongs to the library and is released when the callback returns; kestra_value_copy keeps
+ * it. The callback may call the session, and may destroy it. */
+typedef void (*kestra_query_complete)(void* context, kestra_value* value);
+
+KESTRA_API kestra_status kestra_session_set_query_complete(kestra_session* session,
+                                                           kestra_query_complete callback,
+                                                           void* context);
+/* KESTRA_E_FAIL while the query before is not dispatched yet, and after
+ * kestra_session_disable_async_mode. A query that is cancelled announces nothing. */
+KESTRA_API kestra_status kestra_session_run_query(kestra_session* session, const char* query,
+                                                  size_t length, uint32_t timeout_ms);
+/* A handle (a descriptor on Linux) that is readable while something waits to be dispatched. Poll it
+ * and do not read it. It stays the session's, and ends with it or with
+ * kestra_session_disable_async_mode, after which there is none: KESTRA_E_FAIL. */
+KESTRA_API kestra_status kestra_session_event_handle(kestra_session* session, intptr_t* handle);
+/* Calls the callback for what waits. count, which may be null, gets how many calls there were. */
+KESTRA_API kestra_status kestra_session_dispatch_events(kestra_session* session, int32_t* count);
+/* From here on kestra_session_run_query fails. */
+KESTRA_API kestra_status kestra_session_disable_async_mode(kestra_session* session);
+/* Starts filling a module on a thread of its own, ahead of the query that will ask for it; nobody
+ * is told of the end. args is an argument text such as "Levels=1,Path='a,b'", or null. A module
+ * that is filled stays as it is unless init_always is not 0. KESTRA_E_POINTER for a module that
+ * there is not, and for arguments that do not fit. */
+KESTRA_API kestra_status kestra_session_init_diag_module(kestra_session* session,
+                                                         const char* module_name, const char* args,
+                                                         int32_t init_always);
+
 /* ---- Value ---- */
 
 KESTRA_API kestra_status kestra_value_release(kestra_value* value);
+/* A handle of its own to the same value. */
+KESTRA_API kestra_status kestra_value_copy(const kestra_value* value, kestra_value** copy);
 /* Each answers 1 or 0. An enumeration is a number and a string at once. */
 KESTRA_API kestra_status kestra_value_is_undefined(const kestra_value* value, int32_t* result);
 KESTRA_API kestra_status kestra_value_is_error(const kestra_value* value, int32_t* result);
@@ -164,6 +199,11 @@ KESTRA_API kestra_status kestra_item_diag_items(kestra_item* item, kestra_items*
 KESTRA_API kestra_status kestra_item_params(kestra_item* item, kestra_params** params);
 /* Fills an item that is not filled yet; result is -1 for success and 0 for failure. */
 KESTRA_API kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* result);
+/* The item and everything below it as text. format: 0 XML for reading, with units and option texts;
+ * 1 XML with raw numbers; 2 and 3 one line per item; 4 sections, as in a data file. Any other gives
+ * the empty text. length may be null. Valid until the item's next dump or its release. */
+KESTRA_API kestra_status kestra_item_xml_dump(kestra_item* item, int32_t format, const char** text,
+                                              size_t* length);
 /* The class of the item. */
 KESTRA_API kestra_status kestra_item_class(kestra_item* item, kestra_class** diag_class);
 
@@ -216,6 +256,10 @@ KESTRA_API kestra_status kestra_class_is_same(const kestra_class* diag_class,
 KESTRA_API kestra_status kestra_class_name(const kestra_class* diag_class, const char** name);
 KESTRA_API kestra_status kestra_class_description(const kestra_class* diag_class,
                                                   const char** text);
+/* The class and everything below it as XML, for tools. length may be null. Valid until the class's
+ * next dump or its release. */
+KESTRA_API kestra_status kestra_class_dump(kestra_class* diag_class, const char** text,
+                                           size_t* length);
 KESTRA_API kestra_status kestra_class_child_count(const kestra_class* diag_class, int32_t* count);
 /* number counts from 0, here and below. */
 KESTRA_API kestra_status kestra_class_child(const kestra_class* diag_class, int32_t number,

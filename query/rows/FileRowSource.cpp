@@ -1,9 +1,9 @@
 #include "query/rows/FileRowSource.h"
 
 #include "Modules/Files/FileItem.h"
-#include "platform/machine/SystemFacts.h"
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/text/Text.h"
+#include "platform/machine/SystemFacts.h"
 
 namespace kestra {
 
@@ -25,7 +25,8 @@ bool FileRowSource::Run(Value& error) {
 
 bool FileRowSource::AddOne(const std::string& directory, const std::string& name, Value& error) {
   FileInfo info;
-  if (Context().Root->Machine()->Files()->Info(directory + name, info) != kErrorSuccess) return true;
+  if (Context().Root->Machine()->Files()->Info(directory + name, info) != kErrorSuccess)
+    return true;
   if (name.front() == '.' || (info.attributes & kFileAttributeDirectory)) return true;
   return !Context().CheckTimeOut(error) && AddLeaf(directory, name, info);
 }

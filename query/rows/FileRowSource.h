@@ -1,12 +1,11 @@
 // Rows of FILES.FILE('path'): the files of one directory whose names match the last part.
 #pragma once
 
-#include "query/rows/RowSource.h"
-
-#include "platform/machine/FileSystem.h"
-
 #include <optional>
 #include <string>
+
+#include "platform/machine/FileSystem.h"
+#include "query/rows/RowSource.h"
 
 namespace kestra {
 

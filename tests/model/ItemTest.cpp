@@ -1,14 +1,14 @@
 // The guarded operations of items: in which order they check, and what they call.
-#include "model/classes/Class.h"
-#include "model/items/Item.h"
-#include "platform/os/Thread.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "model/classes/Class.h"
+#include "model/items/Item.h"
+#include "platform/os/Thread.h"
 
 namespace kestra::test {
 namespace {
@@ -94,7 +94,8 @@ std::string Outcome(bool result, const QueryMessage& message) {
   return text;
 }
 
-DiagParams ParamsOf(const ClassDecl& decl, std::initializer_list<std::pair<const char*, uint32_t>> values) {
+DiagParams ParamsOf(const ClassDecl& decl,
+                    std::initializer_list<std::pair<const char*, uint32_t>> values) {
   DiagParams params{Ref<const DiagParamDefs>(decl.Get()->Params)};
   for (const auto& [pName, number] : values) params.SetNumber(pName, number);
   return params;

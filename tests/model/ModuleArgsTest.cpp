@@ -1,13 +1,15 @@
-#include "tests/model/TestTree.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 
+#include "tests/model/TestTree.h"
+
 namespace kestra::test {
 namespace {
 
-Ref<DiagModule> NewKeys() { return NewTestRoot("")->CreateModule("Keys"); }
+Ref<DiagModule> NewKeys() {
+  return NewTestRoot("")->CreateModule("Keys");
+}
 
 TEST(ModuleArgs, SetArgs) {
   constexpr struct {
@@ -85,8 +87,7 @@ TEST(ModuleArgs, FormatArgs) {
   ASSERT_TRUE(module->SetArgs("Mask='Two',KeyPath='x y',Compress=1,Format=0,Levels=7,Least='1.0'"));
   EXPECT_EQ(module->FormatArgs("-", " "),
             "-Levels=7 -KeyPath='x y' -Format=0 -Mask=2 -Compress=1 -Least='1.0'");
-  EXPECT_EQ(module->FormatArgs("", ""),
-            "Levels=7KeyPath='x y'Format=0Mask=2Compress=1Least='1.0'");
+  EXPECT_EQ(module->FormatArgs("", ""), "Levels=7KeyPath='x y'Format=0Mask=2Compress=1Least='1.0'");
   const Ref<DiagModule> other = NewKeys();
   ASSERT_TRUE(other->SetArgs(module->FormatArgs("", ",")));
   EXPECT_TRUE(other->SameArgs(*module->Args, true));

@@ -1,11 +1,11 @@
-#include "model/items/Param.h"
-#include "model/items/QueryMessage.h"
-#include "tests/support/ScopedTimeZone.h"
-#include "VLib/src/time/Datime.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "VLib/src/time/Datime.h"
+#include "model/items/Param.h"
+#include "model/items/QueryMessage.h"
+#include "tests/support/ScopedTimeZone.h"
 
 namespace kestra {
 namespace {
@@ -27,10 +27,10 @@ TEST(DiagParamDef, ReadsItsOptions) {
     size_t options;
     const char* pUnit;
   } cases[] = {
-      {ParamType::Enum, "A|||D", 4, ""},    {ParamType::Enum, "", 1, ""},
-      {ParamType::Enum, nullptr, 0, ""},    {ParamType::Bitmask, "|", 2, ""},
+      {ParamType::Enum, "A|||D", 4, ""},     {ParamType::Enum, "", 1, ""},
+      {ParamType::Enum, nullptr, 0, ""},     {ParamType::Bitmask, "|", 2, ""},
       {ParamType::Dword, "KB|x", 1, "KB|x"}, {ParamType::Dword, nullptr, 0, ""},
-      {ParamType::String, "A|B", 0, ""},    {ParamType::Version, "A|B", 0, ""},
+      {ParamType::String, "A|B", 0, ""},     {ParamType::Version, "A|B", 0, ""},
       {ParamType::Datime, "A|B", 0, ""},
   };
   for (const auto& c : cases) {

@@ -1,8 +1,8 @@
-#include "tests/model/TestTree.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "tests/model/TestTree.h"
 
 namespace kestra::test {
 namespace {
@@ -138,10 +138,11 @@ TEST(Root, FindsModulesOfTheListAndByTypedArguments) {
   EXPECT_EQ(root->GetDiagModule("Plain", "").get(), root->Children.Get(1));
   DiagParams typed(keys->Args->Defs());
   typed.SetNumber("Levels", 3);
-  EXPECT_TRUE(root->GetDiagModule("Keys", typed) == keys);
+  QueryMessage message;
+  EXPECT_TRUE(root->GetDiagModule("Keys", typed, message) == keys);
   typed.SetNumber("NoSuch", 1);
   typed.SetText("KeyPath", "x");
-  EXPECT_FALSE(root->GetDiagModule("Keys", typed) == keys);
+  EXPECT_FALSE(root->GetDiagModule("Keys", typed, message) == keys);
   EXPECT_EQ(ModulesOf(*root), "Keys(Levels=3) Plain Keys(Levels=3,KeyPath='x')");
 }
 

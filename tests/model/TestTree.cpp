@@ -14,15 +14,15 @@ constexpr ArgDecl kKeysArgs[] = {
 
 class CFilledModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool) override { return IsInitialized = true; }
 };
 
 class CBrokenModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool, QueryMessage& message) override { return message.Fail(kErrorNotReady); }
 };
 

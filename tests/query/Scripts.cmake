@@ -1,6 +1,8 @@
 # The query scripts run through the command, as a user runs it. Those that need the test modules run
 # through the same command over an engine that has them.
 add_executable(kestra_with_test_modules support/TestSetup.cpp)
+# Libraries that CALLDLL loads find their string functions in the executable.
+set_target_properties(kestra_with_test_modules PROPERTIES ENABLE_EXPORTS ON)
 target_link_libraries(kestra_with_test_modules PRIVATE
   kestra_command_objects kestra_render kestra_front kestra_query_test_support)
 
@@ -10,6 +12,7 @@ set(scripts
   aggregates.test
   ambiguity.test
   any.test
+  calldll.test
   comparison.test
   convert.test
   dates.test
@@ -31,6 +34,8 @@ foreach(script ${scripts})
   get_filename_component(name ${script} NAME_WE)
   add_test(NAME query_script_${name}
     COMMAND python3 ${script_runner} $<TARGET_FILE:kestra_with_test_modules> -- ${script})
+  set_tests_properties(query_script_${name} PROPERTIES
+    ENVIRONMENT LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/examples/calldll)
 endforeach()
 add_test(NAME query_scripts_of_the_command
   COMMAND python3 ${script_runner} --skip-test-modules $<TARGET_FILE:kestra_command> -- ${scripts})

@@ -1,10 +1,4 @@
 // Sessions on several threads, and one session whose modules go while it is asked.
-#include "front/session/SorrelCOM.h"
-#include "platform/os/Clock.h"
-#include "platform/os/Thread.h"
-#include "tests/query/support/TestModules.h"
-#include "tests/support/FakeMachine.h"
-
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -12,6 +6,12 @@
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "front/session/SorrelCOM.h"
+#include "platform/os/Clock.h"
+#include "platform/os/Thread.h"
+#include "tests/query/support/TestModules.h"
+#include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
 namespace {
@@ -111,7 +111,8 @@ TEST(SessionThreads, OneRootServesSeveralThreads) {
         Value value;
         ASSERT_TRUE(sorrel.ProcessQuery(query.pText, value, kNoTimeOut, nullptr, nullptr));
         if (value.IsVector()) {
-          EXPECT_EQ(std::to_string(value.asVector().Count()) + " rows", query.pResult) << query.pText;
+          EXPECT_EQ(std::to_string(value.asVector().Count()) + " rows", query.pResult)
+              << query.pText;
         } else if (value.IsError()) {
           EXPECT_EQ(value.asString(), query.pResult) << query.pText;
         }

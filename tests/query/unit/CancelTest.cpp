@@ -1,12 +1,12 @@
 // Queries that are cut off from another thread, and queries whose time is over.
-#include "tests/query/support/TestModules.h"
-#include "tests/query/unit/RunningQuery.h"
-#include "tests/support/FakeMachine.h"
-
 #include <gtest/gtest.h>
 
 #include <functional>
 #include <string>
+
+#include "tests/query/support/TestModules.h"
+#include "tests/query/unit/RunningQuery.h"
+#include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
 namespace {
@@ -15,7 +15,8 @@ Ref<DiagRoot> NewRoot() {
   return MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
 }
 
-std::string Answer(const Ref<DiagRoot>& root, const std::string& text, uint32_t timeOut = kNoTimeOut) {
+std::string Answer(const Ref<DiagRoot>& root, const std::string& text,
+                   uint32_t timeOut = kNoTimeOut) {
   Value value;
   EvaluateQuery(value, text, root, timeOut, nullptr);
   if (!value.IsVector()) return value.asString();
@@ -44,7 +45,9 @@ struct Case {
   std::string text;
 };
 
-void PrintTo(const Case& c, std::ostream* pStream) { *pStream << c.pName; }
+void PrintTo(const Case& c, std::ostream* pStream) {
+  *pStream << c.pName;
+}
 
 class Cancel : public testing::TestWithParam<Case> {};
 
@@ -125,7 +128,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"CountOfNonNull", kFill20000,
              "SELECT COUNT((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE Name='x')) FROM "
              "Many(Count=20000).Entry"},
-        Case{"Like", {},
+        Case{"Like",
+             {},
              "'" + std::string(300000, 'a') + "' LIKE '*" + std::string(150000, 'a') + "b'"},
         Case{"Parsing", {}, LongJoins()}),
     [](const auto& info) { return std::string(info.param.pName); });
@@ -151,7 +155,8 @@ TEST(CancelLock, EndsTheWaitForAnItem) {
 TEST(CancelLock, WaitersGetWhatTheFirstOneFilled) {
   const auto root = NewRoot();
   const char* pText = "SELECT Id FROM Slow(Duration=300).Entry";
-  CRunningQuery first(root, pText, nullptr), second(root, pText, nullptr), third(root, pText, nullptr);
+  CRunningQuery first(root, pText, nullptr), second(root, pText, nullptr),
+      third(root, pText, nullptr);
   for (const CRunningQuery* pQuery : {&first, &second, &third}) {
     ASSERT_TRUE(pQuery->EndsWithin(kPatienceMs));
     EXPECT_EQ(pQuery->Result().asVector().Count(), 1u) << pQuery->Result().asString();
@@ -192,7 +197,8 @@ TEST(TimeOut, EndsAQueryWhereItIsLookedAt) {
       {"behind a filling", "SELECT Id FROM Slow(Duration=100).Entry"},
       {"left of a join",
        "SELECT a.Id FROM Slow(Duration=101).Entry a JOIN Test.Row b ON a.Id=b.Id"},
-      {"right of a join", "SELECT a.Id FROM Test.Row b JOIN Slow(Duration=102).Entry a ON a.Id=b.Id"},
+      {"right of a join",
+       "SELECT a.Id FROM Test.Row b JOIN Slow(Duration=102).Entry a ON a.Id=b.Id"},
       {"before a count",
        "SELECT COUNT(a.Id) FROM Many(Count=800).Entry a JOIN Many(Count=800).Entry b ON "
        "a.Name=b.Name+'x'"},

@@ -1,14 +1,14 @@
 // Classes that many threads ask for at once, before anybody did.
-#include "platform/os/Event.h"
-#include "platform/os/Thread.h"
-#include "model/root/Root.h"
-#include "tests/query/support/TestModules.h"
-
 #include <gtest/gtest.h>
 
 #include <array>
 #include <memory>
 #include <vector>
+
+#include "model/root/Root.h"
+#include "platform/os/Event.h"
+#include "platform/os/Thread.h"
+#include "tests/query/support/TestModules.h"
 
 namespace kestra::test {
 namespace {

@@ -1,11 +1,11 @@
 // The example queries that the classes declare: they parse, and run on this machine.
-#include "Modules/ModuleTable.h"
-#include "query/Evaluate.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "Modules/ModuleTable.h"
+#include "query/Evaluate.h"
 
 namespace kestra::test {
 namespace {

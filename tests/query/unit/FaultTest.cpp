@@ -1,14 +1,14 @@
 // A machine whose n-th call fails, for every n: a query ends in rows or in an Error, and the next
 // one is as if nothing had been.
-#include "query/Evaluate.h"
-#include "tests/query/support/TestModules.h"
-#include "tests/support/FailingMachine.h"
-#include "tests/support/FakeMachine.h"
-
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <string>
+
+#include "query/Evaluate.h"
+#include "tests/query/support/TestModules.h"
+#include "tests/support/FailingMachine.h"
+#include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
 namespace {

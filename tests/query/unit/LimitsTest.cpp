@@ -1,16 +1,16 @@
 // Any text ends in a value: long ones, deep ones, and ones that are no text at all, on a stack as
 // small as the smallest that a thread of ours has.
-#include "platform/os/Thread.h"
-#include "query/Evaluate.h"
-#include "tests/query/support/TestModules.h"
-#include "tests/support/FakeMachine.h"
-
 #include <gtest/gtest.h>
 
 #include <chrono>
 #include <functional>
 #include <random>
 #include <string>
+
+#include "platform/os/Thread.h"
+#include "query/Evaluate.h"
+#include "tests/query/support/TestModules.h"
+#include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
 namespace {
@@ -30,14 +30,16 @@ std::string RunOnSmallStack(const std::string& text) {
   const auto start = std::chrono::steady_clock::now();
   const auto thread = os::StartThread(
       [&] {
-        const auto root = MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
+        const auto root =
+            MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
         Value value;
         EvaluateQuery(value, text, root, kNoTimeOut, nullptr);
         const size_t count = value.asVector().Count();
         if (!value.IsVector()) {
           result = value.asString();
         } else {
-          result = count == 1 ? value.asVector()[0].asString() : std::to_string(count) + " elements";
+          result =
+              count == 1 ? value.asVector()[0].asString() : std::to_string(count) + " elements";
         }
       },
       kSmallStack);
@@ -81,7 +83,9 @@ struct Case {
   std::string expected;  // kAnything: a right value or an Error, but an end
 };
 
-void PrintTo(const Case& c, std::ostream* pStream) { *pStream << c.pName; }
+void PrintTo(const Case& c, std::ostream* pStream) {
+  *pStream << c.pName;
+}
 
 class Limits : public testing::TestWithParam<Case> {};
 
@@ -93,7 +97,9 @@ TEST_P(Limits, EndInAValue) {
   EXPECT_EQ(result.size(), GetParam().expected.size());
 }
 
-std::string NameOf(const testing::TestParamInfo<Case>& info) { return info.param.pName; }
+std::string NameOf(const testing::TestParamInfo<Case>& info) {
+  return info.param.pName;
+}
 
 // Lists and chains of operators work at any length.
 INSTANTIATE_TEST_SUITE_P(
@@ -104,10 +110,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Sum", Chain("1", " + 1", 29999), "30000"},
         Case{"Difference", Chain("30000", "-1", 29999), "1"},
         Case{"Product", Chain("7", "*1", 29999), "7"},
-        Case{"Quotient", Chain("7", "/1", 29999), "7"},
-        Case{"BitOr", Chain("1", "|2", 29999), "3"},
-        Case{"BitXor", Chain("0", "^1", 29999), "1"},
-        Case{"BitAnd", Chain("7", "&3", 29999), "3"},
+        Case{"Quotient", Chain("7", "/1", 29999), "7"}, Case{"BitOr", Chain("1", "|2", 29999), "3"},
+        Case{"BitXor", Chain("0", "^1", 29999), "1"}, Case{"BitAnd", Chain("7", "&3", 29999), "3"},
         Case{"Concatenation", "LEN(" + Chain("'ab'", "+'ab'", 29999) + ")", "60000"},
         Case{"ConcatenationOfCalls", "LEN(" + Chain("'ab'", "+RIGHT('ab',1)", 8000) + ")", "8002"},
         Case{"StringList", Chain("'a'", ",'b'", 29999), "30000 elements"},
@@ -128,7 +132,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Filter", "SELECT Id FROM Test.Row WHERE " + Chain("Id=1", " AND Id=1", 12999), "1"},
         Case{"Arguments", "SELECT Id FROM Test(" + Chain("First=1", ",First=1", 12999) + ").Row",
              kAnything},
-        Case{"Columns", "INSERT Test.Row (" + Chain("Id", ",Id", 29999) + ") VALUES (1)", kAnything}),
+        Case{"Columns", "INSERT Test.Row (" + Chain("Id", ",Id", 29999) + ") VALUES (1)",
+             kAnything}),
     NameOf);
 
 // Parentheses leave nothing behind, so they work at any depth; what computes at each level may end
@@ -153,8 +158,8 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Converts", Nest("LEN(CONVERT(VARCHAR,", "1", "))", 7000), kAnything},
         Case{"DateAdds", Nest("DATEADD(ss,1,", "GETDATE()", ")", 9000), kAnything},
         Case{"SubSelects", Nest("(SELECT ", "1", " FROM Test.Row WHERE Id=1)", 2000), kAnything},
-        Case{"SubSelectsInWhere",
-             Nest("(SELECT Id FROM Test.Row WHERE Id=", "1", ")", 2000), kAnything},
+        Case{"SubSelectsInWhere", Nest("(SELECT Id FROM Test.Row WHERE Id=", "1", ")", 2000),
+             kAnything},
         Case{"SubSelectsAsArguments",
              Nest("(SELECT Id FROM Test(First=", "1", ").Row WHERE Id=1)", 2000), kAnything},
         Case{"SubSelectsInLists", Nest("(SELECT Id FROM Test.Row WHERE Id IN (1,", "1", "))", 2000),
@@ -182,8 +187,8 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"OfTheFirst", JoinChain("$.Id=a0.Id", 2000), kAnything},
                     Case{"ByParent", JoinChain("$.ATTACHEDTO=@.ITEMID", 5000), kAnything},
                     Case{"OfNothing", JoinChain("1=2", 6000), kAnything},
-                    Case{"OfOneAlias", "SELECT a.Id FROM Test.Row a" +
-                                           Repeat(" JOIN Test.Row a ON a.Id=1", 2000),
+                    Case{"OfOneAlias",
+                         "SELECT a.Id FROM Test.Row a" + Repeat(" JOIN Test.Row a ON a.Id=1", 2000),
                          kAnything}),
     NameOf);
 
@@ -200,25 +205,28 @@ constexpr size_t kMiB = 1024 * 1024;
 
 INSTANTIATE_TEST_SUITE_P(
     NoText, Limits,
-    testing::Values(Case{"RandomBytes", RandomText(1, kMiB, {}), kSyntaxError},
-                    Case{"OtherRandomBytes", RandomText(2, kMiB, {}), kSyntaxError},
-                    Case{"RandomMarks", RandomText(3, 60000, "()+,=.*1a"), kSyntaxError},
-                    Case{"RandomOpenings", RandomText(4, 60000, "(((1)+"), kSyntaxError},
-                    Case{"NulBytes", std::string(kMiB, '\0'), kSyntaxError},
-                    Case{"NulBytesInside", std::string("1\0+\0" "2", 5), "3"},
-                    Case{"NulBytesInAString", std::string("LEN('a\0b')", 10), "3"},
-                    Case{"NoUtf8", "LEN('\xFF\xC3\x80\xE2\x82')", "4"},
-                    Case{"HighBytesOnly", std::string(kMiB, '\xE9'), kSyntaxError},
-                    Case{"Quotes", std::string(kMiB, '\''), std::string(kMiB / 2 - 1, '\'')},
-                    Case{"OddQuotes", std::string(kMiB + 1, '\''), kSyntaxError},
-                    Case{"CommentsOnly", Repeat("/**/", kMiB), kSyntaxError},
-                    Case{"OpenComment", "/*" + std::string(10 * kMiB, '*'), kSyntaxError},
-                    Case{"LongWord", std::string(10 * kMiB, 'a'), kSyntaxError},
-                    Case{"LongNumber", std::string(10 * kMiB, '1'), kSyntaxError},
-                    Case{"LongString", "'" + std::string(10 * kMiB, 'a') + "'",
-                         std::string(10 * kMiB, 'a')},
-                    Case{"LongStringsLength", "LEN('" + std::string(10 * kMiB, 'a') + "')",
-                         "10485760"}),
+    testing::Values(
+        Case{"RandomBytes", RandomText(1, kMiB, {}), kSyntaxError},
+        Case{"OtherRandomBytes", RandomText(2, kMiB, {}), kSyntaxError},
+        Case{"RandomMarks", RandomText(3, 60000, "()+,=.*1a"), kSyntaxError},
+        Case{"RandomOpenings", RandomText(4, 60000, "(((1)+"), kSyntaxError},
+        Case{"NulBytes", std::string(kMiB, '\0'), kSyntaxError},
+        Case{"NulBytesInside",
+             std::string("1\0+\0"
+                         "2",
+                         5),
+             "3"},
+        Case{"NulBytesInAString", std::string("LEN('a\0b')", 10), "3"},
+        Case{"NoUtf8", "LEN('\xFF\xC3\x80\xE2\x82')", "4"},
+        Case{"HighBytesOnly", std::string(kMiB, '\xE9'), kSyntaxError},
+        Case{"Quotes", std::string(kMiB, '\''), std::string(kMiB / 2 - 1, '\'')},
+        Case{"OddQuotes", std::string(kMiB + 1, '\''), kSyntaxError},
+        Case{"CommentsOnly", Repeat("/**/", kMiB), kSyntaxError},
+        Case{"OpenComment", "/*" + std::string(10 * kMiB, '*'), kSyntaxError},
+        Case{"LongWord", std::string(10 * kMiB, 'a'), kSyntaxError},
+        Case{"LongNumber", std::string(10 * kMiB, '1'), kSyntaxError},
+        Case{"LongString", "'" + std::string(10 * kMiB, 'a') + "'", std::string(10 * kMiB, 'a')},
+        Case{"LongStringsLength", "LEN('" + std::string(10 * kMiB, 'a') + "')", "10485760"}),
     NameOf);
 
 // Each name is looked for in every source before the last.

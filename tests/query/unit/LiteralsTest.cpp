@@ -1,9 +1,9 @@
-#include "query/parse/Literals.h"
-#include "tests/support/ScopedTimeZone.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
+
+#include "query/parse/Literals.h"
+#include "tests/support/ScopedTimeZone.h"
 
 namespace kestra {
 namespace {
@@ -36,9 +36,9 @@ TEST(Literals, Strings) {
   constexpr struct {
     std::string_view token, value;
   } kCases[] = {
-      {"''", ""},      {"'a'", "a"},   {"''''", "'"},       {"'it''s'", "it's"}, {"''''''", "''"},
-      {"'", "no"},     {"'''", "no"},  {"'a", "no"},        {"a'", "no"},        {"'a'b'", "no"},
-      {"'a'''", "a'"}, {"'\\'", "\\"}, {"'\xFF'", "\xFF"},  {"a", "no"},         {"", "no"},
+      {"''", ""},      {"'a'", "a"},   {"''''", "'"},      {"'it''s'", "it's"}, {"''''''", "''"},
+      {"'", "no"},     {"'''", "no"},  {"'a", "no"},       {"a'", "no"},        {"'a'b'", "no"},
+      {"'a'''", "a'"}, {"'\\'", "\\"}, {"'\xFF'", "\xFF"}, {"a", "no"},         {"", "no"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Read(ReadStringLiteral, c.token), c.value) << c.token;
 }
@@ -47,9 +47,9 @@ TEST(Literals, Versions) {
   constexpr struct {
     std::string_view token, value;
   } kCases[] = {
-      {"'1.2'", "1.2"},   {"'1,2,3'", "1,2,3"}, {"'1.2b'", "1.2b"}, {"'1.2.3.4.5'", "no"},
-      {"''", "no"},       {"'a'", "no"},        {"'1.2-3'", "no"},  {"'2147483647.1'", "no"},
-      {"5", "5"},         {"2147483647", "no"}, {"1a", "no"},       {"'5'", "5"},
+      {"'1.2'", "1.2"}, {"'1,2,3'", "1,2,3"}, {"'1.2b'", "1.2b"}, {"'1.2.3.4.5'", "no"},
+      {"''", "no"},     {"'a'", "no"},        {"'1.2-3'", "no"},  {"'2147483647.1'", "no"},
+      {"5", "5"},       {"2147483647", "no"}, {"1a", "no"},       {"'5'", "5"},
   };
   for (const auto& c : kCases) EXPECT_EQ(Read(ReadVersionLiteral, c.token), c.value) << c.token;
   Value out;

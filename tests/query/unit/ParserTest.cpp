@@ -1,5 +1,7 @@
 // The parser against the plain one, over the queries of the scripts and over random ones; and the
 // scripts against the grammar table.
+#include <gtest/gtest.h>
+
 #include "query/parse/Chart.h"
 #include "query/parse/Predicates.h"
 #include "tests/query/support/TestModules.h"
@@ -7,8 +9,6 @@
 #include "tests/query/unit/QueryGenerator.h"
 #include "tests/query/unit/ScriptQueries.h"
 #include "tests/support/FakeMachine.h"
-
-#include <gtest/gtest.h>
 
 namespace kestra::test {
 namespace {

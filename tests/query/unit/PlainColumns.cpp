@@ -1,12 +1,12 @@
 #include "tests/query/unit/PlainColumns.h"
 
+#include <string>
+#include <vector>
+
 #include "Modules/Files/FileClasses.h"
 #include "Modules/IniFile/IniFileClasses.h"
 #include "Modules/Registry/RegistryClasses.h"
 #include "VLib/src/text/Text.h"
-
-#include <string>
-#include <vector>
 
 namespace kestra::test {
 namespace {

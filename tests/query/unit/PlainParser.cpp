@@ -1,10 +1,10 @@
 #include "tests/query/unit/PlainParser.h"
 
+#include <fmt/format.h>
+
+#include "VLib/src/text/Text.h"
 #include "query/parse/Predicates.h"
 #include "tests/query/unit/PlainColumns.h"
-#include "VLib/src/text/Text.h"
-
-#include <fmt/format.h>
 
 namespace kestra::test {
 namespace {
@@ -71,7 +71,8 @@ class CPlainParser {
       case Predicate::DatimeColumn:
         return IsColumn(position, {ParamType::Datime});
       default:
-        return CPredicateCache(m_context).Fits(predicate, position);  // a fresh one: nothing is kept
+        return CPredicateCache(m_context).Fits(predicate,
+                                               position);  // a fresh one: nothing is kept
     }
   }
   bool IsColumn(size_t position, std::set<ParamType> wanted) {

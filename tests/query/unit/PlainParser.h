@@ -3,14 +3,14 @@
 // that the product's parser is compared with.
 #pragma once
 
-#include "query/parse/ParseTree.h"
-#include "query/QueryContext.h"
-
 #include <cstdint>
 #include <optional>
 #include <set>
 #include <string>
 #include <vector>
+
+#include "query/QueryContext.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra::test {
 

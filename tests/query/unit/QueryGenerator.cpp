@@ -8,7 +8,9 @@ namespace {
 
 constexpr size_t kNever = 100000;
 
-size_t Number(NonTerminal table) { return static_cast<size_t>(table); }
+size_t Number(NonTerminal table) {
+  return static_cast<size_t>(table);
+}
 
 bool IsColumnRule(const Rule& rule) {
   return rule.Length == 2 && rule.Symbols[1].Kind == SymbolKind::Predicate &&
@@ -44,7 +46,9 @@ CQueryGenerator::CQueryGenerator(uint32_t seed) : m_random(seed) {
   }
 }
 
-size_t CQueryGenerator::Random(size_t count) { return m_random() % count; }
+size_t CQueryGenerator::Random(size_t count) {
+  return m_random() % count;
+}
 
 // A column where no source is near never resolves; a few are made all the same.
 bool CQueryGenerator::IsWanted(const Rule& rule) {
@@ -103,12 +107,12 @@ std::string CQueryGenerator::TextOf(const Rule& rule, size_t symbol) {
 
 std::string CQueryGenerator::PredicateText(Predicate predicate) {
   static const std::vector<std::vector<const char*>> kTexts = {
-      {},                                                       // Identifier
-      {"0", "1", "7", "2147483646"},                            // IntegerLiteral
+      {},                                                         // Identifier
+      {"0", "1", "7", "2147483646"},                              // IntegerLiteral
       {"'x'", "'it''s'", "''", "'1.2'", "'\\'", "'2006-01-31'"},  // StringLiteral
-      {"'1.2'", "'3.4b'", "5"},                                 // VersionLiteral
-      {"'2006-01-31'", "'2006-01-31 12:30:00'"},                // DatimeLiteral
-      {"Test", "Test", "Test", "Test", "Test", "Many"},         // ModuleName
+      {"'1.2'", "'3.4b'", "5"},                                   // VersionLiteral
+      {"'2006-01-31'", "'2006-01-31 12:30:00'"},                  // DatimeLiteral
+      {"Test", "Test", "Test", "Test", "Test", "Many"},           // ModuleName
       {"FILES", "REGISTRY", "INIFILES"},
       {"yy", "mm", "wk", "dd", "dw", "hh", "mi", "ss"},
       {"MIN", "MAX", "SUM"},
@@ -117,8 +121,8 @@ std::string CQueryGenerator::PredicateText(Predicate predicate) {
       {"*", "/"},
       {"=", "<>"},
       {"<", "<=", "=", ">=", ">", "<>"},
-      {"Id", "Id", "Id", "Size", "Kind", "Flags", "Number"},    // NumberColumn
-      {"Text", "Text", "Kind", "Flags", "Nothing", "Label"},    // StringColumn
+      {"Id", "Id", "Id", "Size", "Kind", "Flags", "Number"},  // NumberColumn
+      {"Text", "Text", "Kind", "Flags", "Nothing", "Label"},  // StringColumn
       {"Release", "Other", "NoRelease"},
       {"Created", "NoTime"},
   };
@@ -147,9 +151,10 @@ std::vector<std::string> CQueryGenerator::Damage(std::vector<std::string> tokens
         std::swap(*place, tokens[Random(tokens.size())]);
         break;
       default:
-        *place = Random(2) == 0
-                     ? std::string(KeywordText(static_cast<KeywordId>(1 + Random(kKeywordCount - 1))))
-                     : PredicateText(static_cast<Predicate>(1 + Random(kPredicateCount - 1)));
+        *place =
+            Random(2) == 0
+                ? std::string(KeywordText(static_cast<KeywordId>(1 + Random(kKeywordCount - 1))))
+                : PredicateText(static_cast<Predicate>(1 + Random(kPredicateCount - 1)));
         break;
     }
   }

@@ -2,12 +2,12 @@
 // gives the same texts on every system.
 #pragma once
 
-#include "query/parse/Grammar.h"
-
 #include <array>
 #include <random>
 #include <string>
 #include <vector>
+
+#include "query/parse/Grammar.h"
 
 namespace kestra::test {
 

@@ -1,12 +1,12 @@
 // A query on a thread of its own, for tests that cancel it.
 #pragma once
 
+#include <memory>
+#include <string>
+
 #include "platform/os/Clock.h"
 #include "platform/os/Thread.h"
 #include "query/Evaluate.h"
-
-#include <memory>
-#include <string>
 
 namespace kestra::test {
 

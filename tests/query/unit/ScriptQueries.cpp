@@ -1,12 +1,12 @@
 #include "tests/query/unit/ScriptQueries.h"
 
-#include "VLib/src/text/Text.h"
-
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <filesystem>
 #include <fstream>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra::test {
 namespace {

@@ -1,9 +1,9 @@
-#include "query/parse/Tokeniser.h"
-
 #include <gtest/gtest.h>
 
 #include <string>
 #include <vector>
+
+#include "query/parse/Tokeniser.h"
 
 namespace kestra {
 namespace {

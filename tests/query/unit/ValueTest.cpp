@@ -1,12 +1,12 @@
-#include "query/Value.h"
-#include "tests/support/ScopedTimeZone.h"
-
 #include <gtest/gtest.h>
 
 #include <set>
 #include <string>
 #include <utility>
 #include <vector>
+
+#include "query/Value.h"
+#include "tests/support/ScopedTimeZone.h"
 
 namespace kestra {
 namespace {
@@ -56,7 +56,8 @@ Value Vector() {
   return Make([](Value& v) { v.SetVector(MakeRef<ValueVector>()); });
 }
 Value Item() {
-  return Make([](Value& v) { v.SetDiagItem(MakeRef<CVDiagItem>(Ref<const DiagParamDefs>(Defs()))); });
+  return Make(
+      [](Value& v) { v.SetDiagItem(MakeRef<CVDiagItem>(Ref<const DiagParamDefs>(Defs()))); });
 }
 Value Any() {
   return Make([](Value& v) { v.SetAny(); });
@@ -162,15 +163,27 @@ TEST(Value, EqualsInBothOrders) {
   };
   // Besides each value that equals itself. Two parameters are equal only under one declaration.
   const std::set<std::pair<std::string, std::string>> equalPairs = {
-      {"true", "true too"},   {"'ABC'", "'abc'"},      {"'ABC'", "String abc"},
-      {"'abc'", "String abc"}, {"'ABC'", "String Abc"}, {"'abc'", "String Abc"},
-      {"String abc", "String Abc"}, {"5", "Dword 5"},  {"5", "Dword 5 too"},
-      {"5", "Second 5"},      {"Dword 5", "Dword 5 too"}, {"-1", "Dword max"},
-      {"1", "Enum 1"},        {"'BETA'", "Enum 1"},    {"5", "Bitmask 5"},
-      {"'red|blue'", "Bitmask 5"}, {"time 5", "Datime 5"}, {"'1'", "Version 1"},
+      {"true", "true too"},
+      {"'ABC'", "'abc'"},
+      {"'ABC'", "String abc"},
+      {"'abc'", "String abc"},
+      {"'ABC'", "String Abc"},
+      {"'abc'", "String Abc"},
+      {"String abc", "String Abc"},
+      {"5", "Dword 5"},
+      {"5", "Dword 5 too"},
+      {"5", "Second 5"},
+      {"Dword 5", "Dword 5 too"},
+      {"-1", "Dword max"},
+      {"1", "Enum 1"},
+      {"'BETA'", "Enum 1"},
+      {"5", "Bitmask 5"},
+      {"'red|blue'", "Bitmask 5"},
+      {"time 5", "Datime 5"},
+      {"'1'", "Version 1"},
   };
-  const std::set<std::string> unequalToItself = {"error", "error x", "null",   "any",
-                                                 "no parameter", "item", "vector"};
+  const std::set<std::string> unequalToItself = {"error",        "error x", "null",  "any",
+                                                 "no parameter", "item",    "vector"};
   for (const auto& [nameA, a] : values) {
     for (const auto& [nameB, b] : values) {
       const bool expected = nameA == nameB ? !unequalToItself.contains(nameA)
@@ -182,8 +195,8 @@ TEST(Value, EqualsInBothOrders) {
 }
 
 TEST(Value, AssignsToItself) {
-  std::vector<Value> values = {Text("text"),   ErrorWith("e"), Parameter(Param("Dword", 1u)),
-                               Item(), Vector(), Number(3)};
+  std::vector<Value> values = {Text("text"), ErrorWith("e"), Parameter(Param("Dword", 1u)),
+                               Item(),       Vector(),       Number(3)};
   for (Value& value : values) {
     const std::string text = value.asString();
     const Value& same = value;
