@@ -4,21 +4,20 @@
 //
 // Parsing includes binding: the columns are looked up in the class tree. Times of a scan are for
 // all items; items_per_second tells the rate.
-#include "platform/machine/Machine.h"
-#include "query/Evaluate.h"
-#include "tests/query/support/TestModules.h"
-
 #include <benchmark/benchmark.h>
 #include <fmt/format.h>
 
 #include <string>
 
+#include "platform/machine/Machine.h"
+#include "query/Evaluate.h"
+#include "tests/query/support/TestModules.h"
+
 namespace kestra {
 namespace {
 
 const Ref<DiagRoot>& Root() {
-  static const Ref<DiagRoot> root =
-      MakeRef<DiagRoot>("*", test::ModulesWithTests(), LiveMachine());
+  static const Ref<DiagRoot> root = MakeRef<DiagRoot>("*", test::ModulesWithTests(), LiveMachine());
   return root;
 }
 
@@ -75,8 +74,7 @@ void Scan(benchmark::State& state, const std::string& text) {
 }
 
 void FilterScanMillion(benchmark::State& state) {
-  Scan(state,
-       "SELECT COUNT(*) FROM Many(Count=1000000).Entry WHERE Group > 90 AND Name LIKE '*7'");
+  Scan(state, "SELECT COUNT(*) FROM Many(Count=1000000).Entry WHERE Group > 90 AND Name LIKE '*7'");
 }
 BENCHMARK(FilterScanMillion)->Unit(benchmark::kMillisecond);
 

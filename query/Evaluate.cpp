@@ -10,8 +10,8 @@ namespace kestra {
 namespace {
 
 void RunTree(Value& out, ParseTree& tree, QueryContext& context) {
-  if (!context.Root || !static_cast<CVDiagItem&>(*context.Root)
-                            .Init(false, false, *context.Message)) {
+  if (!context.Root ||
+      !static_cast<CVDiagItem&>(*context.Root).Init(false, false, *context.Message)) {
     out.SetError("Diagnostics initialization error");
     return;
   }

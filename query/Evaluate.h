@@ -1,13 +1,13 @@
 // EvaluateQuery: the single entry to the query engine.
 #pragma once
 
-#include "model/items/QueryMessage.h"
-#include "model/root/Root.h"
-#include "query/Value.h"
-
 #include <cstdint>
 #include <string>
 #include <vector>
+
+#include "model/items/QueryMessage.h"
+#include "model/root/Root.h"
+#include "query/Value.h"
 
 namespace kestra {
 
@@ -29,7 +29,8 @@ struct QueryReport {
 //   changing something then gives the sentence of the cancel;
 // - otherwise the query's value. The items in it stay alive and are not copied.
 // timeOut is in milliseconds. A null message stands for one without termination event and without
-// the right to change anything. pReport may be null. Any number of threads may run queries over one root.
+// the right to change anything. pReport may be null. Any number of threads may run queries over one
+// root.
 void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& root, uint32_t timeOut,
                    Ref<QueryMessage> message, QueryReport* pReport = nullptr);
 

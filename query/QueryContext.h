@@ -1,15 +1,15 @@
 // QueryContext: the one object per running query.
 #pragma once
 
-#include "model/items/QueryMessage.h"
-#include "model/root/Root.h"
-#include "query/parse/Tokeniser.h"
-#include "query/Value.h"
-
 #include <deque>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "model/items/QueryMessage.h"
+#include "model/root/Root.h"
+#include "query/Value.h"
+#include "query/parse/Tokeniser.h"
 
 namespace kestra {
 
@@ -31,12 +31,12 @@ struct QueryContext {
   QueryContext& operator=(const QueryContext&) = delete;
 
   const std::string QueryText;
-  const Ref<DiagRoot> Root;       // may be null: a text can be parsed without one
-  const Ref<DiagClass> RootClass; // its class tree, held for the query; null without a root
-  const uint32_t TimeOut;         // milliseconds; 0: do not run
+  const Ref<DiagRoot> Root;        // may be null: a text can be parsed without one
+  const Ref<DiagClass> RootClass;  // its class tree, held for the query; null without a root
+  const uint32_t TimeOut;          // milliseconds; 0: do not run
   const uint32_t StartTicks;
   TokenList Tokens;
-  std::vector<ScopeEntry> Scope;  // the aliases bound now; a stack
+  std::vector<ScopeEntry> Scope;       // the aliases bound now; a stack
   std::deque<ParseNode*> FilterStack;  // the WHERE of each open FROM; null for none
   const Ref<QueryMessage> Message;
   const std::unique_ptr<CPredicateCache> Predicates;

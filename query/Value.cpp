@@ -1,20 +1,23 @@
 #include "query/Value.h"
 
-#include "VLib/src/text/Text.h"
-#include "VLib/src/time/Datime.h"
-
 #include <fmt/format.h>
 
 #include <utility>
 
+#include "VLib/src/text/Text.h"
+#include "VLib/src/time/Datime.h"
+
 namespace kestra {
 namespace {
 
-bool IsDatimeParam(const DiagParamDef& def) { return def.Type == ParamType::Datime; }
+bool IsDatimeParam(const DiagParamDef& def) {
+  return def.Type == ParamType::Datime;
+}
 
 std::string ParameterText(const DiagParam* pParam) {
   if (!pParam) return {};
-  if (pParam->Def && pParam->Def->Type == ParamType::Dword) return fmt::to_string(pParam->DWordValue);
+  if (pParam->Def && pParam->Def->Type == ParamType::Dword)
+    return fmt::to_string(pParam->DWordValue);
   return pParam->GetText();
 }
 
@@ -47,7 +50,9 @@ Value::Value(const Value& other) : m_kind(other.m_kind), m_payload(other.m_paylo
   }
 }
 
-Value::Value(Value&& other) noexcept { Take(other); }
+Value::Value(Value&& other) noexcept {
+  Take(other);
+}
 
 void Value::Take(Value& other) noexcept {
   m_kind = std::exchange(other.m_kind, ValueKind::Undefined);
@@ -219,7 +224,9 @@ std::string_view Value::asText(std::string& buffer) const {
   return buffer;
 }
 
-CVDiagItem* Value::asVDIagItem() const { return IsVDiagItem() ? m_payload.pItem : nullptr; }
+CVDiagItem* Value::asVDIagItem() const {
+  return IsVDiagItem() ? m_payload.pItem : nullptr;
+}
 
 ValueVector& Value::asVector() const {
   static auto* pEmpty = MakeRef<ValueVector>().Detach();  // shared for ever

@@ -6,12 +6,12 @@
 // may be handed to another thread.
 #pragma once
 
-#include "model/items/Item.h"
-
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "model/items/Item.h"
 
 namespace kestra {
 
@@ -22,11 +22,11 @@ enum class ValueKind : uint32_t {
   Boolean = 2,
   Number = 3,
   String = 4,
-  Datime = 5,     // seconds since 1970-01-01 00:00:00 UTC
+  Datime = 5,  // seconds since 1970-01-01 00:00:00 UTC
   Parameter = 6,
   DiagItem = 7,
   Vector = 8,
-  Any = 9,        // cannot be known yet: a column of a source that is not bound yet
+  Any = 9,  // cannot be known yet: a column of a source that is not bound yet
 };
 
 class ValueVector;
@@ -66,7 +66,7 @@ class Value {
   bool IsError() const { return m_kind == ValueKind::Error; }
   bool HasErrorText() const { return IsError() && m_payload.pText; }
   bool IsBoolean() const { return m_kind == ValueKind::Boolean; }
-  bool IsNumber() const;   // an enumeration or flag parameter is a number and a string at once
+  bool IsNumber() const;  // an enumeration or flag parameter is a number and a string at once
   bool IsString() const;
   bool IsDatime() const;
   bool IsVDiagItem() const { return m_kind == ValueKind::DiagItem; }
@@ -100,7 +100,7 @@ class Value {
     bool boolean;
     int32_t number;
     uint32_t datime;
-    CSharedText* pText;        // null for an Error without a message
+    CSharedText* pText;  // null for an Error without a message
     DiagParam* pParam;
     CVDiagItem* pItem;
     ValueVector* pVector;

@@ -6,7 +6,6 @@
  * Build it as a shared library against kestra/plugin.h alone; what the header declares is found in
  * the process that loads it. */
 #include <kestra/plugin.h>
-
 #include <string.h>
 
 /* All arguments, joined by a dash. */

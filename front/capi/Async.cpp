@@ -33,9 +33,8 @@ kestra_status kestra_session_set_query_complete(kestra_session* session,
                                                 kestra_query_complete callback, void* context) {
   return Barrier(session)([&] {
     if (callback) {
-      session->session.SetQueryCompleteSink([=](const QueryOutcome& outcome) {
-        Fire(*session, outcome, callback, context);
-      });
+      session->session.SetQueryCompleteSink(
+          [=](const QueryOutcome& outcome) { Fire(*session, outcome, callback, context); });
     } else {
       session->session.SetQueryCompleteSink(nullptr);
     }

@@ -53,7 +53,7 @@ struct kestra_class {
   explicit kestra_class(kestra::Ref<kestra::DiagClass> theClass)
       : diagClass(std::move(theClass)), options(diagClass->Params->Count()) {}
   kestra::Ref<kestra::DiagClass> diagClass;
-  std::string dump;  // the last one
+  std::string dump;                          // the last one
   mutable std::vector<std::string> options;  // of each property, joined, once it was asked for
 };
 

@@ -2,13 +2,13 @@
 // is no window: a queue with a handle that an event loop can poll.
 #pragma once
 
-#include "platform/base/Ref.h"
-#include "platform/os/Event.h"
-
 #include <cstdint>
 #include <deque>
 #include <mutex>
 #include <optional>
+
+#include "platform/base/Ref.h"
+#include "platform/os/Event.h"
 
 namespace kestra {
 

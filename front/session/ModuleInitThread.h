@@ -2,8 +2,8 @@
 // the end: a query that reaches the module meanwhile waits on its lock and finds it filled.
 #pragma once
 
-#include "model/classes/Module.h"
 #include "VLib/src/threads/Thread.h"
+#include "model/classes/Module.h"
 
 namespace kestra {
 

@@ -1,7 +1,7 @@
 #include "front/session/QueryWorker.h"
 
-#include "platform/os/Thread.h"
 #include "VLib/src/log/Log.h"
+#include "platform/os/Thread.h"
 
 namespace kestra {
 namespace {

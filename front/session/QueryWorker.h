@@ -6,17 +6,17 @@
 // left behind, and goes on alone without harm to its successor.
 #pragma once
 
-#include "front/session/CompletionQueue.h"
-#include "front/session/Sorrel.h"
-#include "platform/os/Event.h"
-#include "VLib/src/threads/Thread.h"
-
 #include <atomic>
 #include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+
+#include "VLib/src/threads/Thread.h"
+#include "front/session/CompletionQueue.h"
+#include "front/session/Sorrel.h"
+#include "platform/os/Event.h"
 
 namespace kestra {
 
@@ -25,7 +25,7 @@ struct QueryOutcome {
   Value value;
   bool hasValue = false;  // false: the root could not be made, and there is no value
   QueryReport report;
-  std::string message;    // the sentence of the query's message; empty if it tells nothing
+  std::string message;  // the sentence of the query's message; empty if it tells nothing
 };
 
 // One query that was asked for.

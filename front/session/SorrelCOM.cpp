@@ -178,8 +178,12 @@ void CSorrelCOM::CancelCalculator() {
   if (m_poCompletions) m_poCompletions->RemoveAll();
 }
 
-void CSorrelCOM::ReInitDiagRoot() { m_pSorrel->ReInitRoot(); }
+void CSorrelCOM::ReInitDiagRoot() {
+  m_pSorrel->ReInitRoot();
+}
 
-Ref<DiagClass> CSorrelCOM::RootClass() { return m_pSorrel->GetClass(); }
+Ref<DiagClass> CSorrelCOM::RootClass() {
+  return m_pSorrel->GetClass();
+}
 
 }  // namespace kestra

@@ -8,12 +8,6 @@
 // are fired on the owner's thread, from DispatchEvents.
 #pragma once
 
-#include "front/session/CompletionQueue.h"
-#include "front/session/ModuleInitThread.h"
-#include "front/session/QueryWorker.h"
-#include "front/session/Sorrel.h"
-#include "platform/os/Event.h"
-
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -22,6 +16,12 @@
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "front/session/CompletionQueue.h"
+#include "front/session/ModuleInitThread.h"
+#include "front/session/QueryWorker.h"
+#include "front/session/Sorrel.h"
+#include "platform/os/Event.h"
 
 namespace kestra {
 
@@ -87,7 +87,7 @@ class CSorrelCOM {
   std::vector<Ref<CModuleInitThread>> m_initThreads;
   std::shared_ptr<bool> m_pIsAlive;  // tells DispatchEvents that a sink has ended the session
 
-  std::mutex m_lock;  // guards everything below
+  std::mutex m_lock;                      // guards everything below
   Ref<CCompletionQueue> m_poCompletions;  // null until it is needed, and when async mode is off
   bool m_isAsyncDisabled = false;
   std::shared_ptr<CQCalculatorAsync> m_pQCalculator;

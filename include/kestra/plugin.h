@@ -7,9 +7,9 @@
  * - strings is a series of strings, each ended by a NUL, with one more NUL behind the last; for no
  *   arguments it is that one NUL. It is valid during the call only.
  * - reserved is 0.
- * - It returns a byte string that SysAllocStringByteLen made, which the caller releases, or null for
- *   failure. CALLDLL takes the text up to its first NUL. CALLDLLV takes a series of strings like the
- *   argument, within the string's length.
+ * - It returns a byte string that SysAllocStringByteLen made, which the caller releases, or null
+ * for failure. CALLDLL takes the text up to its first NUL. CALLDLLV takes a series of strings like
+ * the argument, within the string's length.
  * - It may be called from several threads at once.
  *
  * Text is UTF-8 on Linux, and in the system's code page on Windows. There these three functions are

@@ -1,8 +1,8 @@
 #include "model/classes/Class.h"
 
-#include "VLib/src/text/Text.h"
-
 #include <mutex>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {

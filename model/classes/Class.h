@@ -5,8 +5,6 @@
 // changed once built, so they are read from any thread without a lock, by all sessions.
 #pragma once
 
-#include "model/items/Param.h"
-
 #include <atomic>
 #include <cstdint>
 #include <functional>
@@ -14,6 +12,8 @@
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "model/items/Param.h"
 
 namespace kestra {
 
@@ -76,17 +76,17 @@ const Ref<DiagParams>& EmptyParams();
 struct ParamDecl {
   const char* name;
   ParamType type;
-  const char* text = nullptr;      // the unit of a Dword, the options of an Enum or Bitmask
+  const char* text = nullptr;  // the unit of a Dword, the options of an Enum or Bitmask
   bool canBeChanged = false;
-  const char* description = "";    // one line, for the reference
+  const char* description = "";  // one line, for the reference
 };
 
 struct ArgDecl {
   const char* name;
   ParamType type;
-  const char* text = nullptr;          // options of an Enum or Bitmask, unit of a Dword
-  uint32_t defaultNumber = 0;          // Dword, Enum and Bitmask
-  const char* defaultText = "";        // String and Version
+  const char* text = nullptr;    // options of an Enum or Bitmask, unit of a Dword
+  uint32_t defaultNumber = 0;    // Dword, Enum and Bitmask
+  const char* defaultText = "";  // String and Version
   const char* description = "";
 };
 
@@ -115,7 +115,7 @@ struct ClassDecl {
   bool canBeAddedAndDeleted = false;  // the two flags go together in every built-in class
   std::span<const ActionDecl> actions = {};
   std::span<const ArgDecl> args = {};
-  const char* description = "";              // one line, for the reference
+  const char* description = "";                // one line, for the reference
   std::span<const char* const> examples = {};  // queries that show the class; they run as tests
   CClassSlot slot = {};
 

@@ -2,12 +2,12 @@
 // are fixed when it is made, and fills itself and its children from the root's machine.
 #pragma once
 
+#include <string>
+#include <string_view>
+
 #include "model/classes/Class.h"
 #include "model/items/Item.h"
 #include "platform/machine/Machine.h"
-
-#include <string>
-#include <string_view>
 
 namespace kestra {
 

@@ -1,8 +1,8 @@
 // The arguments of a module: reading, setting from a text, comparing, and writing them as a text.
-#include "model/classes/Module.h"
-#include "VLib/src/text/Text.h"
-
 #include <fmt/format.h>
+
+#include "VLib/src/text/Text.h"
+#include "model/classes/Module.h"
 
 namespace kestra {
 namespace {
@@ -64,7 +64,9 @@ bool DiagModule::GetArg(std::string_view name, std::string& value) {
   return pParam != nullptr;
 }
 
-bool DiagModule::SetArgs(std::string_view text) { return HasArgs() && SetArgsFromText(*Args, text); }
+bool DiagModule::SetArgs(std::string_view text) {
+  return HasArgs() && SetArgsFromText(*Args, text);
+}
 
 bool DiagModule::CopyArgs(const DiagParams& params) {
   for (size_t i = 0; i < params.Count(); ++i) {

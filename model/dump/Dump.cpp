@@ -1,10 +1,10 @@
 #include "model/dump/Dump.h"
 
-#include "VLib/src/text/Text.h"
-
 #include <fmt/format.h>
 
 #include <vector>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {

@@ -1,11 +1,11 @@
 // Dumps: an item tree, or a class tree, as text.
 #pragma once
 
-#include "model/classes/Class.h"
-#include "model/items/Item.h"
-
 #include <cstdint>
 #include <string>
+
+#include "model/classes/Class.h"
+#include "model/items/Item.h"
 
 namespace kestra {
 

@@ -1,6 +1,6 @@
-#include "model/dump/Dump.h"
-
 #include <fmt/format.h>
+
+#include "model/dump/Dump.h"
 
 namespace kestra {
 namespace {

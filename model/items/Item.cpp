@@ -1,8 +1,8 @@
 #include "model/items/Item.h"
 
-#include "model/classes/Class.h"
 #include "VLib/src/log/Log.h"
 #include "VLib/src/text/Text.h"
+#include "model/classes/Class.h"
 
 namespace kestra {
 namespace {
@@ -61,23 +61,37 @@ Ref<DiagClass> CVDiagItem::GetTypeInfo() {
   return nullptr;
 }
 
-Ref<DiagActions> CVDiagItem::GetActions() { return nullptr; }
+Ref<DiagActions> CVDiagItem::GetActions() {
+  return nullptr;
+}
 
-bool CVDiagItem::Init(bool bInitChild) { return Init(bInitChild, FillMessage()); }
+bool CVDiagItem::Init(bool bInitChild) {
+  return Init(bInitChild, FillMessage());
+}
 
-bool CVDiagItem::Init(bool bInitChild, QueryMessage&) { return Init(bInitChild); }
+bool CVDiagItem::Init(bool bInitChild, QueryMessage&) {
+  return Init(bInitChild);
+}
 
-Ref<CVDiagItem> CVDiagItem::OnAdd(const DiagParams&, QueryMessage&) { return nullptr; }
+Ref<CVDiagItem> CVDiagItem::OnAdd(const DiagParams&, QueryMessage&) {
+  return nullptr;
+}
 
 bool CVDiagItem::OnAddOfType(const std::string&, const DiagParams& params, QueryMessage& message) {
   return static_cast<bool>(OnAdd(params, message));
 }
 
-bool CVDiagItem::OnUpdate(const DiagParams&, QueryMessage&) { return false; }
+bool CVDiagItem::OnUpdate(const DiagParams&, QueryMessage&) {
+  return false;
+}
 
-bool CVDiagItem::OnDelete(QueryMessage&) { return false; }
+bool CVDiagItem::OnDelete(QueryMessage&) {
+  return false;
+}
 
-bool CVDiagItem::OnExecute(const std::string&, const DiagParams&, QueryMessage&) { return false; }
+bool CVDiagItem::OnExecute(const std::string&, const DiagParams&, QueryMessage&) {
+  return false;
+}
 
 void CVDiagItem::DropContent() {
   Params.Clear();

@@ -10,13 +10,13 @@
 // its children and never calls up the tree. An item lives as long as anybody holds it.
 #pragma once
 
-#include "model/items/Param.h"
-#include "model/items/QueryMessage.h"
-#include "VLib/src/threads/InterruptibleLock.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "VLib/src/threads/InterruptibleLock.h"
+#include "model/items/Param.h"
+#include "model/items/QueryMessage.h"
 
 namespace kestra {
 

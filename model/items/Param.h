@@ -1,12 +1,12 @@
 // Parameters: the values of one item.
 #pragma once
 
-#include "model/items/ParamDef.h"
-#include "platform/base/FileTime.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "model/items/ParamDef.h"
+#include "platform/base/FileTime.h"
 
 namespace kestra {
 
@@ -19,8 +19,7 @@ class DiagParam : public CCounted<DiagParam> {
   DiagParam() = default;
   explicit DiagParam(const DiagParamDef* pDef) : Def(pDef) {}
   DiagParam(const DiagParamDef* pDef, uint32_t number) : DWordValue(number), Def(pDef) {}
-  DiagParam(const DiagParamDef* pDef, std::string text)
-      : Def(pDef), StringValue(std::move(text)) {}
+  DiagParam(const DiagParamDef* pDef, std::string text) : Def(pDef), StringValue(std::move(text)) {}
   // The number stays 0 if the time does not convert.
   DiagParam(const DiagParamDef* pDef, FileTime time, bool isLocal);
   DiagParam(const DiagParamDef* pDef, const SystemTime& time, bool isLocal);

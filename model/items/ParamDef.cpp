@@ -1,8 +1,8 @@
 #include "model/items/ParamDef.h"
 
-#include "VLib/src/text/Text.h"
-
 #include <array>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
@@ -41,7 +41,9 @@ DiagParamDef::DiagParamDef(std::string name, ParamType type, const char* text, b
       CanBeChanged(canBeChanged),
       Description(std::move(description)) {}
 
-const char* DiagParamDef::GetTypeName() const { return ParamTypeName(Type); }
+const char* DiagParamDef::GetTypeName() const {
+  return ParamTypeName(Type);
+}
 
 const std::string& DiagParamDef::GetOptionText(uint32_t index) const {
   return index < Options.size() ? Options[index] : kNoText;
@@ -60,8 +62,8 @@ const std::string& DiagParamDef::GetUnit() const {
 
 void DiagParamDefs::Add(std::string name, ParamType type, const char* text, bool canBeChanged,
                         std::string description) {
-  m_defs.push_back(MakeRef<DiagParamDef>(std::move(name), type, text, canBeChanged,
-                                         std::move(description)));
+  m_defs.push_back(
+      MakeRef<DiagParamDef>(std::move(name), type, text, canBeChanged, std::move(description)));
 }
 
 const DiagParamDef* DiagParamDefs::Find(std::string_view name, bool ignoreCase) const {

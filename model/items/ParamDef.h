@@ -2,12 +2,12 @@
 // changed once a class is built, so they are read from any thread without a lock.
 #pragma once
 
-#include "platform/base/Ref.h"
-
 #include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "platform/base/Ref.h"
 
 namespace kestra {
 

@@ -1,8 +1,8 @@
-#include "model/items/Param.h"
-#include "model/items/QueryMessage.h"
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
 #include "VLib/src/time/Datime.h"
+#include "model/items/Param.h"
+#include "model/items/QueryMessage.h"
 
 namespace kestra {
 

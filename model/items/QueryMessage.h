@@ -2,13 +2,13 @@
 // do, and how it ended.
 #pragma once
 
-#include "platform/base/Ref.h"
-#include "platform/os/Event.h"
-#include "VLib/src/errors/DiagMessage.h"
-
 #include <initializer_list>
 #include <memory>
 #include <string>
+
+#include "VLib/src/errors/DiagMessage.h"
+#include "platform/base/Ref.h"
+#include "platform/os/Event.h"
 
 namespace kestra {
 

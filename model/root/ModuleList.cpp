@@ -1,9 +1,9 @@
 // The module list of a root: "Files(DirPath='c:\x')#3600*|*".
-#include "model/root/Root.h"
-#include "VLib/src/text/Text.h"
-
 #include <algorithm>
 #include <optional>
+
+#include "VLib/src/text/Text.h"
+#include "model/root/Root.h"
 
 namespace kestra {
 namespace {

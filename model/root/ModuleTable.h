@@ -1,10 +1,10 @@
 // The table of built-in modules, as the root is given it. model/ names no module.
 #pragma once
 
+#include <span>
+
 #include "model/classes/Class.h"
 #include "model/classes/Module.h"
-
-#include <span>
 
 namespace kestra {
 

@@ -8,8 +8,8 @@ namespace {
 // A module that is declared and not built yet: there is nothing to show, and that is no failure.
 class CDeclaredModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool) override {
     Children.Clear();
     Params.Clear();
@@ -96,9 +96,9 @@ size_t DiagRoot::DropModules(std::string_view name, const DiagParams* pArgs) {
   std::lock_guard lock(m_rootLock);
   for (size_t i = 0; i < Children.Count();) {
     auto* pModule = static_cast<DiagModule*>(Children.Get(i));
-    const bool fits = pArgs ? EqualsNoCase(pModule->GetName(), name) &&
-                                  pModule->SameArgs(*pArgs, false)
-                            : pModule->GetName() == name;
+    const bool fits =
+        pArgs ? EqualsNoCase(pModule->GetName(), name) && pModule->SameArgs(*pArgs, false)
+              : pModule->GetName() == name;
     if (!fits) {
       ++i;
       continue;

@@ -5,13 +5,13 @@
 // while a module is filled.
 #pragma once
 
-#include "model/classes/Module.h"
-#include "model/root/ModuleTable.h"
-
 #include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "model/classes/Module.h"
+#include "model/root/ModuleTable.h"
 
 namespace kestra {
 

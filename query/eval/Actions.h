@@ -3,8 +3,8 @@
 // an Error. Symbols are counted from 0, keywords and punctuation included.
 #pragma once
 
-#include "query/parse/ParseTree.h"
 #include "query/Value.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 

@@ -36,7 +36,8 @@ bool ColumnValue(Value& out, ParseNode& node) {
   const size_t position = node.Children[1].position;
   const ColumnBinding& binding = context.Predicates->Column(position);
   const std::string_view name = context.Tokens[position].text;
-  const bool isOwnClass = binding.pClass && pItem->Params.Defs().get() == binding.pClass->Params.get();
+  const bool isOwnClass =
+      binding.pClass && pItem->Params.Defs().get() == binding.pClass->Params.get();
   DiagParam* pParam =
       isOwnClass ? pItem->Params.Find(*binding.pDef) : pItem->Params.Find(name, true);
   if (pParam) {

@@ -1,10 +1,10 @@
 // Comparisons: <, <=, =, >=, >, <> in four families, LIKE, and IN.
-#include "query/eval/Actions.h"
-#include "query/eval/Operands.h"
+#include <optional>
+
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
-
-#include <optional>
+#include "query/eval/Actions.h"
+#include "query/eval/Operands.h"
 
 namespace kestra {
 namespace {
@@ -123,15 +123,31 @@ bool RunIn(Value& out, ParseNode& node, size_t listSymbol, bool found) {
 
 }  // namespace
 
-bool CompareAsStrings(Value& out, ParseNode& node) { return Compare(out, node, OrderStrings); }
-bool CompareAsNumbers(Value& out, ParseNode& node) { return Compare(out, node, OrderNumbers); }
-bool CompareAsDatimes(Value& out, ParseNode& node) { return Compare(out, node, OrderDatimes); }
-bool CompareAsVersions(Value& out, ParseNode& node) { return Compare(out, node, OrderVersions); }
+bool CompareAsStrings(Value& out, ParseNode& node) {
+  return Compare(out, node, OrderStrings);
+}
+bool CompareAsNumbers(Value& out, ParseNode& node) {
+  return Compare(out, node, OrderNumbers);
+}
+bool CompareAsDatimes(Value& out, ParseNode& node) {
+  return Compare(out, node, OrderDatimes);
+}
+bool CompareAsVersions(Value& out, ParseNode& node) {
+  return Compare(out, node, OrderVersions);
+}
 
-bool Like(Value& out, ParseNode& node) { return RunLike(out, node, false); }
-bool LikeWithEscape(Value& out, ParseNode& node) { return RunLike(out, node, true); }
+bool Like(Value& out, ParseNode& node) {
+  return RunLike(out, node, false);
+}
+bool LikeWithEscape(Value& out, ParseNode& node) {
+  return RunLike(out, node, true);
+}
 
-bool In(Value& out, ParseNode& node) { return RunIn(out, node, 3, true); }
-bool NotIn(Value& out, ParseNode& node) { return RunIn(out, node, 4, false); }
+bool In(Value& out, ParseNode& node) {
+  return RunIn(out, node, 3, true);
+}
+bool NotIn(Value& out, ParseNode& node) {
+  return RunIn(out, node, 4, false);
+}
 
 }  // namespace kestra

@@ -1,10 +1,10 @@
 // ISNULL and the forms of CONVERT that change something.
-#include "query/eval/Actions.h"
-#include "query/eval/Operands.h"
+#include <fmt/format.h>
+
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
-
-#include <fmt/format.h>
+#include "query/eval/Actions.h"
+#include "query/eval/Operands.h"
 
 namespace kestra {
 

@@ -1,12 +1,12 @@
 // Date functions. A part name arrives as a string in any case. Literals and calendar fields are
 // local time; GETDATE() is UTC.
-#include "query/eval/Actions.h"
-#include "query/eval/Operands.h"
-#include "VLib/src/text/Text.h"
-#include "VLib/src/time/Datime.h"
-
 #include <algorithm>
 #include <optional>
+
+#include "VLib/src/text/Text.h"
+#include "VLib/src/time/Datime.h"
+#include "query/eval/Actions.h"
+#include "query/eval/Operands.h"
 
 namespace kestra {
 namespace {

@@ -54,8 +54,12 @@ bool CompareTruth(Value& out, ParseNode& node) {
 
 }  // namespace
 
-bool Or(Value& out, ParseNode& node) { return RunChain(out, node, true); }
-bool And(Value& out, ParseNode& node) { return RunChain(out, node, false); }
+bool Or(Value& out, ParseNode& node) {
+  return RunChain(out, node, true);
+}
+bool And(Value& out, ParseNode& node) {
+  return RunChain(out, node, false);
+}
 
 bool Not(Value& out, ParseNode& node) {
   bool operand = false;
@@ -66,8 +70,12 @@ bool Not(Value& out, ParseNode& node) {
   return true;
 }
 
-bool IsNullTest(Value& out, ParseNode& node) { return TestNull(out, node, true); }
-bool IsNotNullTest(Value& out, ParseNode& node) { return TestNull(out, node, false); }
+bool IsNullTest(Value& out, ParseNode& node) {
+  return TestNull(out, node, true);
+}
+bool IsNotNullTest(Value& out, ParseNode& node) {
+  return TestNull(out, node, false);
+}
 
 bool BooleanCompareOf(Value& out, ParseNode& node) {
   const std::vector<ParseNode*> chain = LeftChain(node);

@@ -1,9 +1,9 @@
 // Arithmetic on signed 32-bit integers. Overflow and division by zero are Errors without text.
+#include <cstdint>
+
 #include "platform/os/Clock.h"
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
-
-#include <cstdint>
 
 namespace kestra {
 namespace {
@@ -58,9 +58,15 @@ bool CombineBits(Value& out, int32_t left, std::string_view mark, int32_t right)
 
 }  // namespace
 
-bool AddOrSubtract(Value& out, ParseNode& node) { return RunChain(out, node, Add); }
-bool MultiplyOrDivide(Value& out, ParseNode& node) { return RunChain(out, node, Multiply); }
-bool BitOperation(Value& out, ParseNode& node) { return RunChain(out, node, CombineBits); }
+bool AddOrSubtract(Value& out, ParseNode& node) {
+  return RunChain(out, node, Add);
+}
+bool MultiplyOrDivide(Value& out, ParseNode& node) {
+  return RunChain(out, node, Multiply);
+}
+bool BitOperation(Value& out, ParseNode& node) {
+  return RunChain(out, node, CombineBits);
+}
 
 bool Complement(Value& out, ParseNode& node) {
   int32_t number = 0;

@@ -44,7 +44,9 @@ Operand AsBoolean(Value& out, bool& boolean) {
 namespace {
 
 // Evaluates a symbol; a failure makes out an Error without text, so that no reader takes it.
-bool Evaluate(ParseNode& node, Value& out, size_t i) { return Child(node, out, i) || Fail(out); }
+bool Evaluate(ParseNode& node, Value& out, size_t i) {
+  return Child(node, out, i) || Fail(out);
+}
 
 }  // namespace
 

@@ -1,12 +1,12 @@
 // Operand readers: they carry the rules for NULL and Any through every operator.
 #pragma once
 
-#include "query/parse/ParseTree.h"
-#include "query/Value.h"
-
 #include <cstdint>
 #include <string_view>
 #include <vector>
+
+#include "query/Value.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 
@@ -31,7 +31,9 @@ bool Fail(Value& out);
 // The same, but an Error that stands in out already keeps its message.
 bool FailKeepingMessage(Value& out);
 // Ends an action whose operand is not ready.
-inline bool EndOperator(Operand operand) { return operand == Operand::Passes; }
+inline bool EndOperator(Operand operand) {
+  return operand == Operand::Passes;
+}
 
 // Evaluates a symbol and appends its value to list. A failure keeps an Error that has a message.
 bool AppendSymbol(ParseNode& node, Value& out, size_t i, ValueVector& list);

@@ -3,9 +3,15 @@
 #include "query/eval/Operands.h"
 
 namespace kestra {
-bool FirstSymbol(Value& out, ParseNode& node) { return Child(node, out, 0); }
-bool SecondSymbol(Value& out, ParseNode& node) { return Child(node, out, 1); }
-bool FifthSymbol(Value& out, ParseNode& node) { return Child(node, out, 4); }
+bool FirstSymbol(Value& out, ParseNode& node) {
+  return Child(node, out, 0);
+}
+bool SecondSymbol(Value& out, ParseNode& node) {
+  return Child(node, out, 1);
+}
+bool FifthSymbol(Value& out, ParseNode& node) {
+  return Child(node, out, 4);
+}
 
 bool EmptyString(Value& out, ParseNode&) {
   out.SetString({});

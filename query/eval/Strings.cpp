@@ -1,9 +1,9 @@
 // String functions. Lengths and positions count characters.
+#include <algorithm>
+
+#include "VLib/src/text/Text.h"
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
-#include "VLib/src/text/Text.h"
-
-#include <algorithm>
 
 namespace kestra {
 namespace {

@@ -1,8 +1,8 @@
 #include "query/parse/Chart.h"
 
-#include "query/parse/Predicates.h"
-
 #include <algorithm>
+
+#include "query/parse/Predicates.h"
 
 namespace kestra {
 namespace {
@@ -164,8 +164,7 @@ void CChart::ScanInto(size_t set) {
 
 void CChart::Recognise() {
   BeginSet(0);
-  const Grammar::Range start =
-      m_grammar.alternatives[static_cast<size_t>(NonTerminal::Program)];
+  const Grammar::Range start = m_grammar.alternatives[static_cast<size_t>(NonTerminal::Program)];
   for (uint16_t i = 0; i < start.count; ++i) {
     Close(Append({static_cast<uint16_t>(start.first + i), 0, 0}));
   }
@@ -267,6 +266,8 @@ bool CChart::Parse(ParseTree& tree) {
   return true;
 }
 
-bool ParseTokens(QueryContext& context, ParseTree& tree) { return CChart(context).Parse(tree); }
+bool ParseTokens(QueryContext& context, ParseTree& tree) {
+  return CChart(context).Parse(tree);
+}
 
 }  // namespace kestra

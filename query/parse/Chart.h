@@ -9,13 +9,13 @@
 // Time and memory grow with the number of tokens; nothing recurses on the text.
 #pragma once
 
-#include "query/parse/Grammar.h"
-#include "query/parse/ParseTree.h"
-#include "query/QueryContext.h"
-
 #include <array>
 #include <cstdint>
 #include <vector>
+
+#include "query/QueryContext.h"
+#include "query/parse/Grammar.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 
@@ -42,8 +42,8 @@ class CChart {
 
   struct Frame {
     ItemIndex item;
-    ItemIndex last;     // completing: the waiting item that was looked at last
-    uint16_t next;      // predicting: the alternative to try next
+    ItemIndex last;  // completing: the waiting item that was looked at last
+    uint16_t next;   // predicting: the alternative to try next
     bool isCompleting;
   };
   struct BuildTask {
@@ -86,13 +86,14 @@ class CChart {
   QueryContext& m_context;
   const Grammar& m_grammar;
   const size_t m_tokenCount;
-  std::vector<ChartItem> m_items;       // all sets, one behind the other
-  std::vector<ItemIndex> m_nextWaiting; // by item: the next one of its set with the same next symbol
+  std::vector<ChartItem> m_items;  // all sets, one behind the other
+  std::vector<ItemIndex>
+      m_nextWaiting;  // by item: the next one of its set with the same next symbol
   std::vector<size_t> m_setBegin;
-  std::vector<Waiting> m_waiting;       // by set: the first item that waits for each nonterminal
-  Waiting m_lastWaiting;                // the same for the last item of the present set
+  std::vector<Waiting> m_waiting;  // by set: the first item that waits for each nonterminal
+  Waiting m_lastWaiting;           // the same for the last item of the present set
   std::array<bool, kNonTerminalCount> m_isEmptyDone;  // derived empty in the present set
-  std::vector<ItemIndex> m_hash;        // items of the present set
+  std::vector<ItemIndex> m_hash;                      // items of the present set
   size_t m_present = 0;
   std::vector<Frame> m_frames;
 };

@@ -1,9 +1,9 @@
 #include "query/parse/ColumnNames.h"
 
-#include "query/eval/Actions.h"
-
 #include <string>
 #include <unordered_map>
+
+#include "query/eval/Actions.h"
 
 namespace kestra {
 namespace {
@@ -19,8 +19,10 @@ std::string TextBetween(const QueryContext& context, size_t first, size_t end) {
 // "a.Name" without its alias.
 std::string WithoutAlias(const std::string& text) {
   const size_t dot = text.find('.');
-  const bool isColumn = dot != std::string::npos && text.find_first_not_of(
-      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.") == std::string::npos;
+  const bool isColumn =
+      dot != std::string::npos &&
+      text.find_first_not_of("ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789_.") ==
+          std::string::npos;
   return isColumn ? text.substr(dot + 1) : text;
 }
 

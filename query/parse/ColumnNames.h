@@ -1,10 +1,10 @@
 // The names that a result's columns have for a reader.
 #pragma once
 
-#include "query/parse/ParseTree.h"
-
 #include <string>
 #include <vector>
+
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 

@@ -1,11 +1,11 @@
 #include "query/parse/Columns.h"
 
+#include <algorithm>
+
 #include "Modules/Files/FileClasses.h"
 #include "Modules/IniFile/IniFileClasses.h"
 #include "Modules/Registry/RegistryClasses.h"
 #include "VLib/src/text/Text.h"
-
-#include <algorithm>
 
 namespace kestra {
 namespace {

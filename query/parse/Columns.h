@@ -2,12 +2,12 @@
 // parser asks while it recognises the text; a name of the wrong type in a place is a syntax error.
 #pragma once
 
-#include "query/parse/TokenMap.h"
-#include "query/QueryContext.h"
-
 #include <cstddef>
 #include <string_view>
 #include <vector>
+
+#include "query/QueryContext.h"
+#include "query/parse/TokenMap.h"
 
 namespace kestra {
 

@@ -2,13 +2,13 @@
 // query. The language itself is the table in GrammarTable.cpp.
 #pragma once
 
-#include "query/parse/Keywords.h"
-#include "query/Value.h"
-
 #include <bitset>
 #include <cstdint>
 #include <span>
 #include <vector>
+
+#include "query/Value.h"
+#include "query/parse/Keywords.h"
 
 namespace kestra {
 
@@ -17,15 +17,68 @@ struct QueryContext;
 
 // The nonterminals, in the table's order.
 enum class NonTerminal : uint8_t {
-  Program, QueryBatch, Query, SelectStar, OptAlias, FromClause, FromBody, AnySource, Source,
-  OptArguments, ArgumentList, Argument, Expression, NumberExpr, NumberSum, NumberRandom,
-  NumberProduct, NumberUnary, NumberPrimary, NumberQuery, ScalarFromClause, ScalarFromBody,
-  JoinChain, AliasedSource, Condition, AndCondition, NotCondition, BooleanCompare, Comparison,
-  NumberSet, NumberList, VersionPrimary, VersionQuery, VersionOperand, StringQuery, StringExpr,
-  StringPrimary, OptCallArguments, CallArgumentList, CallArgument, SelectColumn, ScalarValue,
-  DatimeQuery, DatimePrimary, DatimeOperand, StringSet, StringList, OptWhere, BitOrExpr,
-  BitXorExpr, BitAndExpr, OptCacheAge, OptForce, SelectRows, ValueList, ActiveStatements,
-  ActiveStatement, ColumnList, TargetSource, OptActionArguments, DropStatement, ProcedureList,
+  Program,
+  QueryBatch,
+  Query,
+  SelectStar,
+  OptAlias,
+  FromClause,
+  FromBody,
+  AnySource,
+  Source,
+  OptArguments,
+  ArgumentList,
+  Argument,
+  Expression,
+  NumberExpr,
+  NumberSum,
+  NumberRandom,
+  NumberProduct,
+  NumberUnary,
+  NumberPrimary,
+  NumberQuery,
+  ScalarFromClause,
+  ScalarFromBody,
+  JoinChain,
+  AliasedSource,
+  Condition,
+  AndCondition,
+  NotCondition,
+  BooleanCompare,
+  Comparison,
+  NumberSet,
+  NumberList,
+  VersionPrimary,
+  VersionQuery,
+  VersionOperand,
+  StringQuery,
+  StringExpr,
+  StringPrimary,
+  OptCallArguments,
+  CallArgumentList,
+  CallArgument,
+  SelectColumn,
+  ScalarValue,
+  DatimeQuery,
+  DatimePrimary,
+  DatimeOperand,
+  StringSet,
+  StringList,
+  OptWhere,
+  BitOrExpr,
+  BitXorExpr,
+  BitAndExpr,
+  OptCacheAge,
+  OptForce,
+  SelectRows,
+  ValueList,
+  ActiveStatements,
+  ActiveStatement,
+  ColumnList,
+  TargetSource,
+  OptActionArguments,
+  DropStatement,
+  ProcedureList,
   ProcedureDefinition,
   Count
 };
@@ -35,9 +88,24 @@ static_assert(kNonTerminalCount == 63);
 // The terminals that are functions: they look at a token, at those around it, and at the classes
 // that exist.
 enum class Predicate : uint8_t {
-  Identifier, IntegerLiteral, StringLiteral, VersionLiteral, DatimeLiteral, ModuleName,
-  BuiltInSource, DatePartName, NumberAggregate, OrderAggregate, AddOperator, MulOperator,
-  EqualityOperator, CompareOperator, NumberColumn, StringColumn, VersionColumn, DatimeColumn,
+  Identifier,
+  IntegerLiteral,
+  StringLiteral,
+  VersionLiteral,
+  DatimeLiteral,
+  ModuleName,
+  BuiltInSource,
+  DatePartName,
+  NumberAggregate,
+  OrderAggregate,
+  AddOperator,
+  MulOperator,
+  EqualityOperator,
+  CompareOperator,
+  NumberColumn,
+  StringColumn,
+  VersionColumn,
+  DatimeColumn,
   Count
 };
 inline constexpr size_t kPredicateCount = static_cast<size_t>(Predicate::Count);
@@ -49,7 +117,8 @@ struct Symbol {
   uint8_t Number = 0;  // of the nonterminal, keyword or predicate
 
   constexpr Symbol() = default;
-  constexpr Symbol(NonTerminal n) : Kind(SymbolKind::NonTerminal), Number(static_cast<uint8_t>(n)) {}
+  constexpr Symbol(NonTerminal n)
+      : Kind(SymbolKind::NonTerminal), Number(static_cast<uint8_t>(n)) {}
   constexpr Symbol(Keyword k) : Kind(SymbolKind::Keyword), Number(k) {}
   constexpr Symbol(Predicate p) : Kind(SymbolKind::Predicate), Number(static_cast<uint8_t>(p)) {}
 };

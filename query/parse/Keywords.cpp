@@ -1,21 +1,21 @@
 #include "query/parse/Keywords.h"
 
-#include "VLib/src/text/Text.h"
-
 #include <array>
+
+#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
 
 constexpr std::array<std::string_view, kKeywordCount> kTexts = {
-    "",           "SELECT",  "FROM",   "JOIN",     "ON",        "WHERE",    "ATTACHEDTO",
-    "ITEMID",     "OR",      "AND",    "NOT",      "IS",        "NULL",     "IN",
-    "LIKE",       "ESCAPE",  "RAND",   "ISNULL",   "CONVERT",   "INT",      "VERSION",
-    "VARCHAR",    "LEN",     "CHAR_LENGTH", "DATEPART", "DATEADD", "GETDATE", "COUNT",
-    "SUBSTRING",  "RIGHT",   "CALLDLL", "CALLDLLV", "INSERT",   "VALUES",   "UPDATE",
-    "SET",        "DELETE",  "EXECUTE", "Action",  "DROP",      "MODULE",   "CREATE",
-    "PROCEDURE",  "AS",      "(",      ")",        ",",         ".",        "*",
-    "=",          "+",       "~",      "|",        "^",         "&",        "#",
+    "",          "SELECT", "FROM",        "JOIN",     "ON",      "WHERE",   "ATTACHEDTO",
+    "ITEMID",    "OR",     "AND",         "NOT",      "IS",      "NULL",    "IN",
+    "LIKE",      "ESCAPE", "RAND",        "ISNULL",   "CONVERT", "INT",     "VERSION",
+    "VARCHAR",   "LEN",    "CHAR_LENGTH", "DATEPART", "DATEADD", "GETDATE", "COUNT",
+    "SUBSTRING", "RIGHT",  "CALLDLL",     "CALLDLLV", "INSERT",  "VALUES",  "UPDATE",
+    "SET",       "DELETE", "EXECUTE",     "Action",   "DROP",    "MODULE",  "CREATE",
+    "PROCEDURE", "AS",     "(",           ")",        ",",       ".",       "*",
+    "=",         "+",      "~",           "|",        "^",       "&",       "#",
     "'\\'"};
 
 constexpr char Lower(char c) {

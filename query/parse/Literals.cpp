@@ -1,10 +1,10 @@
 #include "query/parse/Literals.h"
 
+#include <optional>
+
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
 #include "VLib/src/time/Datime.h"
-
-#include <optional>
 
 namespace kestra {
 namespace {
@@ -84,9 +84,9 @@ bool ReadDatimeLiteral(std::string_view token, Value& out) {
       !ReadField(token, 6, 2, 1, 12, time.wMonth) || !ReadField(token, 9, 2, 1, 31, time.wDay)) {
     return false;
   }
-  if (hasTime &&
-      (!ReadField(token, 12, 2, 0, 23, time.wHour) || !ReadField(token, 15, 2, 0, 59, time.wMinute) ||
-       !ReadField(token, 18, 2, 0, 59, time.wSecond))) {
+  if (hasTime && (!ReadField(token, 12, 2, 0, 23, time.wHour) ||
+                  !ReadField(token, 15, 2, 0, 59, time.wMinute) ||
+                  !ReadField(token, 18, 2, 0, 59, time.wSecond))) {
     return false;
   }
   const auto datime = DatimeFromSystemTime(time, true);

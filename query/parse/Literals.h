@@ -2,9 +2,9 @@
 // that is no such literal.
 #pragma once
 
-#include "query/Value.h"
-
 #include <string_view>
+
+#include "query/Value.h"
 
 namespace kestra {
 

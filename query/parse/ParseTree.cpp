@@ -24,8 +24,8 @@ void* ParseTree::Allocate(size_t bytes) {
 ParseNode* ParseTree::NewNode(QueryContext& context, ParseNode* pParent, const Rule& rule) {
   static_assert(sizeof(ParseNode) % alignof(ParseSlot) == 0);
   static_assert(alignof(ParseNode) == alignof(ParseSlot));
-  auto* pNode = static_cast<ParseNode*>(
-      Allocate(sizeof(ParseNode) + rule.Length * sizeof(ParseSlot)));
+  auto* pNode =
+      static_cast<ParseNode*>(Allocate(sizeof(ParseNode) + rule.Length * sizeof(ParseSlot)));
   auto* pSlots = reinterpret_cast<ParseSlot*>(pNode + 1);
   for (size_t i = 0; i < rule.Length; ++i) new (pSlots + i) ParseSlot{nullptr};
   return new (pNode) ParseNode{&context, pParent, &rule, pSlots};
@@ -53,8 +53,7 @@ bool Child(ParseNode& node, Value& out, size_t i) {
       out.SetString(std::string(KeywordText(symbol.Number)));
       return true;
     default:
-      return RunPredicate(static_cast<Predicate>(symbol.Number), out, *node.Context,
-                          slot.position);
+      return RunPredicate(static_cast<Predicate>(symbol.Number), out, *node.Context, slot.position);
   }
 }
 

@@ -2,13 +2,13 @@
 // value of a child whenever it needs it, as often as it needs it.
 #pragma once
 
-#include "query/parse/Grammar.h"
-#include "query/QueryContext.h"
-
 #include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
+
+#include "query/QueryContext.h"
+#include "query/parse/Grammar.h"
 
 namespace kestra {
 

@@ -1,10 +1,10 @@
 #include "query/parse/Predicates.h"
 
-#include "query/parse/Literals.h"
+#include <initializer_list>
+
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
-
-#include <initializer_list>
+#include "query/parse/Literals.h"
 
 namespace kestra {
 namespace {

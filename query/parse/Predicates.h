@@ -4,12 +4,12 @@
 // A predicate depends on its arguments alone, so what it said of a position is kept for the query.
 #pragma once
 
-#include "query/parse/Columns.h"
-#include "query/parse/Grammar.h"
-#include "query/QueryContext.h"
-
 #include <memory>
 #include <vector>
+
+#include "query/QueryContext.h"
+#include "query/parse/Columns.h"
+#include "query/parse/Grammar.h"
 
 namespace kestra {
 

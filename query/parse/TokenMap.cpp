@@ -3,7 +3,9 @@
 namespace kestra {
 namespace {
 
-bool IsSource(KeywordId keyword) { return keyword == kKwFrom || keyword == kKwJoin; }
+bool IsSource(KeywordId keyword) {
+  return keyword == kKwFrom || keyword == kKwJoin;
+}
 
 bool IsClause(KeywordId keyword) {
   return IsSource(keyword) || keyword == kKwSelect || keyword == kKwUpdate || keyword == kKwDelete;
@@ -52,11 +54,17 @@ CTokenMap::CTokenMap(const TokenList& tokens)
   }
 }
 
-std::ptrdiff_t CTokenMap::ClauseBefore(std::ptrdiff_t q) const { return At(m_clauseBefore, q); }
-std::ptrdiff_t CTokenMap::SourceBefore(std::ptrdiff_t q) const { return At(m_sourceBefore, q); }
+std::ptrdiff_t CTokenMap::ClauseBefore(std::ptrdiff_t q) const {
+  return At(m_clauseBefore, q);
+}
+std::ptrdiff_t CTokenMap::SourceBefore(std::ptrdiff_t q) const {
+  return At(m_sourceBefore, q);
+}
 std::ptrdiff_t CTokenMap::SourceOrEndFrom(std::ptrdiff_t q) const {
   return At(m_sourceOrEndFrom, q);
 }
-std::ptrdiff_t CTokenMap::Partner(std::ptrdiff_t q) const { return At(m_partner, q); }
+std::ptrdiff_t CTokenMap::Partner(std::ptrdiff_t q) const {
+  return At(m_partner, q);
+}
 
 }  // namespace kestra

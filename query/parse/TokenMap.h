@@ -2,10 +2,10 @@
 // clause around a name takes no walk over the text.
 #pragma once
 
-#include "query/parse/Tokeniser.h"
-
 #include <cstdint>
 #include <vector>
+
+#include "query/parse/Tokeniser.h"
 
 namespace kestra {
 
@@ -18,9 +18,9 @@ class CTokenMap {
   // The nearest place from q on, backwards or forwards and q included, where one of the words
   // stands outside of parentheses that are opened on the way; kNowhere if there is none. A
   // parenthesis that was opened before the walk began is passed by. q may be one past either end.
-  std::ptrdiff_t ClauseBefore(std::ptrdiff_t q) const;    // FROM JOIN SELECT UPDATE DELETE
-  std::ptrdiff_t SourceBefore(std::ptrdiff_t q) const;    // FROM JOIN
-  std::ptrdiff_t SourceOrEndFrom(std::ptrdiff_t q) const; // WHERE ")" FROM JOIN
+  std::ptrdiff_t ClauseBefore(std::ptrdiff_t q) const;     // FROM JOIN SELECT UPDATE DELETE
+  std::ptrdiff_t SourceBefore(std::ptrdiff_t q) const;     // FROM JOIN
+  std::ptrdiff_t SourceOrEndFrom(std::ptrdiff_t q) const;  // WHERE ")" FROM JOIN
   // The parenthesis that belongs to the one at q; kNowhere if there is none.
   std::ptrdiff_t Partner(std::ptrdiff_t q) const;
 

@@ -5,9 +5,13 @@
 namespace kestra {
 namespace {
 
-bool IsWordByte(char c) { return IsAsciiAlnum(c) || c == '_'; }
+bool IsWordByte(char c) {
+  return IsAsciiAlnum(c) || c == '_';
+}
 
-bool IsCompareMark(char c) { return c == '<' || c == '=' || c == '>'; }
+bool IsCompareMark(char c) {
+  return c == '<' || c == '=' || c == '>';
+}
 
 // The position behind the string that begins at start; npos if it does not end.
 size_t EndOfString(std::string_view text, size_t start) {

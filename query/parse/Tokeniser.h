@@ -1,11 +1,11 @@
 // The tokeniser: cuts a query text into tokens.
 #pragma once
 
-#include "query/parse/Keywords.h"
-
 #include <cstddef>
 #include <string_view>
 #include <vector>
+
+#include "query/parse/Keywords.h"
 
 namespace kestra {
 

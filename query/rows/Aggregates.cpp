@@ -1,11 +1,11 @@
 // COUNT, MIN, MAX and SUM. NULLs are passed over, and Any ends them.
+#include <span>
+
+#include "VLib/src/text/Text.h"
+#include "VLib/src/text/VersionNumber.h"
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FromResult.h"
-#include "VLib/src/text/Text.h"
-#include "VLib/src/text/VersionNumber.h"
-
-#include <span>
 
 namespace kestra {
 namespace {

@@ -1,9 +1,9 @@
 #include "query/rows/Arguments.h"
 
+#include <optional>
+
 #include "VLib/src/errors/DiagMessage.h"
 #include "VLib/src/text/Text.h"
-
-#include <optional>
 
 namespace kestra {
 namespace {

@@ -1,10 +1,10 @@
 // Typed arguments and columns: [name, value] pairs into a parameter list.
 #pragma once
 
+#include <string_view>
+
 #include "model/items/Param.h"
 #include "query/Value.h"
-
-#include <string_view>
 
 namespace kestra {
 

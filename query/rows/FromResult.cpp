@@ -1,8 +1,8 @@
 #include "query/rows/FromResult.h"
 
-#include "query/eval/Operands.h"
-
 #include <algorithm>
+
+#include "query/eval/Operands.h"
 
 namespace kestra {
 

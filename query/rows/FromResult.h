@@ -3,12 +3,12 @@
 // Any (undecided) or Undefined instead.
 #pragma once
 
-#include "query/parse/ParseTree.h"
-#include "query/Value.h"
-
 #include <string>
 #include <string_view>
 #include <vector>
+
+#include "query/Value.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 
@@ -66,8 +66,8 @@ void AppendSource(ValueVector& fromResult, std::string alias, Value rows);
 // one. Otherwise an Error without text.
 bool RowsOf(Value& out, const Value& fromResult, std::string_view alias);
 
-// Keeps a WHERE open while the sources of its clause run. where is the node of an OptWhere or of what
-// it handed on; the empty form opens none.
+// Keeps a WHERE open while the sources of its clause run. where is the node of an OptWhere or of
+// what it handed on; the empty form opens none.
 class CFilterScope {
  public:
   CFilterScope(QueryContext& context, ParseNode* pWhere);

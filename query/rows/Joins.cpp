@@ -1,10 +1,10 @@
 // Joins: the rows of what stands on the left, each with what fits it on the right. Both are nested
 // loops in the order of the text.
+#include "VLib/src/text/Text.h"
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FromResult.h"
 #include "query/rows/RowSource.h"
-#include "VLib/src/text/Text.h"
 
 namespace kestra {
 namespace {
@@ -102,7 +102,8 @@ bool RunJoinByParent(Value& out, ParseNode& node, bool isChained, int32_t limit)
   }
   const CFromReader left(leftResult);
   const size_t parent = left.FindAlias(parentAlias);
-  if (!left.IsValid() || childAlias != right.alias || parent == left.SourceCount()) return Fail(out);
+  if (!left.IsValid() || childAlias != right.alias || parent == left.SourceCount())
+    return Fail(out);
   CJoinRows rows(node, left, limit);
   for (size_t r = 0; r < left.Source(parent).pRows->Count() && !rows.IsFull(); ++r) {
     if (!JoinChildren(r, left, parent, right, *node.Context, rows)) return Fail(out);

@@ -1,9 +1,8 @@
 // Rows of a module: finds or makes the module for its arguments, has it filled, and walks its tree.
 #pragma once
 
-#include "query/rows/RowSource.h"
-
 #include "model/classes/Module.h"
+#include "query/rows/RowSource.h"
 
 namespace kestra {
 

@@ -1,18 +1,18 @@
 #include "query/rows/RegistryRowSource.h"
 
-#include "platform/machine/Machine.h"
-#include "VLib/src/text/Text.h"
-
 #include <algorithm>
 #include <iterator>
+
+#include "VLib/src/text/Text.h"
+#include "platform/machine/Machine.h"
 
 namespace kestra {
 namespace {
 
-constexpr std::string_view kHives[] = {
-    "HKLM", "HKEY_LOCAL_MACHINE", "HKCU", "HKEY_CURRENT_USER",   "HKCR", "HKEY_CLASSES_ROOT",
-    "HKU",  "HKEY_USERS",         "HKCC", "HKEY_CURRENT_CONFIG", "HKDD", "HKEY_DYN_DATA",
-    "HKPD", "HKEY_PERFORMANCE_DATA"};
+constexpr std::string_view kHives[] = {"HKLM", "HKEY_LOCAL_MACHINE",   "HKCU", "HKEY_CURRENT_USER",
+                                       "HKCR", "HKEY_CLASSES_ROOT",    "HKU",  "HKEY_USERS",
+                                       "HKCC", "HKEY_CURRENT_CONFIG",  "HKDD", "HKEY_DYN_DATA",
+                                       "HKPD", "HKEY_PERFORMANCE_DATA"};
 
 // The first word of a path, with or without "64" for the view of 64-bit programs.
 bool IsHive(std::string_view word) {

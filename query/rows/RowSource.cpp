@@ -1,14 +1,14 @@
 #include "query/rows/RowSource.h"
 
+#include <vector>
+
+#include "VLib/src/text/Text.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FileRowSource.h"
 #include "query/rows/FromResult.h"
 #include "query/rows/IniRowSource.h"
 #include "query/rows/ModuleRowSource.h"
 #include "query/rows/RegistryRowSource.h"
-#include "VLib/src/text/Text.h"
-
-#include <vector>
 
 namespace kestra {
 

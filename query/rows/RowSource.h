@@ -2,13 +2,13 @@
 // leaves its rows; the WHERE of the clause is tried on each row as it is found.
 #pragma once
 
-#include "query/parse/ParseTree.h"
-#include "query/Value.h"
-
 #include <cstdint>
 #include <limits>
 #include <memory>
 #include <string>
+
+#include "query/Value.h"
+#include "query/parse/ParseTree.h"
 
 namespace kestra {
 
@@ -19,7 +19,7 @@ inline constexpr int32_t kNoRowLimit = std::numeric_limits<int32_t>::max();
 struct SourceDescriptor {
   std::string moduleName;
   std::string className;
-  Value arguments;      // a Vector of pairs, a path, or Any
+  Value arguments;  // a Vector of pairs, a path, or Any
   int32_t cacheAge = -1;
   bool anyUser = false;
   std::string alias;

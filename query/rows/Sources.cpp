@@ -84,8 +84,12 @@ bool DescriptorWithAlias(Value& out, ParseNode& node) {
   return true;
 }
 
-bool RunSource(Value& out, ParseNode& node) { return RunOneSource(out, node, false, kNoRowLimit); }
-bool RunSourceLimit2(Value& out, ParseNode& node) { return RunOneSource(out, node, false, 2); }
+bool RunSource(Value& out, ParseNode& node) {
+  return RunOneSource(out, node, false, kNoRowLimit);
+}
+bool RunSourceLimit2(Value& out, ParseNode& node) {
+  return RunOneSource(out, node, false, 2);
+}
 bool RunSourceJoinMember(Value& out, ParseNode& node) {
   return RunOneSource(out, node, true, kNoRowLimit);
 }

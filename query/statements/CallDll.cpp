@@ -1,15 +1,15 @@
 // CALLDLL and CALLDLLV: call an exported function of a library with strings, and take a string or a
 // list of strings back. Every failure is an Error without text.
-#include "platform/os/Library.h"
-#include "query/eval/Actions.h"
-#include "query/eval/Operands.h"
-#include "VLib/src/text/Text.h"
-
 #include <list>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <string_view>
+
+#include "VLib/src/text/Text.h"
+#include "platform/os/Library.h"
+#include "query/eval/Actions.h"
+#include "query/eval/Operands.h"
 
 namespace kestra {
 namespace {
@@ -91,8 +91,7 @@ Answer Call(Value& out, ParseNode& node, bool& result) {
     return nullptr;
   }
   const Value arguments = out;
-  const auto callee =
-      reinterpret_cast<Callee>(os::FindExport(FindLibrary(library), function));
+  const auto callee = reinterpret_cast<Callee>(os::FindExport(FindLibrary(library), function));
   std::string block;
   if (!callee) {
     result = Fail(out);

@@ -1,11 +1,11 @@
 // INSERT in its four forms: the parent is found by the class tree or given by ITEMID, and the
 // values stand in the text or come from a query.
+#include <vector>
+
 #include "query/eval/Actions.h"
 #include "query/rows/Arguments.h"
 #include "query/rows/ModuleRowSource.h"
 #include "query/statements/Statement.h"
-
-#include <vector>
 
 namespace kestra {
 namespace {

@@ -27,13 +27,14 @@ def run(*command, **more):
                           **more).stdout
 
 
-def check_exports(library):
+def check_exports(root, library):
     names = [line.split()[-1].split("@")[0]
              for line in run("nm", "-D", "--defined-only", library).splitlines()]
     names = [name for name in names if name != "KESTRA_0"]  # the version node itself
-    header = os.path.join(os.path.dirname(os.path.dirname(os.path.dirname(client))),
-                          "include/kestra/kestra.h")
-    declared = set(re.findall(r"KESTRA_API [\w\s\*]*?(kestra_\w+)\(", open(header).read()))
+    declared = set()
+    for header in glob.glob(root + "/prefix/include/kestra/*.h"):
+        with open(header) as text:
+            declared |= set(re.findall(r"^KESTRA_(?:API|EXPORT) [\w\s\*]*?(\w+)\(", text.read(), re.M))
     assert len(declared) > 50, declared
     assert set(names) == declared, set(names) ^ declared
 
@@ -61,7 +62,7 @@ with tempfile.TemporaryDirectory() as root:
     prefix = os.path.join(root, "prefix")
     run("cmake", "--install", build, "--prefix", prefix)
     library, = glob.glob(prefix + "/lib*/**/libkestra.so", recursive=True)
-    check_exports(library)
+    check_exports(root, library)
     check_pkg_config(root, os.path.dirname(library))
     check_cmake_package(root)
     assert run(prefix + "/bin/kestra", "1 + 1") == "2\n"

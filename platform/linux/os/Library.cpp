@@ -1,12 +1,12 @@
 #include "platform/os/Library.h"
 
-#include "include/kestra/plugin.h"
-
 #include <dlfcn.h>
 
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+
+#include "include/kestra/plugin.h"
 
 namespace kestra::os {
 
@@ -18,9 +18,13 @@ void* FindExport(NativeLibrary library, const std::string& name) {
   return library ? dlsym(library, name.c_str()) : nullptr;
 }
 
-uint32_t ByteStringLength(ByteString text) { return SysStringByteLen(text); }
+uint32_t ByteStringLength(ByteString text) {
+  return SysStringByteLen(text);
+}
 
-void FreeByteString(ByteString text) { SysFreeString(text); }
+void FreeByteString(ByteString text) {
+  SysFreeString(text);
+}
 
 }  // namespace kestra::os
 

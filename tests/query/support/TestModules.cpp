@@ -1,13 +1,13 @@
 #include "tests/query/support/TestModules.h"
 
-#include "Modules/ModuleTable.h"
-#include "model/items/Item.h"
-#include "platform/os/Clock.h"
-
 #include <fmt/format.h>
 
 #include <stdexcept>
 #include <vector>
+
+#include "Modules/ModuleTable.h"
+#include "model/items/Item.h"
+#include "platform/os/Clock.h"
 
 namespace kestra::test {
 namespace {
@@ -44,7 +44,8 @@ constexpr ArgDecl kTestArgs[] = {
     {.name = "Mask", .type = ParamType::Bitmask, .text = "One|Two|Three", .defaultNumber = 7},
     {.name = "Least", .type = ParamType::Version, .defaultText = "0"},
 };
-constinit const ClassDecl kPart{.name = "Part", .params = kPartParams, .canBeAddedAndDeleted = true};
+constinit const ClassDecl kPart{
+    .name = "Part", .params = kPartParams, .canBeAddedAndDeleted = true};
 constexpr const ClassDecl* kRowChildren[] = {&kPart};
 constinit const ClassDecl kRow{.name = "Row",
                                .params = kRowParams,
@@ -60,7 +61,8 @@ constexpr ParamDecl kEntryParams[] = {
     {.name = "Name", .type = ParamType::String},
     {.name = "Group", .type = ParamType::Dword},
 };
-constexpr ArgDecl kManyArgs[] = {{.name = "Count", .type = ParamType::Dword, .defaultNumber = 1000}};
+constexpr ArgDecl kManyArgs[] = {
+    {.name = "Count", .type = ParamType::Dword, .defaultNumber = 1000}};
 constinit const ClassDecl kEntry{.name = "Entry", .params = kEntryParams};
 constexpr const ClassDecl* kManyChildren[] = {&kEntry};
 constinit const ClassDecl kMany{.name = "Many", .children = kManyChildren, .args = kManyArgs};
@@ -109,9 +111,7 @@ class CRowItem : public CPartItem {
     }
     return Ref<CVDiagItem>(Children.Add(MakeItem(kPart, params), false));
   }
-  bool OnDelete(QueryMessage& message) override {
-    return message.Fail(kErrorAccessDenied);
-  }
+  bool OnDelete(QueryMessage& message) override { return message.Fail(kErrorAccessDenied); }
   bool OnExecute(const std::string& actionName, const DiagParams& args,
                  QueryMessage& message) override {
     if (actionName == "Break") return message.Fail(kErrorNotReady);
@@ -127,7 +127,7 @@ class CRowItem : public CPartItem {
 struct RowData {
   uint32_t id;
   const char* text;
-  int64_t size;     // -1: not set
+  int64_t size;  // -1: not set
   int64_t kind;
   int64_t flags;
   int64_t created;
@@ -138,8 +138,9 @@ constexpr RowData kRows[] = {
     {1, "Alpha one", 10, 0, 3, 1136073600, "1.2", "1.2.0"},
     {2, "beta TWO", -1, 1, 0, 1136160000, "1.2.0a", "1.10"},
     {3, "Gamma*three", 30, 2, 8, -1, "2.0", nullptr},
-    {4, "\xC3\xBC"
-        "ber",
+    {4,
+     "\xC3\xBC"
+     "ber",
      4294967295, -1, -1, 4102444800, nullptr, "3"},
 };
 
@@ -172,8 +173,8 @@ void AddPart(CVDiagItem& row, uint32_t number, uint32_t owner, const char* pLabe
 
 class CTestModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool) override {
     Children.Clear();
     uint32_t first = 1;
@@ -189,7 +190,8 @@ class CTestModule : public DiagModule {
         AddPart(*row, 2, 1, "nut");
       }
       if (data.id == 2) AddPart(*row, 3, 2, nullptr);
-      if (data.id == 4) row->Children.Add(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}, ""), false);
+      if (data.id == 4)
+        row->Children.Add(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}, ""), false);
     }
     return IsInitialized = true;
   }
@@ -209,8 +211,8 @@ class CTestModule : public DiagModule {
 
 class CManyModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool, QueryMessage& message) override {
     uint32_t count = 0;
     GetArg("Count", count);
@@ -235,8 +237,8 @@ class CManyModule : public DiagModule {
 
 class CSlowModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool, QueryMessage& message) override {
     uint32_t duration = 0;
     GetArg("Duration", duration);
@@ -252,15 +254,15 @@ class CSlowModule : public DiagModule {
 
 class CBrokenModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool, QueryMessage& message) override { return message.Fail(kErrorNotReady); }
 };
 
 class CThrowsModule : public DiagModule {
  public:
-  using DiagModule::DiagModule;
   using CVDiagItem::Init;
+  using DiagModule::DiagModule;
   bool Init(bool) override { throw std::runtime_error("out of order"); }
 };
 

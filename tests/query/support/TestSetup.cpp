@@ -6,6 +6,8 @@
 namespace kestra {
 
 // Takes the place of the library's own, which is in an object of its own for this.
-SessionSetup LiveSetup() { return {test::ModulesWithTests(), LiveMachine()}; }
+SessionSetup LiveSetup() {
+  return {test::ModulesWithTests(), LiveMachine()};
+}
 
 }  // namespace kestra
