@@ -1,5 +1,7 @@
 #include "model/items/Item.h"
 
+#include <exception>
+
 #include "VLib/src/log/Log.h"
 #include "VLib/src/text/Text.h"
 #include "model/classes/Class.h"
@@ -45,11 +47,37 @@ CVDiagItem* DiagItems::Add(Ref<CVDiagItem> item, bool replaceSameName) {
   return pItem;
 }
 
+Ref<CVDiagItem> DiagItems::TakeLast() {
+  if (m_items.empty()) return nullptr;
+  Ref<CVDiagItem> item = std::move(m_items.back());
+  m_items.pop_back();
+  return item;
+}
+
+void DiagItems::TakeAll(DiagItems& other) noexcept {
+  if (other.m_items.empty()) return;
+  try {
+    m_items.reserve(m_items.size() + other.m_items.size());
+  } catch (const std::exception&) {
+    return;
+  }
+  for (auto& item : other.m_items) m_items.push_back(std::move(item));
+  other.m_items.clear();
+}
+
 void DiagItems::RemoveAt(size_t index) {
   m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(index));
 }
 
-CVDiagItem::~CVDiagItem() = default;
+// A tree may be as deep as what it shows, so it is taken apart from a list and not by recursion:
+// what nobody else holds gives its children to the list before it goes.
+CVDiagItem::~CVDiagItem() {
+  DiagItems doomed;
+  doomed.Swap(Children);
+  while (Ref<CVDiagItem> item = doomed.TakeLast()) {
+    if (!item->IsShared()) doomed.TakeAll(item->Children);
+  }
+}
 
 const std::string& CVDiagItem::GetName() {
   g_Log.Error("CVDiagItem::GetName called.");

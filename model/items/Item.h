@@ -37,6 +37,11 @@ class DiagItems {
   CVDiagItem* Add(Ref<CVDiagItem> item, bool replaceSameName);
   void Clear() { m_items.clear(); }
   void RemoveAt(size_t index);
+  // The last item, which is then no longer in the list; null for an empty list.
+  Ref<CVDiagItem> TakeLast();
+  // Appends all of other's items, and leaves other empty. Without memory for that other stays as it
+  // is.
+  void TakeAll(DiagItems& other) noexcept;
   void Swap(DiagItems& other) { m_items.swap(other.m_items); }
   void Reserve(size_t count) { m_items.reserve(count); }
 

@@ -65,8 +65,9 @@ bool ReadInfo(int directory, const char* path, bool isHidden, FileInfo& info) {
   }
   info.attributes = AttributesOf(status, info.kind, isDirectory, isHidden);
   info.size = status.stx_size;
-  // Not every file system keeps the time of birth.
-  if (status.stx_mask & STATX_BTIME) info.creationTime = FileTimeFromStatx(status.stx_btime);
+  // Not every file system keeps the time of birth, and some say so by a 0.
+  if ((status.stx_mask & STATX_BTIME) && status.stx_btime.tv_sec != 0)
+    info.creationTime = FileTimeFromStatx(status.stx_btime);
   info.lastAccessTime = FileTimeFromStatx(status.stx_atime);
   info.lastWriteTime = FileTimeFromStatx(status.stx_mtime);
   return true;
