@@ -123,6 +123,10 @@ bool CProcessItem::OnDelete(QueryMessage& message) {
 bool CProcessItem::EndProcess(uint32_t pid, QueryMessage& message) {
   CProcesses* pProcesses = m_poMachine->Processes();
   if (!pProcesses) return message.Fail(kErrorCallNotImplemented);
+  // On Linux every process that may be looked at has a start time. Without one nobody can tell
+  // whether the number still means the process that was listed.
+  const bool isLinux = m_poMachine->System().Family() == SystemFamily::Linux;
+  if (isLinux && m_startTime == 0) return message.Fail(kErrorInvalidHandle);
   std::unique_ptr<CProcess> process;
   if (pProcesses->Open(pid, m_startTime, process) != kErrorSuccess || !process) {
     return message.Fail(kErrorInvalidHandle);

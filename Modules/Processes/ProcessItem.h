@@ -41,8 +41,9 @@ class CProcessItem : public CFilledItem {
  protected:
   // Ends the process: it is asked to close, and ended by force if it has not done so in time.
   // - 11000 with "PID" for one of the system's own (below 5), with "ThreadID" for a task without;
-  // - kErrorInvalidHandle if the process that was listed is not there any more, or may not be
-  // opened;
+  // - kErrorInvalidHandle if the process that was listed is not there any more, if nobody can tell
+  //   whether it is the one, or if it may not be opened; kErrorAccessDenied on Linux, where opening
+  //   needs no right, if it may not be signalled;
   // - kErrorCancelled if the query is cancelled meanwhile: the process is then left alone.
   // The item stays in its list until the next filling.
   bool OnDelete(QueryMessage& message) override;

@@ -35,6 +35,7 @@ kestra_status kestra_item_params(kestra_item* item, kestra_params** params) {
 
 kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* result) {
   return Barrier(item, result)([&] {
+    const CAutoInterruptibleLock lock(item->item->Lock(), nullptr);
     *result = item->item->Init(init_child != 0) ? -1 : 0;
     return KESTRA_OK;
   });

@@ -14,7 +14,7 @@ class CModuleInitThread : public CVThread {
  protected:
   void Run() override {
     QueryMessage message(StopEvent(), false);
-    static_cast<CVDiagItem&>(*m_poModule).Init(true, true, message);
+    static_cast<CVDiagItem&>(*m_poModule).Init(true, false, message);
   }
 
  private:

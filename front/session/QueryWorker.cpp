@@ -1,5 +1,7 @@
 #include "front/session/QueryWorker.h"
 
+#include <utility>
+
 #include "VLib/src/log/Log.h"
 #include "platform/os/Thread.h"
 
@@ -38,12 +40,24 @@ std::optional<QueryRequest> CQueryWorker::TakeRequest() {
 }
 
 void CQueryWorker::RunOne(const QueryRequest& request) {
+  QueryOutcome outcome;
+  try {
+    Evaluate(request, outcome);
+  } catch (...) {
+    // No memory, as a rule. The host waits for an answer all the same.
+    outcome = {};
+    outcome.value.SetError();
+  }
+  std::lock_guard lock(m_lock);
+  m_outcome = std::move(outcome);
+}
+
+void CQueryWorker::Evaluate(const QueryRequest& request, QueryOutcome& outcome) {
   g_Log.Info(
       "CSorrelCOM::CQCalculatorAsync::ThreadProc, time-out = %d, ActiveAllowed = %d, q_id = %d, "
       "thread_id = 0x%x, query = %s",
       static_cast<int>(request.timeOut), request.isActiveAllowed ? 1 : 0,
       static_cast<int>(request.queryId), os::CurrentThreadId(), request.query.c_str());
-  QueryOutcome outcome;
   if (request.query.empty()) {
     g_Log.Warning("CSorrelCOM::CQCalculatorAsync::ThreadProc, invalid parameter(s). thread_id = %d",
                   static_cast<int>(os::CurrentThreadId()));
@@ -61,8 +75,6 @@ void CQueryWorker::RunOne(const QueryRequest& request) {
       outcome.message = message->GetText();
     }
   }
-  std::lock_guard lock(m_lock);
-  m_outcome = std::move(outcome);
 }
 
 void CQueryWorker::Run() {
@@ -83,7 +95,7 @@ void CQueryWorker::Run() {
 
 bool CQCalculatorAsync::Run(QueryRequest request) {
   std::lock_guard lock(m_lock);
-  if (!m_poWorker) {
+  if (!m_poWorker || !m_poWorker->IsRunning()) {
     auto worker = MakeRef<CQueryWorker>(m_pSorrel, m_poCompletions);
     if (!worker->Start()) return false;
     m_poWorker = std::move(worker);
@@ -99,12 +111,16 @@ bool CQCalculatorAsync::Run(QueryRequest request) {
   return false;
 }
 
+// The wait is made without the lock, so that the owner is not held up by a cancel from elsewhere.
 bool CQCalculatorAsync::Cancel() {
-  std::lock_guard lock(m_lock);
-  const uint32_t threadId = m_poWorker ? m_poWorker->ThreadId() : 0;
+  Ref<CQueryWorker> worker;
+  {
+    std::lock_guard lock(m_lock);
+    worker = std::exchange(m_poWorker, nullptr);
+  }
+  const uint32_t threadId = worker ? worker->ThreadId() : 0;
   g_Log.Info("CSorrelCOM::CQCalculatorAsync::Cancel() - started. thread_id = 0x%x", threadId);
-  const bool hasEnded = !m_poWorker || m_poWorker->Stop(kStopTimeOutMs);
-  m_poWorker = nullptr;
+  const bool hasEnded = !worker || worker->Stop(kStopTimeOutMs);
   g_Log.Info("CSorrelCOM::CQCalculatorAsync::Cancel() - thread terminated. thread_id = 0x%x",
              threadId);
   return hasEnded;

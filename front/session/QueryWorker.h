@@ -52,6 +52,7 @@ class CQueryWorker : public CVThread {
  private:
   std::optional<QueryRequest> TakeRequest();
   void RunOne(const QueryRequest& request);
+  void Evaluate(const QueryRequest& request, QueryOutcome& outcome);
 
   const std::shared_ptr<CSorrel> m_pSorrel;
   const Ref<CCompletionQueue> m_poCompletions;

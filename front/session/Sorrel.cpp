@@ -15,8 +15,8 @@ bool CSorrel::Initialize() {
     m_poRoot = std::move(root);
     m_poClass = std::move(rootClass);
     m_isInitialized = true;
-  } catch (const std::exception&) {
-    // No memory for the root: the next query tries again.
+  } catch (...) {
+    // No memory for the root, as a rule: the next query tries again.
   }
   return m_isInitialized;
 }
@@ -44,6 +44,13 @@ void CSorrel::RebuildRoot() {
 Ref<DiagModule> CSorrel::GetModule(const std::string& name, const std::string& args) {
   const Ref<DiagRoot> root = TakeRoot();
   return root ? root->GetDiagModule(name, args) : nullptr;
+}
+
+Ref<DiagModule> CSorrel::GetFreshModule(DiagModule& old, const std::string& args) {
+  const Ref<DiagRoot> root = TakeRoot();
+  if (!root) return nullptr;
+  root->DropModules(old.GetName(), old.Args.get());
+  return root->GetDiagModule(old.GetName(), args);
 }
 
 Ref<DiagClass> CSorrel::GetClass() {

@@ -33,6 +33,8 @@ class CSorrel {
   void RebuildRoot();
   // The module item for a name and an argument text; null if there is none.
   Ref<DiagModule> GetModule(const std::string& name, const std::string& args);
+  // The same module anew, not filled yet; the root lets go of the old one.
+  Ref<DiagModule> GetFreshModule(DiagModule& old, const std::string& args);
   // The class tree; null when the root could not be made.
   Ref<DiagClass> GetClass();
   // Whether the text parses.

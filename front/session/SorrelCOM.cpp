@@ -64,6 +64,7 @@ SessionStatus CSorrelCOM::RunQuerySync(const std::string& query,
                                        const std::optional<os::NativeHandle>& hostEvent,
                                        uint32_t timeOut, QueryOutcome& outcome) {
   if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  if (IsAsyncModeUsed()) g_Log.Error("CSorrelCOM::RunQuerySync, window handle is not NULL");
   const int queryId = static_cast<int>(++g_lastQueryId);
   g_Log.Info("CSorrelCOM::RunQuerySync, started. q_id = %d, query = %s", queryId, query.c_str());
   const Ref<QueryMessage> message = MakeMessage(hostEvent);
@@ -86,6 +87,11 @@ Ref<CCompletionQueue> CSorrelCOM::Completions() {
   std::lock_guard lock(m_lock);
   if (!m_poCompletions && !m_isAsyncDisabled) m_poCompletions = MakeRef<CCompletionQueue>();
   return m_poCompletions;
+}
+
+bool CSorrelCOM::IsAsyncModeUsed() {
+  std::lock_guard lock(m_lock);
+  return static_cast<bool>(m_poCompletions);
 }
 
 std::shared_ptr<CQCalculatorAsync> CSorrelCOM::Calculator() {
@@ -147,11 +153,23 @@ void CSorrelCOM::OnRunQueryCompleted(const QueryOutcome& outcome, uint32_t query
   g_Log.Info("CSorrelCOM::OnRunQueryCompleted, finished. q_id = %d", static_cast<int>(queryId));
 }
 
+void CSorrelCOM::ForgetEndedThreads() {
+  std::erase_if(m_initThreads, [](const Ref<CModuleInitThread>& thread) {
+    return !thread->IsRunning() && thread->Stop(0);
+  });
+}
+
+// A module that is filled may be walked by a query at this moment, so it is not filled again under
+// its reader: a fresh one takes its place, and who holds the old one keeps it as it was.
 SessionStatus CSorrelCOM::InitDiagModule(const std::string& name, const std::string& args,
                                          bool initAlways) {
+  ForgetEndedThreads();
   Ref<DiagModule> module = m_pSorrel->GetModule(name, args);
+  if (module && module->IsFilled()) {
+    if (!initAlways) return SessionStatus::Ok;
+    module = m_pSorrel->GetFreshModule(*module, args);
+  }
   if (!module) return SessionStatus::Pointer;
-  if (!initAlways && module->IsFilled()) return SessionStatus::Ok;
   auto thread = MakeRef<CModuleInitThread>(std::move(module));
   if (!thread->Start()) return SessionStatus::Fail;
   m_initThreads.push_back(std::move(thread));

@@ -76,7 +76,9 @@ class CSorrelCOM {
  private:
   Ref<QueryMessage> MakeMessage(const std::optional<os::NativeHandle>& hostEvent);
   Ref<CCompletionQueue> Completions();
+  bool IsAsyncModeUsed();
   std::shared_ptr<CQCalculatorAsync> Calculator();
+  void ForgetEndedThreads();
   void CancelCalculator();
   void OnRunQueryCompleted(const QueryOutcome& outcome, uint32_t queryId);
 

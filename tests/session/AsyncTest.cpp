@@ -118,6 +118,18 @@ TEST_F(AsyncSession, TheSinkMayEndTheSession) {
   EXPECT_EQ(m_pSession, nullptr);
 }
 
+// A warm-up meets queries that walk the same module: nobody's rows are pulled away.
+TEST_F(AsyncSession, InitDiagModuleLeavesReadersTheirRows) {
+  for (int i = 0; i < 60; ++i) {
+    ASSERT_EQ(m_pSession->InitDiagModule("Many", "Count=500", i % 2 != 0), SessionStatus::Ok);
+    QueryOutcome outcome;
+    m_pSession->RunQuerySync("SELECT Id, Name FROM Many(Count=500).Entry WHERE Group > 10",
+                             std::nullopt, kNoTimeOut, outcome);
+    ASSERT_EQ(outcome.value.asVector().Count(), 445u);
+    EXPECT_EQ(outcome.value.asVector()[444].asVector()[1].asString(), "entry number 499");
+  }
+}
+
 TEST_F(AsyncSession, InitDiagModuleFillsAheadOfTheQuery) {
   EXPECT_EQ(m_pSession->InitDiagModule("NoSuch", "", false), SessionStatus::Pointer);
   EXPECT_EQ(m_pSession->InitDiagModule("Slow", "Duration=x", false), SessionStatus::Pointer);

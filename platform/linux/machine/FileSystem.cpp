@@ -17,6 +17,9 @@ namespace {
 FileTime FileTimeFromStatx(const statx_timestamp& time) {
   constexpr int64_t kSecondsTo1970 = 11'644'473'600;
   constexpr int64_t kTicksPerSecond = 10'000'000;
+  // Beyond what any date of the language reaches, and what the ticks hold, a time is not known.
+  constexpr int64_t kLatest = int64_t{1} << 34;
+  if (time.tv_sec < -kSecondsTo1970 || time.tv_sec > kLatest) return {};
   const int64_t ticks = (time.tv_sec + kSecondsTo1970) * kTicksPerSecond + time.tv_nsec / 100;
   return FileTime{ticks > 0 ? static_cast<uint64_t>(ticks) : 0};
 }

@@ -85,11 +85,14 @@ bool DecodeStat(std::string_view line, ProcStat& stat) {
   return ParseNumber(fields.Next(), stat.residentPages);  // field 24
 }
 
-std::optional<uint32_t> DecodeRealUid(std::string_view status) {
+std::optional<uint32_t> DecodeEffectiveUid(std::string_view status) {
   constexpr std::string_view kKey = "\nUid:\t";
   const size_t start = status.find(kKey);
   if (start == std::string_view::npos) return std::nullopt;
   status.remove_prefix(start + kKey.size());
+  const size_t behindReal = status.find_first_of("\t\n");
+  if (behindReal == std::string_view::npos || status[behindReal] != '\t') return std::nullopt;
+  status.remove_prefix(behindReal + 1);
   uint32_t uid = 0;
   if (!ParseNumber(status.substr(0, status.find_first_of("\t\n")), uid)) return std::nullopt;
   return uid;

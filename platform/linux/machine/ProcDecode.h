@@ -24,8 +24,8 @@ struct ProcStat {
 // False if the line is not one that the kernel writes.
 bool DecodeStat(std::string_view line, ProcStat& stat);
 
-// The real user id out of /proc/PID/status.
-std::optional<uint32_t> DecodeRealUid(std::string_view status);
+// The effective user id out of /proc/PID/status: whose rights the process has.
+std::optional<uint32_t> DecodeEffectiveUid(std::string_view status);
 
 // The arguments of /proc/PID/cmdline as one line. Nothing for a process without arguments.
 //

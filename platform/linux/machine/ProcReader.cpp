@@ -69,9 +69,10 @@ SystemError CProcReader::Read(uint32_t pid, ProcessRecord& record) {
   ProcStat stat;
   if (error == kErrorSuccess) error = ReadStat(stat);
   // Where /proc is mounted to hide the processes of others, only their numbers are known.
-  if (error == kErrorAccessDenied) return kErrorSuccess;
+  // Nor does one that cannot be made out keep the others from being listed.
+  if (error == kErrorAccessDenied || error == kErrorInvalidData) return kErrorSuccess;
   if (error != kErrorSuccess) return error;
-  if (stat.parentPid != 0) record.ParentPID = stat.parentPid;
+  record.ParentPID = stat.parentPid;
   record.StartTime = stat.startTime + 1;  // never 0, which means not known
   const uint64_t workingSet = stat.residentPages * m_pageKB;
   if (workingSet != 0 && workingSet <= std::numeric_limits<uint32_t>::max())
@@ -160,7 +161,7 @@ SystemError CProcReader::ReadUser(ProcessRecord& record) {
   if ((m_wanted & kProcessWantUser) == 0) return kErrorSuccess;
   const SystemError error = ReadFile("status", kMaxStatusFile);
   if (error != kErrorSuccess) return error == kErrorInvalidHandle ? error : kErrorSuccess;
-  const std::optional<uint32_t> uid = DecodeRealUid(m_buffer);
+  const std::optional<uint32_t> uid = DecodeEffectiveUid(m_buffer);
   if (uid) record.User = UserName(*uid);
   return kErrorSuccess;
 }

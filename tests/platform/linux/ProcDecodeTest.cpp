@@ -55,12 +55,14 @@ TEST(DecodeStat, RefusesWhatIsCutOff) {
   EXPECT_FALSE(DecodeStat("1 (x) S -1 0", stat));
 }
 
-TEST(DecodeRealUid, TakesTheFirstOfFour) {
-  EXPECT_EQ(DecodeRealUid("Name:\tx\nUid:\t1000\t0\t0\t0\nGid:\t1\t1\t1\t1\n"), 1000u);
-  EXPECT_EQ(DecodeRealUid("Name:\tUid:\t5\nUid:\t4294967295\t0\n"), 4294967295u);
-  EXPECT_EQ(DecodeRealUid("Name:\tx\n"), std::nullopt);
-  EXPECT_EQ(DecodeRealUid("Name:\tx\nUid:\tx\n"), std::nullopt);
-  EXPECT_EQ(DecodeRealUid("Name:\tx\nUid:\t99999999999\t"), std::nullopt);
+TEST(DecodeEffectiveUid, TakesTheSecondOfFour) {
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\nUid:\t1000\t7\t0\t0\nGid:\t1\t1\t1\t1\n"), 7u);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tUid:\t5\nUid:\t0\t4294967295\t"), 4294967295u);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\n"), std::nullopt);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\nUid:\t1"), std::nullopt);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\nUid:\t1\n"), std::nullopt);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\nUid:\t1\tx\n"), std::nullopt);
+  EXPECT_EQ(DecodeEffectiveUid("Name:\tx\nUid:\t1\t99999999999\t"), std::nullopt);
 }
 
 struct CommandLineCase {
