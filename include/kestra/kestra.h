@@ -198,7 +198,8 @@ KESTRA_API kestra_status kestra_item_name(kestra_item* item, const char** name);
 KESTRA_API kestra_status kestra_item_diag_items(kestra_item* item, kestra_items** items);
 KESTRA_API kestra_status kestra_item_params(kestra_item* item, kestra_params** params);
 /* Fills the item, also one that is filled already; result is -1 for success and 0 for failure. Its
- * former children go, so nobody may be reading below it meanwhile, a query of the session included. */
+ * former children go, so nobody may be reading below it meanwhile, a query of the session
+ * included. */
 KESTRA_API kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* result);
 /* The item and everything below it as text. format: 0 XML for reading, with units and option texts;
  * 1 XML with raw numbers; 2 and 3 one line per item; 4 sections, as in a data file. Any other gives
