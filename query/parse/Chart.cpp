@@ -46,7 +46,7 @@ void CChart::BeginSet(size_t set) {
   m_waiting.emplace_back().fill(kNone);
   m_lastWaiting.fill(kNone);
   m_isEmptyDone.fill(false);
-  m_hash.assign(std::max(kFirstHashSize, size_t{1}), kNone);
+  m_hash.assign(kFirstHashSize, kNone);
 }
 
 // Puts an item into the present set.
