@@ -27,7 +27,7 @@ std::string CheckFormat(const std::string& name) {
 }
 
 struct RawOptions {
-  std::string query, file, format, logDirectory;
+  std::string query, file, format, logDirectory, pluginsDirectory, cacheDirectory;
 };
 
 void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
@@ -46,6 +46,14 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
       ->option_text("MS");
   app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1");
   app.add_option("--log", raw.logDirectory, "Write the log into that directory")
+      ->option_text("DIR")
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--plugins", raw.pluginsDirectory,
+                 "Add the modules of the plug-ins in that directory")
+      ->option_text("DIR")
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--cache", raw.cacheDirectory,
+                 "Keep results in that directory, for queries that ask for it: FROM Processes#60")
       ->option_text("DIR")
       ->check(CLI::ExistingDirectory);
   app.set_version_flag("--version", std::string("kestra ") + kestra_version(),
@@ -94,6 +102,8 @@ std::optional<int> ParseOptions(int argc, char** argv, Options& options) {
   options.query = ValueIfGiven(app, "QUERY", raw.query);
   options.file = ValueIfGiven(app, "--file", raw.file);
   options.logDirectory = ValueIfGiven(app, "--log", raw.logDirectory);
+  options.pluginsDirectory = ValueIfGiven(app, "--plugins", raw.pluginsDirectory);
+  options.cacheDirectory = ValueIfGiven(app, "--cache", raw.cacheDirectory);
   if (app.count("--format") != 0) options.format = FormatNames().at(raw.format);
   return std::nullopt;
 }

@@ -19,6 +19,8 @@ struct Options {
   std::optional<std::string> file;  // "-" is standard input
   std::optional<Format> format;     // nothing: by where standard output goes
   std::optional<std::string> logDirectory;
+  std::optional<std::string> pluginsDirectory;
+  std::optional<std::string> cacheDirectory;
   bool allowActive = false;
   bool checkOnly = false;
   uint32_t timeOut = KESTRA_NO_TIMEOUT;  // milliseconds

@@ -10,15 +10,22 @@
 namespace kestra::cli {
 namespace {
 
+// Empty for an option that is not given.
+std::string AbsolutePath(const std::optional<std::string>& path) {
+  return path ? std::filesystem::absolute(*path).string() : std::string();
+}
+
 CSessionHandle MakeSession(const Options& options) {
   kestra_options settings{};
   settings.struct_size = sizeof(settings);
-  std::string directory;
-  if (options.logDirectory) {
-    directory = std::filesystem::absolute(*options.logDirectory).string();
-    settings.log_directory = directory.c_str();
-  }
+  const std::string log = AbsolutePath(options.logDirectory);
+  const std::string cache = AbsolutePath(options.cacheDirectory);
+  if (!log.empty()) settings.log_directory = log.c_str();
+  if (!cache.empty()) settings.cache_directory = cache.c_str();
   auto session = Take<CSessionHandle>(kestra_session_create, &settings);
+  if (options.pluginsDirectory) {
+    Check(kestra_session_set_plugins_dir(session.get(), options.pluginsDirectory->c_str()));
+  }
   Check(kestra_session_allow_active(session.get(), options.allowActive ? 1 : 0));
   return session;
 }

@@ -18,10 +18,10 @@ void RunTree(Value& out, ParseTree& tree, QueryContext& context) {
   if (!RunNode(*tree.Top(), out) && !out.IsError()) out.SetError("Unknown error");
 }
 
-void Evaluate(Value& out, QueryContext& context, QueryReport* pReport) {
+void Evaluate(Value& out, QueryContext& context) {
   ParseTree tree;
   if (Tokenise(context.QueryText, context.Tokens) && ParseTokens(context, tree)) {
-    if (pReport) pReport->columns = ColumnNames(*tree.Top());
+    context.Report.columns = ColumnNames(*tree.Top());
     if (context.TimeOut != 0) RunTree(out, tree, context);
   } else if (context.Message->SystemError == kErrorCancelled) {
     out.SetError();  // cut off while parsing: nobody knows whether the text is good
@@ -56,7 +56,8 @@ void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& roo
   try {
     QueryContext context(text, root, timeOut, std::move(message));
     context.Message->ClearState();
-    Evaluate(result, context, pReport);
+    Evaluate(result, context);
+    if (pReport) *pReport = std::move(context.Report);
   } catch (...) {
     result.SetError("Unknown error");
   }

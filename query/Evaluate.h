@@ -3,23 +3,15 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "model/items/QueryMessage.h"
 #include "model/root/Root.h"
+#include "query/QueryReport.h"
 #include "query/Value.h"
 
 namespace kestra {
 
 inline constexpr uint32_t kNoTimeOut = 0xFFFFFFFF;
-
-// What a query tells besides its value.
-struct QueryReport {
-  // For SELECT x, y FROM ...: what each value of a row is called. The name of the parameter, or the
-  // expression as it is written; with the alias where two would be equal. Empty for every other
-  // form.
-  std::vector<std::string> columns;
-};
 
 // Parses text and runs it over root. out is always filled, and nothing is thrown:
 // - an Error "Syntax error" for a text that does not parse;

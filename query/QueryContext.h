@@ -8,6 +8,7 @@
 
 #include "model/items/QueryMessage.h"
 #include "model/root/Root.h"
+#include "query/QueryReport.h"
 #include "query/Value.h"
 #include "query/parse/Tokeniser.h"
 
@@ -40,6 +41,7 @@ struct QueryContext {
   std::deque<ParseNode*> FilterStack;  // the WHERE of each open FROM; null for none
   const Ref<QueryMessage> Message;
   const std::unique_ptr<CPredicateCache> Predicates;
+  QueryReport Report;
 
   // Whether the query's time is over; out then becomes an Error without text.
   bool CheckTimeOut(Value& out) const;

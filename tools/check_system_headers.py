@@ -16,7 +16,7 @@ ALLOWED_PLACES = re.compile(
 PUBLIC_HEADERS = re.compile(r"include/kestra/")
 STANDARD = re.compile(r"[a-z_0-9]+")
 C_HEADERS = {"stddef.h", "stdint.h"}
-LIBRARIES = re.compile(r"(fmt|CLI|nlohmann|gtest|gmock|benchmark)/")
+LIBRARIES = re.compile(r"(fmt|CLI|nlohmann|gtest|gmock|benchmark)/|zlib\.h$")
 SYSTEM_MACRO = re.compile(r"\b(_WIN32|_WIN64|__linux__|__unix__|_MSC_VER|__MINGW\w+)\b")
 
 

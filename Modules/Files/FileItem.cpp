@@ -3,7 +3,9 @@
 #include <utility>
 
 #include "Modules/Files/FileClasses.h"
+#include "Modules/VersionProperties.h"
 #include "VLib/src/time/Datime.h"
+#include "VLib/src/version/PeFile.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
@@ -38,6 +40,18 @@ const FileDefs& Defs() {
   return defs;
 }
 
+constexpr VersionProperty kVersionProperties[] = {
+    {"FileVersion", "FileVersion"},
+    {"ProductVersion", "ProductVersion"},
+    {"FileDescription", "FileDescription"},
+    {"Copyright", "LegalCopyright"},
+    {"Comments", "Comments"},
+    {"CompanyName", "CompanyName"},
+    {"InternalName", "InternalName"},
+    {"OriginalFilename", "OriginalFilename"},
+    {"ProductName", "ProductName"},
+};
+
 std::string JoinPath(std::string directory, const std::string& name, char separator) {
   if (!directory.empty() && directory.back() != separator) directory += separator;
   return directory += name;
@@ -71,7 +85,7 @@ CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string n
       m_name(std::move(name)),
       m_info(std::move(info)) {}
 
-bool CFileItem::Init(bool /*bInitChild*/) {
+bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
   Children.Clear();
   Params.Clear();
   IsInitialized = false;
@@ -95,8 +109,19 @@ bool CFileItem::Init(bool /*bInitChild*/) {
     Params.Set(MakeRef<DiagParam>(defs.pShortPathName, std::move(shortPath)), false);
   }
   Params.Set(MakeRef<DiagParam>(defs.pFileName, m_name), false);
-  if (info) FillFrom(*info);
+  if (info) {
+    FillFromVersion(*info, message);
+    FillFrom(*info);
+  }
   return IsInitialized = true;
+}
+
+// Only what can be a program is opened; a file that cannot be read shows the same as one that has
+// no such resource. A cancel shows in the message, which whoever fills looks at.
+void CFileItem::FillFromVersion(const FileInfo& info, QueryMessage& message) {
+  if (info.kind != FileKind::File || !info.isStored || info.size < kLeastProgramSize) return;
+  SetVersionProperties(Params, kVersionProperties, *m_poMachine, m_path,
+                       message.TerminationEvent());
 }
 
 void CFileItem::FillFrom(const FileInfo& info) {

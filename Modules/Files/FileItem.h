@@ -3,8 +3,8 @@
 //   auto file = MakeRef<CFileItem>(machine, "/etc/", "hosts", infoOfTheListing);
 //   if (!file->Init(false, false, message)) { if (file->HasVanished()) ... }
 //
-// What it shows comes from the file system. The properties out of the file's version resource, the
-// short name of a system that has none, and the file's text stay unset.
+// What it shows comes from the file system, and from the version resource of a file that has one.
+// The short name of a system that has none, and the file's text stay unset.
 #pragma once
 
 #include <optional>
@@ -31,13 +31,14 @@ class CFileItem : public CVDiagItem {
   // and then HasVanished() is true. A file that is there and may not be read has its path and its
   // name, and the answer is true.
   using CVDiagItem::Init;
-  bool Init(bool bInitChild) override;
+  bool Init(bool bInitChild, QueryMessage& message) override;
 
   // The last filling found no such file: no row, and no failure either.
   bool HasVanished() const { return m_hasVanished; }
 
  private:
   void FillFrom(const FileInfo& info);
+  void FillFromVersion(const FileInfo& info, QueryMessage& message);
 
   const Ref<DiagClass> m_poClass;
   const Ref<CMachine> m_poMachine;

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "Modules/VersionProperties.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
@@ -34,6 +35,12 @@ std::string SystemProcessName(uint32_t pid, std::string&& listedName) {
   if (pid == kLastSystemPID) return "System";
   return std::move(listedName);
 }
+
+constexpr VersionProperty kVersionProperties[] = {
+    {"Description", "FileDescription"}, {"FileVersion", "FileVersion"},
+    {"ProductName", "ProductName"},     {"ProductVersion", "ProductVersion"},
+    {"CompanyName", "CompanyName"},
+};
 
 // Appends to an item's values, leaving out what has none.
 class CSetter {
@@ -75,7 +82,8 @@ CProcessItem::CProcessItem(Ref<DiagClass> diagClass, Ref<CMachine> machine, uint
       m_poMachine(std::move(machine)),
       m_closeTimeOutMs(closeTimeOutMs) {}
 
-void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs) {
+void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs,
+                        const os::CWaitable* pTermination) {
   m_startTime = record.StartTime;
   Params.Clear();
   Params.Reserve(ProcessDefs::kCount);
@@ -93,7 +101,12 @@ void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDe
   if (!isTask) set.Number(defs.pParentProcessID, record.ParentPID);
   set.Number(defs.pThreadID, record.ThreadID);
   set.Text(defs.pImageName, std::move(record.ImageName));
+  const std::string path = record.FilePath.value_or(std::string());
   set.Text(defs.pFilePath, std::move(record.FilePath));
+  // What the kernel of Linux runs is never a program of Windows, so no file is opened there.
+  if (isWindows && !path.empty()) {
+    SetVersionProperties(Params, kVersionProperties, *m_poMachine, path, pTermination);
+  }
   set.NumberAboveZero(defs.pMemoryUsage, record.WorkingSetKB);
   set.NumberAboveZero(defs.pHandleCount, record.HandleCount);
   if (wanted & kProcessWantUser) set.Text(defs.pUser, std::move(record.User));

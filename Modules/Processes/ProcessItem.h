@@ -35,8 +35,10 @@ class CProcessItem : public CFilledItem {
 
   // Sets the properties that the record has a value for. wanted is what the list was asked for; the
   // user and the command line are shown only if they were. On Windows nothing is known of the idle
-  // process and of the kernel's (PID up to 4) but their names.
-  void Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs);
+  // process and of the kernel's (PID up to 4) but their names, and what the others run is looked at
+  // for its version resource, unless pTermination (may be null) is signalled.
+  void Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs,
+            const os::CWaitable* pTermination);
 
  protected:
   // Ends the process: it is asked to close, and ended by force if it has not done so in time.

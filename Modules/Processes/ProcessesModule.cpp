@@ -43,7 +43,7 @@ bool CProcessesModule::Init(bool /*bInitChild*/, QueryMessage& message) {
     if (error == kErrorNoMoreItems) break;
     if (error != kErrorSuccess) return message.Fail(error);
     auto item = MakeRef<CProcessItem>(processClass, MachineRef(), m_closeTimeOutMs);
-    item->Fill(std::move(record), wanted, Defs());
+    item->Fill(std::move(record), wanted, Defs(), message.TerminationEvent());
     items.Add(std::move(item), false);
   }
   Children.Swap(items);

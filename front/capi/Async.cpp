@@ -22,7 +22,7 @@ kestra_status FromSession(SessionStatus status) {
 void Fire(kestra_session& session, const QueryOutcome& outcome, kestra_query_complete callback,
           void* context) {
   session.lastMessage = outcome.message;
-  session.lastColumns = outcome.report.columns;
+  session.lastReport = outcome.report;
   kestra_value value{outcome.value};
   callback(context, &value);
 }

@@ -14,7 +14,7 @@ struct kestra_session {
   explicit kestra_session(kestra::SessionSetup setup) : session(std::move(setup)) {}
   kestra::CSorrelCOM session;
   std::string lastMessage;
-  std::vector<std::string> lastColumns;
+  kestra::QueryReport lastReport;
 };
 
 struct kestra_value {

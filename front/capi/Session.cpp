@@ -1,6 +1,10 @@
+#include <cstddef>
+#include <cstring>
+
 #include "VLib/src/log/Log.h"
 #include "front/capi/Barrier.h"
 #include "front/capi/Handles.h"
+#include "platform/os/HostFile.h"
 
 using namespace kestra;
 
@@ -14,10 +18,12 @@ kestra_session* MakeSession(SessionSetup setup) {
 
 namespace {
 
-// A member that the caller's header did not have yet counts as null.
-const char* LogDirectory(const kestra_options* options) {
-  constexpr size_t kEnd = offsetof(kestra_options, log_directory) + sizeof(options->log_directory);
-  return options && options->struct_size >= kEnd ? options->log_directory : nullptr;
+// A text among the options; one that the caller's header did not have yet counts as null.
+const char* TextOption(const kestra_options* options, size_t offset) {
+  if (!options || options->struct_size < offset + sizeof(const char*)) return nullptr;
+  const char* text = nullptr;
+  std::memcpy(&text, reinterpret_cast<const char*>(options) + offset, sizeof text);
+  return text;
 }
 
 kestra_status RunQuery(kestra_session& session, const std::string& query,
@@ -25,7 +31,7 @@ kestra_status RunQuery(kestra_session& session, const std::string& query,
                        kestra_value** result) {
   *result = nullptr;
   session.lastMessage.clear();
-  session.lastColumns.clear();
+  session.lastReport = {};
   std::optional<os::NativeHandle> event;
   if (termination_event) event = *termination_event;
   QueryOutcome outcome;
@@ -34,7 +40,7 @@ kestra_status RunQuery(kestra_session& session, const std::string& query,
     return KESTRA_E_FAIL;
   }
   session.lastMessage = std::move(outcome.message);
-  session.lastColumns = std::move(outcome.report.columns);
+  session.lastReport = std::move(outcome.report);
   return GiveHandle(result, std::move(outcome.value));
 }
 
@@ -51,8 +57,12 @@ int32_t kestra_abi_version(void) {
 kestra_status kestra_session_create(const kestra_options* options, kestra_session** session) {
   return Barrier(session)([&] {
     *session = nullptr;
-    if (const char* directory = LogDirectory(options)) OpenGlobalLog(directory);
-    *session = MakeSession(LiveSetup());
+    const char* log = TextOption(options, offsetof(kestra_options, log_directory));
+    const char* cache = TextOption(options, offsetof(kestra_options, cache_directory));
+    if (log) OpenGlobalLog(log);
+    SessionSetup setup = LiveSetup();
+    if (cache) setup.cacheDirectory = cache;
+    *session = MakeSession(std::move(setup));
     return KESTRA_OK;
   });
 }
@@ -106,33 +116,23 @@ kestra_status kestra_session_reinit_diag_root(kestra_session* session) {
   });
 }
 
+kestra_status kestra_session_set_plugins_dir(kestra_session* session, const char* directory) {
+  return Barrier(session, directory)([&] {
+    if (session->session.SetPluginsDir(directory)) return KESTRA_OK;
+    return os::DirectoryExists(directory) ? KESTRA_E_FAIL : KESTRA_E_NOTFOUND;
+  });
+}
+
+kestra_status kestra_session_clear_plugins(kestra_session* session) {
+  return Barrier(session)([&] {
+    session->session.ClearPlugins();
+    return KESTRA_OK;
+  });
+}
+
 kestra_status kestra_session_last_message(kestra_session* session, const char** text) {
   return Barrier(session, text)([&] {
     *text = session->lastMessage.c_str();
-    return KESTRA_OK;
-  });
-}
-
-kestra_status kestra_session_columns(kestra_session* session, kestra_columns** columns) {
-  return Barrier(session, columns)([&] { return GiveHandle(columns, session->lastColumns); });
-}
-
-kestra_status kestra_columns_release(kestra_columns* columns) {
-  return ReleaseHandle(columns);
-}
-
-kestra_status kestra_columns_count(const kestra_columns* columns, int32_t* count) {
-  return Barrier(columns, count)([&] {
-    *count = static_cast<int32_t>(columns->names.size());
-    return KESTRA_OK;
-  });
-}
-
-kestra_status kestra_columns_name(const kestra_columns* columns, int32_t number,
-                                  const char** name) {
-  return Barrier(columns, name)([&] {
-    if (!IsInside(number, columns->names.size())) return KESTRA_E_INVALIDARG;
-    *name = columns->names[static_cast<size_t>(number)].c_str();
     return KESTRA_OK;
   });
 }

@@ -1,16 +1,34 @@
 #include "front/session/Sorrel.h"
 
-#include <stdexcept>
+#include <filesystem>
+
+#include "platform/machine/SystemFacts.h"
+#include "platform/os/HostEnvironment.h"
+#include "platform/os/HostFile.h"
 
 namespace kestra {
+
+// Null when a plug-in directory that is there cannot be read.
+Ref<DiagRoot> CSorrel::MakeRoot() const {
+  auto root = MakeRef<DiagRoot>("*", m_setup.modules, m_setup.machine);
+  if (os::DirectoryExists(m_pluginsDirectory) && !root->SetPluginsDir(m_pluginsDirectory)) {
+    return nullptr;
+  }
+  std::string cache = m_setup.cacheDirectory;
+  if (cache.empty()) cache = os::ReadEnvironment("KESTRA_CacheDir").value_or(std::string());
+  const size_t longest = m_setup.machine->System().MaxPath();
+  // A cache that cannot be used is no reason to answer nothing.
+  if (!cache.empty() && cache.size() <= longest) root->SetCacheDir(cache);
+  return root;
+}
 
 bool CSorrel::Initialize() {
   m_isInitialized = false;
   m_poRoot = nullptr;
   m_poClass = nullptr;
   try {
-    auto root = MakeRef<DiagRoot>("*", m_setup.modules, m_setup.machine);
-    Ref<DiagClass> rootClass = root->GetTypeInfo();
+    Ref<DiagRoot> root = MakeRoot();
+    Ref<DiagClass> rootClass = root ? root->GetTypeInfo() : nullptr;
     if (!rootClass) return false;
     m_poRoot = std::move(root);
     m_poClass = std::move(rootClass);
@@ -19,6 +37,24 @@ bool CSorrel::Initialize() {
     // No memory for the root, as a rule: the next query tries again.
   }
   return m_isInitialized;
+}
+
+bool CSorrel::SetPluginsDir(const std::string& directory) {
+  if (!os::DirectoryExists(directory)) return false;
+  std::string absolute = std::filesystem::absolute(directory).string();
+  while (absolute.size() > os::RootLength(absolute) && absolute.back() == os::PathSeparator()) {
+    absolute.pop_back();
+  }
+  std::lock_guard lock(m_lock);
+  m_pluginsDirectory = std::move(absolute);
+  return Initialize();
+}
+
+void CSorrel::ClearPlugins() {
+  std::lock_guard lock(m_lock);
+  if (m_pluginsDirectory.empty()) return;
+  m_pluginsDirectory.clear();
+  Initialize();
 }
 
 Ref<DiagRoot> CSorrel::TakeRoot() {

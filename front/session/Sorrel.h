@@ -1,6 +1,6 @@
 // CSorrel: what a session keeps between queries: the root, its class tree, and the directory of
-// plug-ins, behind one lock. The lock covers setting up and swapping the root only; it is never
-// held while a query runs, and a running query keeps the old root alive.
+// plug-ins, behind one lock. The lock covers setting up and swapping the root only, with the scan
+// for plug-ins; it is never held while a query runs, and a running query keeps the old root alive.
 #pragma once
 
 #include <mutex>
@@ -16,6 +16,8 @@ namespace kestra {
 struct SessionSetup {
   ModuleTable modules;
   Ref<CMachine> machine;
+  // Where results are kept; empty: where the variable KESTRA_CacheDir says, if it is set.
+  std::string cacheDirectory{};
 };
 SessionSetup LiveSetup();
 
@@ -29,6 +31,12 @@ class CSorrel {
   // Drops every module, so that the next query that asks for one makes it anew; the root and its
   // class tree stay. True when there is a root.
   bool ReInitRoot();
+  // Reads plug-ins from a directory; the root with all its modules is made anew. False, with
+  // everything as it was, for a path that is no directory; also when the new root could not be
+  // made.
+  bool SetPluginsDir(const std::string& directory);
+  // Back to the built-in modules alone. Nothing happens if there is no directory.
+  void ClearPlugins();
   // Lets go of the root as it is; the next query makes a new one.
   void RebuildRoot();
   // The module item for a name and an argument text; null if there is none.
@@ -46,6 +54,7 @@ class CSorrel {
  private:
   // Makes the root anew, with the lock held.
   bool Initialize();
+  Ref<DiagRoot> MakeRoot() const;
   // The root, made if need be; null if it could not be.
   Ref<DiagRoot> TakeRoot();
 
@@ -53,6 +62,7 @@ class CSorrel {
   std::mutex m_lock;  // guards everything below
   Ref<DiagRoot> m_poRoot;
   Ref<DiagClass> m_poClass;
+  std::string m_pluginsDirectory;  // absolute; empty for none
   bool m_isInitialized = false;
 };
 

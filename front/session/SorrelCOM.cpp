@@ -200,6 +200,14 @@ void CSorrelCOM::ReInitDiagRoot() {
   m_pSorrel->ReInitRoot();
 }
 
+bool CSorrelCOM::SetPluginsDir(const std::string& directory) {
+  return m_pSorrel->SetPluginsDir(directory);
+}
+
+void CSorrelCOM::ClearPlugins() {
+  m_pSorrel->ClearPlugins();
+}
+
 Ref<DiagClass> CSorrelCOM::RootClass() {
   return m_pSorrel->GetClass();
 }

@@ -70,6 +70,9 @@ class CSorrelCOM {
   // any thread. Waits for the worker, up to ten seconds.
   void CancelQuery();
   void ReInitDiagRoot();
+  // False for a path that is no directory, and for one that cannot be read.
+  bool SetPluginsDir(const std::string& directory);
+  void ClearPlugins();
   // The class tree; null when the root could not be made.
   Ref<DiagClass> RootClass();
 

@@ -87,6 +87,10 @@ KESTRA_API int32_t kestra_abi_version(void);
 typedef struct kestra_options {
   size_t struct_size;
   const char* log_directory; /* of this process's log; takes effect for the first session only */
+  /* Absolute path of the directory where results are kept for queries that ask for it (FROM
+   * Processes#60.Process: at most 60 seconds old). It is made when it is first needed. Null: the
+   * environment variable KESTRA_CacheDir, or none. */
+  const char* cache_directory;
 } kestra_options;
 
 KESTRA_API kestra_status kestra_session_create(const kestra_options* options,
@@ -118,6 +122,14 @@ KESTRA_API kestra_status kestra_session_check_query_syntax(kestra_session* sessi
 KESTRA_API kestra_status kestra_session_cancel_query(kestra_session* session);
 /* Forgets what modules were filled with; results that are held stay as they are. */
 KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session);
+/* Adds the modules of the plug-ins in a directory (see plugin.h), in place of those of the last
+ * one; a plug-in's module replaces a built-in one of its name. Modules are made anew at the next
+ * query. KESTRA_E_NOTFOUND for a path that is no directory: nothing has changed then. KESTRA_E_FAIL
+ * for one that cannot be read. */
+KESTRA_API kestra_status kestra_session_set_plugins_dir(kestra_session* session,
+                                                        const char* directory);
+/* Back to the built-in modules alone. */
+KESTRA_API kestra_status kestra_session_clear_plugins(kestra_session* session);
 /* Why the last query of this session failed, where the value itself does not say: the sentence of
  * its message, empty if there is none. Valid until the session's next query. */
 KESTRA_API kestra_status kestra_session_last_message(kestra_session* session, const char** text);
@@ -245,6 +257,20 @@ KESTRA_API kestra_status kestra_columns_count(const kestra_columns* columns, int
 /* number counts from 0. */
 KESTRA_API kestra_status kestra_columns_name(const kestra_columns* columns, int32_t number,
                                              const char** name);
+
+/* ---- Sources of a result ---- */
+
+/* Where the content of a module came from that the last query read. */
+#define KESTRA_FILL_MACHINE 0    /* it was filled for this query */
+#define KESTRA_FILL_MEMORY 1     /* it was filled before, in this session */
+#define KESTRA_FILL_CACHE_FILE 2 /* it was read from the cache directory */
+
+KESTRA_API kestra_status kestra_session_source_count(kestra_session* session, int32_t* count);
+/* number counts from 0. arguments are those that differ from their defaults, as they are written in
+ * a query; fill is one of the numbers above. The texts are valid until the session's next query. */
+KESTRA_API kestra_status kestra_session_source(kestra_session* session, int32_t number,
+                                               const char** module, const char** arguments,
+                                               int32_t* fill);
 
 /* ---- Class tree ---- */
 

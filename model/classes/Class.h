@@ -63,6 +63,10 @@ class DiagClass : public CCounted<DiagClass> {
   std::vector<Ref<DiagClass>> m_childClasses;
 };
 
+// How deep classes and items that are read from a text may nest: far deeper than any module, and
+// shallow enough that walks that recurse over them are safe on the smallest stack.
+inline constexpr size_t kDeepestReadTree = 100;
+
 // Depth first and in order, the class itself first, names in any case. Null if there is none.
 DiagClass* FindClass(DiagClass* pClass, std::string_view name);
 // Whether anything in this class or below it can be changed.

@@ -54,7 +54,7 @@ bool DiagRoot::ParseEntry(std::string_view text, ListEntry& entry) {
   return seconds.has_value();
 }
 
-bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) const {
+bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) {
   std::optional<size_t> starPosition;
   ListEntry star;
   for (const std::string& whole : m_names) {
@@ -69,13 +69,17 @@ bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) const {
   if (!starPosition) return true;
 
   std::vector<ListEntry> others;
-  for (const ModuleRow& row : m_table) {
+  const auto addUnnamed = [&](const std::string& name) {
     const bool isNamed = std::any_of(entries.begin(), entries.end(), [&](const ListEntry& entry) {
-      return EqualsNoCase(entry.name, row.pClass->name);
+      return EqualsNoCase(entry.name, name);
     });
-    if (isNamed) continue;
-    star.name = row.pClass->name;
+    if (isNamed) return;
+    star.name = name;
     others.push_back(star);
+  };
+  for (const ModuleRow& row : m_table) addUnnamed(row.pClass->name);
+  for (const std::string& name : PluginNames()) {
+    if (!FindRow(name)) addUnnamed(name);
   }
   entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(*starPosition), others.begin(),
                  others.end());

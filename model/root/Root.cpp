@@ -1,6 +1,7 @@
 #include "model/root/Root.h"
 
 #include "VLib/src/text/Text.h"
+#include "model/plugins/PluginModule.h"
 
 namespace kestra {
 namespace {
@@ -30,30 +31,78 @@ const std::string& DiagRoot::GetName() {
   return *pName;
 }
 
+const ModuleRow* DiagRoot::FindRow(std::string_view name) const {
+  for (const ModuleRow& row : m_table) {
+    if (EqualsNoCase(row.pClass->name, name)) return &row;
+  }
+  return nullptr;
+}
+
+bool DiagRoot::SetPluginsDir(const std::string& directory) {
+  std::lock_guard lock(m_rootLock);
+  m_poRootClass = nullptr;
+  return m_plugins.Scan(directory, *m_poMachine);
+}
+
+bool DiagRoot::SetCacheDir(const std::string& directory) {
+  auto cache = MakeRef<ResultCache>(m_poMachine);
+  if (!cache->Open(directory)) return false;
+  m_poCache = std::move(cache);
+  return true;
+}
+
+Ref<DiagPlugin> DiagRoot::FindPlugin(std::string_view name) {
+  std::lock_guard lock(m_rootLock);
+  return m_plugins.Find(name);
+}
+
+std::string DiagRoot::CodeFileOf(std::string_view moduleName) {
+  const Ref<DiagPlugin> plugin = FindPlugin(moduleName);
+  return plugin ? plugin->Path : std::string();
+}
+
+std::vector<std::string> DiagRoot::PluginNames() {
+  std::lock_guard lock(m_rootLock);
+  std::vector<std::string> names;
+  for (const auto& entry : m_plugins.Entries()) names.push_back(entry.name);
+  return names;
+}
+
 Ref<DiagClass> DiagRoot::GetTypeInfo() {
   std::lock_guard lock(m_rootLock);
-  if (!m_poRootClass) {
-    auto root = MakeRef<DiagClass>("Root", nullptr, false, false, nullptr, nullptr);
-    for (const ModuleRow& row : m_table) root->AddChildClass(row.pClass->Get());
-    m_poRootClass = std::move(root);
+  if (m_poRootClass) return m_poRootClass;
+  auto root = MakeRef<DiagClass>("Root", nullptr, false, false, nullptr, nullptr);
+  // A plug-in that does not tell its class has none to show.
+  const auto add = [&root](Ref<DiagClass> diagClass) {
+    if (diagClass) root->AddChildClass(std::move(diagClass));
+  };
+  for (const ModuleRow& row : m_table) {
+    const Ref<DiagPlugin> plugin = m_plugins.Find(row.pClass->name);
+    add(plugin ? plugin->GetClass(row.pClass->name) : row.pClass->Get());
   }
+  for (const auto& entry : m_plugins.Entries()) {
+    if (!FindRow(entry.name)) add(entry.plugin->GetClass(entry.name));
+  }
+  m_poRootClass = std::move(root);
   return m_poRootClass;
 }
 
 Ref<DiagClass> DiagRoot::GetModuleClass(std::string_view name) {
-  for (const ModuleRow& row : m_table) {
-    if (EqualsNoCase(row.pClass->name, name)) return row.pClass->Get();
-  }
-  return nullptr;
+  if (const Ref<DiagPlugin> plugin = FindPlugin(name)) return plugin->GetClass(name);
+  const ModuleRow* pRow = FindRow(name);
+  return pRow ? pRow->pClass->Get() : nullptr;
 }
 
 Ref<DiagModule> DiagRoot::CreateModule(std::string_view name) {
-  for (const ModuleRow& row : m_table) {
-    if (!EqualsNoCase(row.pClass->name, name)) continue;
-    if (row.create) return row.create(row.pClass->Get(), m_poMachine);
-    return MakeRef<CDeclaredModule>(row.pClass->Get(), m_poMachine);
+  if (Ref<DiagPlugin> plugin = FindPlugin(name)) {
+    Ref<DiagClass> diagClass = plugin->GetClass(name);
+    if (!diagClass) return nullptr;
+    return MakeRef<PluginModule>(std::move(diagClass), m_poMachine, std::move(plugin));
   }
-  return nullptr;
+  const ModuleRow* pRow = FindRow(name);
+  if (!pRow) return nullptr;
+  if (pRow->create) return pRow->create(pRow->pClass->Get(), m_poMachine);
+  return MakeRef<CDeclaredModule>(pRow->pClass->Get(), m_poMachine);
 }
 
 Ref<DiagModule> DiagRoot::GetDiagModule(std::string_view name, std::string_view args) {

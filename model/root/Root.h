@@ -1,8 +1,10 @@
 // DiagRoot: the item named "Root". It knows which modules exist, makes them on request, and keeps
-// those that were made, one per name and arguments.
+// those that were made, one per name and arguments. Plug-ins add modules, and replace built-in ones
+// of the same name.
 //
-// Threads: any. The root lock guards the class tree and the root's children; it is never held
-// while a module is filled.
+// Threads: any. The root lock guards the class tree, the plug-ins and the root's children; it is
+// never held while a module is filled. Above it stands the session's lock, below it the plug-in
+// lock, then the class lock, then the items'.
 #pragma once
 
 #include <mutex>
@@ -10,7 +12,9 @@
 #include <string_view>
 #include <vector>
 
+#include "model/cache/ResultCache.h"
 #include "model/classes/Module.h"
+#include "model/plugins/Plugin.h"
 #include "model/root/ModuleTable.h"
 
 namespace kestra {
@@ -28,6 +32,19 @@ class DiagRoot : public CVDiagItem {
   bool Init(bool bInitChild, QueryMessage& message) override;
 
   const Ref<CMachine>& Machine() const { return m_poMachine; }
+
+  // Reads which plug-ins lie in a directory, in place of those known before; an empty name changes
+  // nothing. False if it is no directory or cannot be read: there are no plug-ins then. Modules
+  // that were made stay, so it is called on a root that has none yet.
+  bool SetPluginsDir(const std::string& directory);
+  // Keeps results in that directory from now on; see ResultCache. False, with everything as it was,
+  // for a directory that cannot serve. Before the root is shared between threads.
+  bool SetCacheDir(const std::string& directory);
+  // Null without a directory.
+  ResultCache* Cache() const { return m_poCache.get(); }
+  // The library that makes the modules of that name; empty for a built-in one.
+  std::string CodeFileOf(std::string_view moduleName);
+
   // The class of a module by its name in any case; null if there is none.
   Ref<DiagClass> GetModuleClass(std::string_view name);
   // A new module with default arguments; null if there is no such module.
@@ -40,7 +57,7 @@ class DiagRoot : public CVDiagItem {
   Ref<DiagModule> GetDiagModule(std::string_view name, const DiagParams& args,
                                 QueryMessage& message);
 
-  // Drops every module; answers how many there were.
+  // Drops every module; answers how many there were. What the cache holds stays.
   size_t DropAll();
   // Drops the modules of exactly that name; with args, those of that name in any case that have
   // these arguments. Answers how many.
@@ -58,15 +75,20 @@ class DiagRoot : public CVDiagItem {
   };
   static bool ParseStar(std::string_view text, ListEntry& star);
   static bool ParseEntry(std::string_view text, ListEntry& entry);
-  bool ParseModuleList(std::vector<ListEntry>& entries) const;
+  bool ParseModuleList(std::vector<ListEntry>& entries);
+  Ref<DiagPlugin> FindPlugin(std::string_view name);
+  const ModuleRow* FindRow(std::string_view name) const;
+  std::vector<std::string> PluginNames();
   bool InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message, bool& filled);
   Ref<DiagModule> FindOrAdd(Ref<DiagModule> fresh, QueryMessage& message);
 
   const std::vector<std::string> m_names;
   const ModuleTable m_table;
   const Ref<CMachine> m_poMachine;
-  std::mutex m_rootLock;  // guards m_poRootClass and Children
+  std::mutex m_rootLock;  // guards m_plugins, m_poRootClass and Children
+  DiagPluginMap m_plugins;
   Ref<DiagClass> m_poRootClass;
+  Ref<ResultCache> m_poCache;
 };
 
 }  // namespace kestra

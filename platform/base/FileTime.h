@@ -1,6 +1,7 @@
 // Moments and calendar times as the Win32 API has them, on every system.
 #pragma once
 
+#include <compare>
 #include <cstdint>
 
 namespace kestra {

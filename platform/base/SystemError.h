@@ -36,14 +36,17 @@ inline constexpr SystemError kErrorDirNotEmpty = 145;
 inline constexpr SystemError kErrorBadArguments = 160;
 inline constexpr SystemError kErrorBusy = 170;
 inline constexpr SystemError kErrorAlreadyExists = 183;
+inline constexpr SystemError kErrorBadExeFormat = 193;
 inline constexpr SystemError kErrorFilenameExceedsRange = 206;
 inline constexpr SystemError kErrorFileTooLarge = 223;
 inline constexpr SystemError kErrorMoreData = 234;
+inline constexpr SystemError kErrorWaitTimeout = 258;
 inline constexpr SystemError kErrorNoMoreItems = 259;
 inline constexpr SystemError kErrorDirectory = 267;
 inline constexpr SystemError kErrorIoDevice = 1117;
 inline constexpr SystemError kErrorCancelled = 1223;
 inline constexpr SystemError kErrorTimeout = 1460;
+inline constexpr SystemError kErrorResourceTypeNotFound = 1813;
 inline constexpr SystemError kErrorCannotResolveFilename = 1921;
 
 }  // namespace kestra

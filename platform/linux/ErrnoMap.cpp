@@ -55,6 +55,8 @@ SystemError ErrorFromErrno(int number) {
       return kErrorBusy;
     case EEXIST:
       return kErrorAlreadyExists;
+    case ENOEXEC:
+      return kErrorBadExeFormat;
     case ENAMETOOLONG:
       return kErrorFilenameExceedsRange;
     case EFBIG:

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "platform/base/FileTime.h"
 #include "platform/base/SystemError.h"
@@ -19,6 +20,9 @@ inline constexpr uint32_t kFileAttributeNormal = 0x80;
 inline constexpr uint32_t kFileAttributeReparsePoint = 0x400;
 inline constexpr uint32_t kFileAttributeCompressed = 0x800;
 
+// A bit of a volume's flags. Source: the Win32 page of GetVolumeInformation.
+inline constexpr uint32_t kFilePersistentAcls = 0x8;
+
 // What a file is, before anybody opens it. Only plain files may be opened and only plain
 // directories descended into.
 enum class FileKind { File, Directory, Link, Other };
@@ -32,6 +36,12 @@ struct FileInfo {
   FileTime creationTime{};
   FileTime lastAccessTime{};
   FileTime lastWriteTime{};
+  // Nobody but the caller and the machine's administrator can have written it: it is theirs, and
+  // others have no right to write. Always true where access lists settle that.
+  bool isTrusted = true;
+  // There are bytes behind it. Not so for what a system makes up while it is read, as below /proc
+  // and /sys, where a read may wait or set something off, and for a file that is one hole.
+  bool isStored = true;
 };
 
 // The entries of one directory, "." and ".." among them only if the system lists them. One thread
@@ -45,9 +55,45 @@ class CDirectoryListing {
   virtual SystemError Info(FileInfo& info) = 0;
 };
 
+// An open plain file that is read, from its start. One thread at a time.
+class CFileReader {
+ public:
+  virtual ~CFileReader() = default;
+  // Of the file that is open, whatever its name has come to mean since.
+  virtual SystemError Info(FileInfo& info) = 0;
+  // Appends the bytes from the position on, at most limit of them, and moves the position behind
+  // them. Fewer than limit may come at any time; none, with success, only at the end of the file.
+  virtual SystemError Read(size_t limit, std::string& bytes) = 0;
+  virtual SystemError Seek(uint64_t offset) = 0;
+};
+
+// A plain file that is being written. What its name stood for before stays in place, and whole,
+// until Commit; an object that goes without a Commit that succeeded leaves nothing behind. One
+// thread at a time.
+class CFileWriter {
+ public:
+  virtual ~CFileWriter() = default;
+  virtual SystemError Write(std::string_view bytes) = 0;
+  // Brings what was written to the disk, and then puts it in the name's place in one step. Only
+  // once. After a failure the name stands for what it stood for before.
+  virtual SystemError Commit() = 0;
+};
+
+// What a link in a path's last place means for an operation: the file that it leads to, or
+// kErrorAccessDenied. A link that leads nowhere is kErrorFileNotFound.
+enum class LastLink { Follow, Refuse };
+
+// What may stand where a file is written.
+enum class Existing {
+  Replace,  // a plain file: its attributes (and on Linux its owner and mode, where the system lets
+            // us set them) pass over to the new one
+  Refuse,   // nothing: kErrorFileExists otherwise, also when it came while we wrote
+};
+
 // All methods may be called from any thread. Paths are the machine's own, absolute, UTF-8; a
 // trailing separator is allowed on directories. "Not found" is kErrorFileNotFound for the last
-// part and kErrorPathNotFound for a directory on the way.
+// part and kErrorPathNotFound for a directory on the way. A machine that is only read answers every
+// change with kErrorWriteProtect.
 class CFileSystem {
  public:
   virtual ~CFileSystem() = default;
@@ -56,6 +102,28 @@ class CFileSystem {
   virtual SystemError Info(const std::string& path, FileInfo& info) = 0;
   // The short (8.3) form of a path. kErrorNotSupported where the file system has none.
   virtual SystemError ShortPath(const std::string& path, std::string& shortPath) = 0;
+  // Opens a plain file. kErrorAccessDenied for what is none, without waiting for anything.
+  virtual SystemError OpenFile(const std::string& path, LastLink lastLink,
+                               std::unique_ptr<CFileReader>& reader) = 0;
+
+  // Begins to write a plain file, whose directory must exist. A new file belongs to the caller; on
+  // Linux its mode follows the umask. With Existing::Replace a file that the caller may not write
+  // is refused with kErrorAccessDenied, also where the right to replace it in its directory would
+  // be there. With LastLink::Follow the file that the link leads to is written, and the link stays.
+  virtual SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
+                                 std::unique_ptr<CFileWriter>& writer) = 0;
+  // Removes a file, or a link but not what it leads to. kErrorAccessDenied for a directory.
+  virtual SystemError RemoveFile(const std::string& path) = 0;
+  // Makes one directory. kErrorAlreadyExists if there is anything of that name.
+  virtual SystemError MakeDirectory(const std::string& path) = 0;
+  // The file system flags of the volume that holds the path; none are known on Linux (0).
+  virtual SystemError VolumeFlags(const std::string& path, uint32_t& flags) = 0;
+  // Gives every user of the machine full access to a file or directory. Does nothing, with success,
+  // where files keep their owner's rights (Linux).
+  virtual SystemError GrantEveryone(const std::string& path) = 0;
+  // Has the system rename a path when it starts next; an empty target removes it. Only for a
+  // machine that can do that; kErrorCallNotImplemented otherwise.
+  virtual SystemError MoveAtBoot(const std::string& from, const std::string& to) = 0;
 };
 
 }  // namespace kestra

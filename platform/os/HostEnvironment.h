@@ -14,6 +14,9 @@ namespace kestra::os {
 
 std::optional<std::string> ReadEnvironment(const std::string& name);
 uint32_t CurrentProcessId();
+// Who runs this process, as "domain\\user"; on Linux the domain is the host's name, and a user
+// without an account has his number. Nothing if the system does not tell.
+std::optional<std::string> CurrentUserName();
 // Full path of the host's executable; empty if the system does not tell.
 std::string ExecutablePath();
 // Full path of the file that this code was loaded from: the library, or the executable that the

@@ -26,6 +26,17 @@ bool IsInActiveStatement(const ParseNode& node) {
   return true;
 }
 
+// A source may be asked many times in one query, by a sub-select for each row, say.
+void ReportSource(QueryReport& report, DiagModule& module, bool wasFilled) {
+  SourceReport source{module.GetName(), module.FormatArgs("", ",")};
+  for (const SourceReport& known : report.sources) {
+    if (known.moduleName == source.moduleName && known.arguments == source.arguments) return;
+  }
+  const FillSource now = module.FromCache ? FillSource::CacheFile : FillSource::Machine;
+  source.fill = wasFilled ? FillSource::Memory : now;
+  report.sources.push_back(std::move(source));
+}
+
 }  // namespace
 
 Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
@@ -40,8 +51,12 @@ Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& d
 
 bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {
   QueryContext& context = *node.Context;
-  return module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
-                           IsInActiveStatement(node), *context.Root, *context.Message);
+  const bool wasFilled = module.IsFilled();
+  const bool isFilled =
+      module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
+                        IsInActiveStatement(node), *context.Root, *context.Message);
+  if (isFilled) ReportSource(context.Report, module, wasFilled);
+  return isFilled;
 }
 
 bool ModuleRowSource::Run(Value& error) {

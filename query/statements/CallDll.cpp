@@ -1,8 +1,8 @@
 // CALLDLL and CALLDLLV: call an exported function of a library with strings, and take a string or a
 // list of strings back. Every failure is an Error without text.
 #include <list>
-#include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -39,11 +39,6 @@ os::NativeLibrary FindLibrary(const std::string& name) {
 
 using Callee = os::ByteString (*)(const char* strings, unsigned int reserved);
 
-struct FreeByteString {
-  void operator()(char* text) const { os::FreeByteString(text); }
-};
-using Answer = std::unique_ptr<char, FreeByteString>;
-
 // Appends the text of one element to the block of strings. False when the call ends here, with out
 // as its value.
 bool AppendText(Value& out, const Value& element, std::string& block, bool& result) {
@@ -76,30 +71,31 @@ bool GatherTexts(Value& out, const ValueVector& arguments, std::string& block, b
   return true;
 }
 
-// Runs the call of a node. Null when the action ends here, with out as its value.
-Answer Call(Value& out, ParseNode& node, bool& result) {
+// Runs the call of a node: the bytes of its answer. Nothing when the action ends here, with out as
+// its value.
+std::optional<std::string> Call(Value& out, ParseNode& node, bool& result) {
   std::string library, function;
   for (const auto& [symbol, pText] : {std::pair{2u, &library}, std::pair{4u, &function}}) {
     const Operand read = ReadString(node, out, symbol, *pText);
     if (read == Operand::Ready) continue;
     result = EndOperator(read);
-    return nullptr;
+    return std::nullopt;
   }
   result = Child(node, out, 5) && (out.IsVector() || out.IsUndefined() || out.IsAny());
   if (!result || !out.IsVector()) {
     if (!result) FailKeepingMessage(out);
-    return nullptr;
+    return std::nullopt;
   }
   const Value arguments = out;
   const auto callee = reinterpret_cast<Callee>(os::FindExport(FindLibrary(library), function));
   std::string block;
   if (!callee) {
     result = Fail(out);
-    return nullptr;
+    return std::nullopt;
   }
-  if (!GatherTexts(out, arguments.asVector(), block, result)) return nullptr;
+  if (!GatherTexts(out, arguments.asVector(), block, result)) return std::nullopt;
   // The string's own end is the NUL behind the last one.
-  Answer answer(callee(block.c_str(), 0));
+  std::optional<std::string> answer = os::CByteString::Take(callee(block.c_str(), 0)).Text();
   if (!answer) result = Fail(out);
   return answer;
 }
@@ -126,18 +122,17 @@ bool ReadStrings(Value& out, std::string_view bytes) {
 
 bool CallDll(Value& out, ParseNode& node) {
   bool result = false;
-  const Answer answer = Call(out, node, result);
+  const auto answer = Call(out, node, result);
   if (!answer) return result;
-  const std::string_view bytes(answer.get(), os::ByteStringLength(answer.get()));
-  out.SetString(std::string(bytes.substr(0, bytes.find('\0'))));
+  out.SetString(answer->substr(0, answer->find('\0')));
   return true;
 }
 
 bool CallDllV(Value& out, ParseNode& node) {
   bool result = false;
-  const Answer answer = Call(out, node, result);
+  const auto answer = Call(out, node, result);
   if (!answer) return result;
-  return ReadStrings(out, {answer.get(), os::ByteStringLength(answer.get())});
+  return ReadStrings(out, *answer);
 }
 
 }  // namespace kestra

@@ -1,14 +1,29 @@
-// DROP MODULE: forgets what modules have been filled with. It changes nothing on the machine and
-// needs no permission.
+// DROP MODULE: forgets what modules have been filled with, in memory and in the cache. It changes
+// nothing on the machine and needs no permission.
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/Arguments.h"
+#include "query/statements/Statement.h"
 
 namespace kestra {
+namespace {
+
+// The number of modules dropped is the value; entries of the cache that cannot be removed fail the
+// statement.
+bool EndDrop(Value& out, ParseNode& node, size_t count, std::string_view name,
+             const DiagParams* pArgs) {
+  ResultCache* pCache = node.Context->Root->Cache();
+  if (pCache && !pCache->ClearEntries(name, pArgs, *node.Context->Message)) {
+    return FailWithMessage(out, node);
+  }
+  out.SetNumber(static_cast<int32_t>(count));
+  return true;
+}
+
+}  // namespace
 
 bool DropAllModules(Value& out, ParseNode& node) {
-  out.SetNumber(static_cast<int32_t>(node.Context->Root->DropAll()));
-  return true;
+  return EndDrop(out, node, node.Context->Root->DropAll(), "*", nullptr);
 }
 
 bool DropModule(Value& out, ParseNode& node) {
@@ -20,8 +35,7 @@ bool DropModule(Value& out, ParseNode& node) {
   if (!Child(node, out, 3)) return FailKeepingMessage(out);
   const Value pairs = out;
   if (pairs.asVector().Count() == 0) {
-    out.SetNumber(static_cast<int32_t>(root.DropModules(name, nullptr)));
-    return true;
+    return EndDrop(out, node, root.DropModules(name, nullptr), name, nullptr);
   }
   const DiagClass* pClass = FindClass(node.Context->RootClass.get(), name);
   if (!pClass) return Fail(out);
@@ -32,8 +46,7 @@ bool DropModule(Value& out, ParseNode& node) {
     args.Set(Ref<DiagParam>(pClass->Args->Get(i)), false);
   }
   for (size_t i = 0; i < given.Count(); ++i) args.Set(Ref<DiagParam>(given.Get(i)), true);
-  out.SetNumber(static_cast<int32_t>(root.DropModules(name, &args)));
-  return true;
+  return EndDrop(out, node, root.DropModules(name, &args), pClass->Name, &args);
 }
 
 }  // namespace kestra

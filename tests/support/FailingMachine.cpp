@@ -30,6 +30,41 @@ class CFailingListing final : public CDirectoryListing {
   std::unique_ptr<CDirectoryListing> m_inner;
 };
 
+class CFailingReader final : public CFileReader {
+ public:
+  CFailingReader(CFaultPlan& plan, std::unique_ptr<CFileReader> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError Info(FileInfo& info) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Info(info); });
+  }
+  SystemError Read(size_t limit, std::string& bytes) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Read(limit, bytes); });
+  }
+  SystemError Seek(uint64_t offset) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Seek(offset); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  std::unique_ptr<CFileReader> m_inner;
+};
+
+class CFailingWriter final : public CFileWriter {
+ public:
+  CFailingWriter(CFaultPlan& plan, std::unique_ptr<CFileWriter> inner)
+      : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError Write(std::string_view bytes) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Write(bytes); });
+  }
+  SystemError Commit() override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->Commit(); });
+  }
+
+ private:
+  CFaultPlan& m_plan;
+  std::unique_ptr<CFileWriter> m_inner;
+};
+
 class CFailingFileSystem final : public CFileSystem {
  public:
   CFailingFileSystem(CFaultPlan& plan, CFileSystem& inner) : m_plan(plan), m_inner(inner) {}
@@ -48,6 +83,41 @@ class CFailingFileSystem final : public CFileSystem {
   }
   SystemError ShortPath(const std::string& path, std::string& shortPath) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner.ShortPath(path, shortPath); });
+  }
+  SystemError OpenFile(const std::string& path, LastLink lastLink,
+                       std::unique_ptr<CFileReader>& reader) override {
+    return Run(m_plan, Facility::Files, [&] {
+      std::unique_ptr<CFileReader> inner;
+      const SystemError error = m_inner.OpenFile(path, lastLink, inner);
+      if (error == kErrorSuccess)
+        reader = std::make_unique<CFailingReader>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+  SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
+                         std::unique_ptr<CFileWriter>& writer) override {
+    return Run(m_plan, Facility::Files, [&] {
+      std::unique_ptr<CFileWriter> inner;
+      const SystemError error = m_inner.BeginWrite(path, lastLink, existing, inner);
+      if (error == kErrorSuccess)
+        writer = std::make_unique<CFailingWriter>(m_plan, std::move(inner));
+      return error;
+    });
+  }
+  SystemError RemoveFile(const std::string& path) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.RemoveFile(path); });
+  }
+  SystemError MakeDirectory(const std::string& path) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.MakeDirectory(path); });
+  }
+  SystemError VolumeFlags(const std::string& path, uint32_t& flags) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.VolumeFlags(path, flags); });
+  }
+  SystemError GrantEveryone(const std::string& path) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.GrantEveryone(path); });
+  }
+  SystemError MoveAtBoot(const std::string& from, const std::string& to) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.MoveAtBoot(from, to); });
   }
 
  private:

@@ -1,16 +1,18 @@
 // A file system in memory, with the paths of either family.
 //
 //   CFakeFileSystem files('\\');
-//   files.Add("C:\\Windows\\win.ini", {.size = 92});
+//   files.Add("C:\\Windows\\win.ini", {.content = "[fonts]\r\n"});
 //
 // Windows paths compare without regard to the case of ASCII letters. All methods may be called from
-// any thread; a listing shows the directory as it was when it was opened.
+// any thread; a listing shows the directory as it was when it was opened, and a reader the file.
+// The public members are set before threads come to use it.
 #pragma once
 
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "platform/machine/FileSystem.h"
@@ -27,6 +29,9 @@ struct FakeFile {
   std::string shortPath{};  // empty: kErrorNotSupported
   bool vanishes = false;    // listed, but gone when it is asked for
   SystemError error = 0;    // given for every question about this file, by OpenDirectory too
+  bool isTrusted = true;
+  std::string linkTarget{};  // where a link leads, an absolute path; empty: nowhere
+  std::string content{};     // size follows it when there is any
 };
 
 class CFakeFileSystem final : public CFileSystem {
@@ -37,13 +42,33 @@ class CFakeFileSystem final : public CFileSystem {
                             std::unique_ptr<CDirectoryListing>& listing) override;
   SystemError Info(const std::string& path, FileInfo& info) override;
   SystemError ShortPath(const std::string& path, std::string& shortPath) override;
+  SystemError OpenFile(const std::string& path, LastLink lastLink,
+                       std::unique_ptr<CFileReader>& reader) override;
+  SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
+                         std::unique_ptr<CFileWriter>& writer) override;
+  SystemError RemoveFile(const std::string& path) override;
+  SystemError MakeDirectory(const std::string& path) override;
+  SystemError VolumeFlags(const std::string& path, uint32_t& flags) override;
+  SystemError GrantEveryone(const std::string& path) override;
+  SystemError MoveAtBoot(const std::string& from, const std::string& to) override;
 
   // For the script. The directories on the way are made.
   void Add(const std::string& path, FakeFile file);
   void AddDirectory(const std::string& path);
   void Remove(const std::string& path);
+  // What a file holds; empty if there is no such file.
+  std::string Content(const std::string& path) const;
+  // What GrantEveryone and MoveAtBoot were called with, in order.
+  std::vector<std::string> Granted() const;
+  std::vector<std::pair<std::string, std::string>> MovesAtBoot() const;
+
+  FileTime now{133'485'408'000'000'000};  // the write time of what is written: 2024-01-01
+  uint32_t volumeFlags = 0;
+  bool isReadOnly = false;  // every change is kErrorWriteProtect
 
  private:
+  friend class CFakeWriter;
+
   struct Entry {
     std::string name;
     FakeFile file;
@@ -54,10 +79,19 @@ class CFakeFileSystem final : public CFileSystem {
   // kErrorFileNotFound or kErrorPathNotFound, or what the file is scripted to answer.
   SystemError Find(const std::string& path, const Entry*& pEntry) const;
 
+  // The same behind the links in the last place.
+  SystemError FindFile(std::string& path, LastLink lastLink, const Entry*& pEntry) const;
+  SystemError CheckReplacement(std::string& path, LastLink lastLink, Existing existing) const;
+  // What a writer does at its end.
+  SystemError Put(const std::string& path, Existing existing, const std::string& content);
+  void Insert(const std::string& path, FakeFile file);
+
   char m_separator;
-  std::mutex m_lock;                       // guards the entries
+  mutable std::mutex m_lock;               // guards all that follows
   std::map<std::string, Entry> m_entries;  // by normalised path
   std::vector<std::string> m_order;        // the keys as they were added
+  std::vector<std::string> m_granted;
+  std::vector<std::pair<std::string, std::string>> m_movesAtBoot;
 };
 
 }  // namespace kestra::test

@@ -2,7 +2,6 @@
 
 #include <dirent.h>
 #include <fcntl.h>
-#include <pwd.h>
 #include <sys/stat.h>
 #include <sys/syscall.h>
 #include <unistd.h>
@@ -15,6 +14,7 @@
 #include <limits>
 #include <vector>
 
+#include "platform/linux/Account.h"
 #include "platform/linux/ErrnoMap.h"
 
 namespace kestra {
@@ -169,17 +169,8 @@ SystemError CProcReader::ReadUser(ProcessRecord& record) {
 const std::string& CProcReader::UserName(uint32_t uid) {
   const auto [entry, isNew] = m_userNames.try_emplace(uid);
   if (!isNew) return entry->second;
-  entry->second = std::to_string(uid);
-  std::vector<char> buffer(1024);
-  passwd account{};
-  passwd* pFound = nullptr;
-  constexpr size_t kMaxAccountBytes = 1024 * 1024;
-  int status = 0;
-  while ((status = getpwuid_r(uid, &account, buffer.data(), buffer.size(), &pFound)) == ERANGE &&
-         buffer.size() < kMaxAccountBytes) {
-    buffer.resize(buffer.size() * 2);
-  }
-  if (status == 0 && pFound) entry->second = pFound->pw_name;
+  const std::optional<Account> account = ReadAccount(uid);
+  entry->second = account ? account->name : std::to_string(uid);
   return entry->second;
 }
 

@@ -3,7 +3,6 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <signal.h>
-#include <sys/syscall.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -13,19 +12,12 @@
 #include <string_view>
 
 #include "platform/linux/ErrnoMap.h"
+#include "platform/linux/PidFd.h"
 #include "platform/linux/machine/Facilities.h"
 #include "platform/linux/machine/ProcReader.h"
 
 namespace kestra {
 namespace {
-
-// By number: the header that declares them lacks C linkage in glibc 2.36.
-int PidFdOpen(uint32_t pid) {
-  return static_cast<int>(syscall(SYS_pidfd_open, static_cast<pid_t>(pid), 0));
-}
-bool PidFdSendSignal(int pidFd, int signal) {
-  return syscall(SYS_pidfd_send_signal, pidFd, signal, nullptr, 0) == 0;
-}
 
 class CLinuxProcessList final : public CProcessList {
  public:

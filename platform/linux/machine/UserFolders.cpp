@@ -1,7 +1,6 @@
 #include "platform/linux/machine/UserFolders.h"
 
 #include <mntent.h>
-#include <pwd.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/linux/Account.h"
 #include "platform/os/HostEnvironment.h"
 #include "platform/os/HostFile.h"
 
@@ -37,13 +37,9 @@ std::string Below(const std::string& folder, const std::string& name) {
 
 std::optional<std::string> HomeFolder() {
   if (auto home = AbsoluteVariable("HOME")) return home;
-  std::vector<char> buffer(16 * 1024);
-  passwd account{};
-  passwd* pFound = nullptr;
-  if (getpwuid_r(geteuid(), &account, buffer.data(), buffer.size(), &pFound) != 0 || !pFound)
-    return std::nullopt;
-  if (!pFound->pw_dir || pFound->pw_dir[0] != '/') return std::nullopt;
-  return WithoutTrailingSeparators(pFound->pw_dir);
+  const std::optional<Account> account = ReadAccount(geteuid());
+  if (!account || !account->home.starts_with('/')) return std::nullopt;
+  return WithoutTrailingSeparators(account->home);
 }
 
 std::optional<std::string> BaseFolder(const char* variable, const std::string& fallback) {

@@ -9,6 +9,8 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/linux/Account.h"
+
 namespace kestra::os {
 namespace {
 
@@ -33,6 +35,13 @@ std::optional<std::string> ReadEnvironment(const std::string& name) {
   const char* value = std::getenv(name.c_str());
   if (!value) return std::nullopt;
   return std::string(value);
+}
+
+std::optional<std::string> CurrentUserName() {
+  char host[HOST_NAME_MAX + 1] = {};
+  if (gethostname(host, HOST_NAME_MAX) != 0) return std::nullopt;
+  const std::optional<Account> account = ReadAccount(geteuid());
+  return std::string(host) + "\\" + (account ? account->name : std::to_string(geteuid()));
 }
 
 uint32_t CurrentProcessId() {

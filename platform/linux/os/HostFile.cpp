@@ -9,6 +9,7 @@
 #include <cerrno>
 
 #include "platform/linux/ErrnoMap.h"
+#include "platform/linux/Trust.h"
 #include "platform/linux/UniqueFd.h"
 
 namespace kestra::os {
@@ -115,11 +116,7 @@ SystemError MakeDirectory(const std::string& path) {
 bool OthersCanWrite(const std::string& path) {
   struct stat status {};
   if (HasNul(path) || stat(path.c_str(), &status) != 0) return true;
-  if (status.st_uid != geteuid() && status.st_uid != 0) return true;
-  if (status.st_mode & S_IWOTH) return true;
-  // A group of the same number as its user is his alone, by the custom of most distributions.
-  const bool isUsersOwnGroup = status.st_gid == status.st_uid;
-  return (status.st_mode & S_IWGRP) != 0 && !isUsersOwnGroup;
+  return OthersCanChange(status.st_uid, status.st_gid, status.st_mode);
 }
 
 }  // namespace kestra::os

@@ -5,17 +5,51 @@
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <new>
 
 #include "include/kestra/plugin.h"
 
+namespace {
+
+// Stands before the bytes. The mark tells a string of ours from any other pointer that a library
+// may hand over by mistake, a literal say: that one then counts as an empty string, and is not
+// freed. Two NULs stand behind the bytes, as in OLE's strings.
+struct ByteStringHead {
+  uint32_t mark;
+  uint32_t length;
+};
+constexpr uint32_t kMark = 0x7274534B;
+
+// Null for null and for a pointer that is none of ours. Both words lie in one aligned unit before
+// the bytes, so that looking at them never touches a page that the pointer itself does not.
+ByteStringHead* HeadOf(BSTR text) {
+  if (reinterpret_cast<uintptr_t>(text) % (2 * sizeof(ByteStringHead)) != sizeof(ByteStringHead)) {
+    return nullptr;
+  }
+  auto* pHead = reinterpret_cast<ByteStringHead*>(text - sizeof(ByteStringHead));
+  return pHead->mark == kMark ? pHead : nullptr;
+}
+
+}  // namespace
+
 namespace kestra::os {
 
-NativeLibrary OpenLibrary(const std::string& name) {
-  return name.empty() ? nullptr : dlopen(name.c_str(), RTLD_NOW | RTLD_LOCAL | RTLD_NODELETE);
+NativeLibrary OpenLibrary(const std::string& name, LibraryUse use) {
+  const int flags = RTLD_NOW | RTLD_LOCAL | (use == LibraryUse::ForEver ? RTLD_NODELETE : 0);
+  return name.empty() ? nullptr : dlopen(name.c_str(), flags);
+}
+
+void CloseLibrary(NativeLibrary library) {
+  if (library) dlclose(library);
 }
 
 void* FindExport(NativeLibrary library, const std::string& name) {
   return library ? dlsym(library, name.c_str()) : nullptr;
+}
+
+ByteString MakeByteString(std::string_view bytes) {
+  if (bytes.size() > std::numeric_limits<uint32_t>::max()) return nullptr;
+  return SysAllocStringByteLen(bytes.data(), static_cast<uint32_t>(bytes.size()));
 }
 
 uint32_t ByteStringLength(ByteString text) {
@@ -26,24 +60,32 @@ void FreeByteString(ByteString text) {
   SysFreeString(text);
 }
 
+CByteString::CByteString(std::string_view bytes) : m_pText(MakeByteString(bytes)) {
+  if (!m_pText) throw std::bad_alloc();
+}
+
+CByteString CByteString::Take(ByteString text) {
+  CByteString taken;
+  if (HeadOf(text)) taken.m_pText = text;
+  return taken;
+}
+
+std::optional<std::string> CByteString::Text() const {
+  if (!m_pText) return std::nullopt;
+  return std::string(m_pText, ByteStringLength(m_pText));
+}
+
 }  // namespace kestra::os
-
-namespace {
-
-// The length stands before the bytes. Two NULs stand behind them, as in OLE's strings.
-constexpr size_t kHeadBytes = 8;  // keeps the bytes aligned
-
-}  // namespace
 
 extern "C" {
 
 BSTR SysAllocStringByteLen(const char* bytes, unsigned int length) {
-  if (length > std::numeric_limits<uint32_t>::max() - kHeadBytes - 2) return nullptr;
-  auto* pBlock = static_cast<char*>(std::malloc(kHeadBytes + length + 2));
+  if (length > std::numeric_limits<uint32_t>::max() - sizeof(ByteStringHead) - 2) return nullptr;
+  auto* pBlock = static_cast<char*>(std::malloc(sizeof(ByteStringHead) + length + 2));
   if (!pBlock) return nullptr;
-  const uint32_t stored = length;
-  std::memcpy(pBlock, &stored, sizeof stored);
-  char* pText = pBlock + kHeadBytes;
+  const ByteStringHead head{kMark, length};
+  std::memcpy(pBlock, &head, sizeof head);
+  char* pText = pBlock + sizeof head;
   if (bytes) {
     std::memcpy(pText, bytes, length);
   } else {
@@ -54,12 +96,14 @@ BSTR SysAllocStringByteLen(const char* bytes, unsigned int length) {
 }
 
 unsigned int SysStringByteLen(BSTR text) {
-  uint32_t stored = 0;
-  if (text) std::memcpy(&stored, text - kHeadBytes, sizeof stored);
-  return stored;
+  const ByteStringHead* pHead = HeadOf(text);
+  return pHead ? pHead->length : 0;
 }
 
 void SysFreeString(BSTR text) {
-  if (text) std::free(text - kHeadBytes);
+  ByteStringHead* pHead = HeadOf(text);
+  if (!pHead) return;
+  pHead->mark = 0;
+  std::free(pHead);
 }
 }

@@ -114,7 +114,10 @@ std::unique_ptr<CThreadHandle> StartThread(std::function<void()> body, size_t st
 }
 
 uint32_t CurrentThreadId() {
-  thread_local const auto id = static_cast<uint32_t>(gettid());
+  // The one thread of a forked child has a number of its own.
+  thread_local uint32_t id = 0;
+  [[maybe_unused]] static const int isKept = pthread_atfork(nullptr, nullptr, [] { id = 0; });
+  if (id == 0) id = static_cast<uint32_t>(gettid());
   return id;
 }
 

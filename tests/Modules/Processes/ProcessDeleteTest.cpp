@@ -20,7 +20,7 @@ Ref<CProcessItem> MakeItem(const Ref<CFakeMachine>& machine, const ProcessRecord
                            uint32_t closeTimeOutMs = kShortTimeOut) {
   const Ref<DiagClass> diagClass = kProcessClass.Get();
   auto item = MakeRef<CProcessItem>(diagClass, Ref<CMachine>(machine), closeTimeOutMs);
-  item->Fill(ProcessRecord(record), 0, ProcessDefs(*diagClass->Params));
+  item->Fill(ProcessRecord(record), 0, ProcessDefs(*diagClass->Params), nullptr);
   return item;
 }
 

@@ -48,17 +48,21 @@ void CChildProcess::Reap() {
   m_pid = -1;
 }
 
-bool RunAsOrdinaryUser(const std::function<bool()>& body) {
-  constexpr uid_t kNobody = 65534;
+int RunInChild(const std::function<int()>& body) {
   const pid_t child = fork();
-  if (child == 0) {
-    const bool isRoot = geteuid() == 0;
-    if (isRoot && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) _exit(2);
-    _exit(body() ? 0 : 1);
-  }
+  if (child == 0) _exit(body());
   int status = -1;
   waitpid(child, &status, 0);
-  return WIFEXITED(status) && WEXITSTATUS(status) == 0;
+  return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+}
+
+bool RunAsOrdinaryUser(const std::function<bool()>& body) {
+  constexpr uid_t kNobody = 65534;
+  return RunInChild([&] {
+           const bool isRoot = geteuid() == 0;
+           if (isRoot && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) return 2;
+           return body() ? 0 : 1;
+         }) == 0;
 }
 
 }  // namespace kestra::test

@@ -29,6 +29,10 @@ class CChildProcess {
   pid_t m_pid = -1;
 };
 
+// Runs body in a forked child and answers what it returned as the child's exit status, -1 if the
+// child did not get there.
+int RunInChild(const std::function<int()>& body);
+
 // Runs body in a forked child as a user without rights ("nobody") and answers whether it returned
 // true. As an ordinary user already, the child stays what it is.
 bool RunAsOrdinaryUser(const std::function<bool()>& body);

@@ -1,0 +1,106 @@
+#include "VLib/src/version/FileVersionInfo.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <memory>
+
+#include "VLib/src/text/Text.h"
+#include "VLib/src/version/PeFile.h"
+#include "VLib/src/version/VersionBlock.h"
+#include "platform/machine/FileSystem.h"
+
+namespace kestra {
+namespace {
+
+// What lies within the last read is not read again: the headers of a program come with one.
+class CFileSource final : public CByteSource {
+ public:
+  CFileSource(CFileReader& reader, const os::CWaitable* pTermination)
+      : m_reader(reader), m_pTermination(pTermination) {}
+
+  SystemError ReadAt(uint64_t offset, size_t length, std::string& bytes) override {
+    if (!Holds(offset, length)) {
+      const SystemError error = Fetch(offset, length);
+      if (error != kErrorSuccess) return error;
+    }
+    const uint64_t begin = std::min<uint64_t>(offset - m_offset, m_window.size());
+    bytes = m_window.substr(static_cast<size_t>(begin), length);
+    return kErrorSuccess;
+  }
+
+ private:
+  static constexpr size_t kLeastRead = 1024;
+
+  bool Holds(uint64_t offset, size_t length) const {
+    if (offset < m_offset || offset - m_offset > m_window.size()) return false;
+    return m_isAtEnd || m_window.size() - static_cast<size_t>(offset - m_offset) >= length;
+  }
+
+  SystemError Fetch(uint64_t offset, size_t length) {
+    m_window.clear();
+    m_isAtEnd = false;
+    m_offset = offset;
+    // A file is read from its start, so that the first read needs no seek.
+    SystemError error = offset == m_position ? kErrorSuccess : m_reader.Seek(offset);
+    while (error == kErrorSuccess && !m_isAtEnd && m_window.size() < length) {
+      if (m_pTermination && os::WaitAny({m_pTermination}, 0) == 0) {
+        error = kErrorCancelled;
+        break;
+      }
+      const size_t before = m_window.size();
+      error = m_reader.Read(std::max(length, kLeastRead) - before, m_window);
+      m_isAtEnd = m_window.size() == before;
+    }
+    m_position = offset + m_window.size();
+    if (error != kErrorSuccess) m_window.clear();
+    return error;
+  }
+
+  CFileReader& m_reader;
+  const os::CWaitable* m_pTermination;
+  std::string m_window;
+  uint64_t m_offset = 0;    // of the window
+  uint64_t m_position = 0;  // of the reader
+  bool m_isAtEnd = false;   // the window reaches the file's end
+};
+
+}  // namespace
+
+SystemError FileVersionInfo::Load(CMachine& machine, const std::string& path,
+                                  const os::CWaitable* pTermination) {
+  m_block.clear();
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles) return kErrorCallNotImplemented;
+  std::unique_ptr<CFileReader> reader;
+  SystemError error = pFiles->OpenFile(path, LastLink::Follow, reader);
+  if (error != kErrorSuccess) return error;
+  CFileSource source(*reader, pTermination);
+  error = ReadVersionResource(source, m_block);
+  if (error == kErrorSuccess && m_block.empty()) return kErrorResourceTypeNotFound;
+  return error;
+}
+
+std::optional<std::string> FileVersionInfo::GetString(std::string_view name) const {
+  const CVersionBlock block(m_block);
+  if (auto text = block.FindText(name)) return text;
+  const auto translation = block.FirstTranslation();
+  if (!translation) return std::nullopt;
+  return block.FindText(fmt::format("\\StringFileInfo\\{:08x}\\{}", *translation, name));
+}
+
+std::optional<std::string> FileVersionInfo::GetFixedVersion(uint32_t which) const {
+  const auto fixed = CVersionBlock(m_block).Fixed();
+  if (!fixed || (which != kProduct && which != kFile)) return std::nullopt;
+  const auto& parts = which == kProduct ? fixed->product : fixed->file;
+  return fmt::format("{}.{}.{}.{}", parts[0], parts[1], parts[2], parts[3]);
+}
+
+std::string FileVersionInfo::GetVersionText(uint32_t which) const {
+  const auto fixed = GetFixedVersion(which);
+  if (fixed && *fixed != "0.0.0.0") return *fixed;
+  const auto text = GetString(which == kProduct ? "ProductVersion" : "FileVersion");
+  return text ? std::string(TrimBlanks(*text)) : std::string();
+}
+
+}  // namespace kestra

@@ -1,0 +1,31 @@
+// The fill of a module with the cache before it.
+#include "model/cache/ResultCache.h"
+#include "model/root/Root.h"
+
+namespace kestra {
+
+bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bool anyUser,
+                            bool noRead, DiagRoot& root, QueryMessage& message) {
+  CAutoInterruptibleLock lock(Lock(), message.TerminationEvent());
+  if (!IsModule() || message.IsTerminated() || !lock.IsHeld()) return false;
+  if (IsInitialized && !bForce) {
+    if (!noRead || GetFillSource() != 2) return true;
+    FromCache = false;
+    return CVDiagItem::Init(bInitChild, true, message);
+  }
+  FromCache = false;
+  ResultCache* pCache = timeToLive == -1 ? nullptr : root.Cache();
+  ResultCache::Entry entry;
+  std::unique_ptr<os::CNamedLock> entryLock;
+  if (pCache && pCache->FindEntry(*this, root.CodeFileOf(GetName()), anyUser, message, entry)) {
+    entryLock = ResultCache::Lock(entry.path, message);
+  }
+  if (!entryLock) return CVDiagItem::Init(bInitChild, bForce, message);
+  if (!noRead && pCache->ReadEntry(entry, timeToLive, *this, message)) return FromCache = true;
+  // What is kept is always the whole tree.
+  if (!CVDiagItem::Init(true, bForce, message)) return false;
+  pCache->WriteEntry(entry, *this, message);
+  return !message.IsTerminated();
+}
+
+}  // namespace kestra

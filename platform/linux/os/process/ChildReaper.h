@@ -1,0 +1,11 @@
+// Waits for the children that nobody waits for any more.
+#pragma once
+
+#include "platform/linux/UniqueFd.h"
+
+namespace kestra::os {
+
+// Takes over a child by its pidfd. When it ends it is reaped, so that no zombie stays.
+void ReapWhenEnded(CUniqueFd pidFd);
+
+}  // namespace kestra::os

@@ -1,0 +1,50 @@
+// Memory and an event that names stand for, shared by the processes of one user (on Windows of one
+// machine): what a lock across processes is made of.
+//
+//   SharedRecord record;
+//   if (OpenSharedRecord("memory name", 16, "event name", record) == kErrorSuccess) ...
+//
+// While anybody holds the names open, everybody who opens them gets the same memory with what is in
+// it, and the same event; also when the one who wrote it has died since. When all are gone the next
+// one starts with zeros and an event that is not signalled.
+#pragma once
+
+#include <cstddef>
+#include <memory>
+#include <string>
+
+#include "platform/base/SystemError.h"
+#include "platform/os/Wait.h"
+
+namespace kestra::os {
+
+class CSharedMemory {
+ public:
+  virtual ~CSharedMemory() = default;
+  // Aligned for any type. Lives as long as this object.
+  virtual void* Data() = 0;
+};
+
+// An auto-reset event: one signal lets one waiter through, of whatever process. Any thread.
+class CSharedEvent : public CWaitable {
+ public:
+  virtual void Set() = 0;
+};
+
+struct SharedRecord {
+  std::unique_ptr<CSharedMemory> memory;
+  std::unique_ptr<CSharedEvent> event;
+};
+
+// Opens both, or neither. They are opened together so that a fresh memory never comes with an event
+// that a dying process has left signalled. Names may hold any bytes and have any length; those of
+// memories and of events are apart. size is 1 to 4096 bytes, and the same for all who open the name
+// (kErrorInvalidParameter otherwise). kErrorAccessDenied when there is no safe place for named
+// objects, kErrorTimeout when another process does not let us in within ten seconds.
+//
+// On Linux they are files where the named locks are (NamedLock.h). The files stay there when all
+// are gone, so names should be few.
+SystemError OpenSharedRecord(const std::string& memoryName, size_t size,
+                             const std::string& eventName, SharedRecord& record);
+
+}  // namespace kestra::os

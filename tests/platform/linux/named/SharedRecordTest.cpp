@@ -1,0 +1,135 @@
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstring>
+#include <thread>
+#include <vector>
+
+#include "platform/os/Event.h"
+#include "platform/os/SharedRecord.h"
+#include "tests/support/UniqueName.h"
+
+namespace kestra::os {
+namespace {
+
+using test::CUniqueName;
+
+// The names are apart: one may stand for a memory and for an event.
+SystemError Open(const std::string& name, SharedRecord& record, size_t size = 16) {
+  return OpenSharedRecord(name, size, name, record);
+}
+
+std::string Content(const SharedRecord& record) {
+  return {static_cast<const char*>(record.memory->Data()), 16};
+}
+
+TEST(SharedRecord, IsTheSameForAllWhoHaveItOpen) {
+  const CUniqueName name;
+  SharedRecord first;
+  SharedRecord second;
+  ASSERT_EQ(Open(name, first), kErrorSuccess);
+  EXPECT_EQ(Content(first), std::string(16, '\0'));
+  ASSERT_EQ(Open(name, second), kErrorSuccess);
+  std::memcpy(first.memory->Data(), "0123456789abcdef", 16);
+  EXPECT_EQ(Content(second), "0123456789abcdef");
+  first.event->Set();
+  EXPECT_EQ(WaitAny({second.event.get()}, 0), 0);
+  EXPECT_EQ(WaitAny({first.event.get()}, 0), kWaitTimeOut);  // taken by the other
+  first.event->Set();
+  first.event->Set();
+  EXPECT_EQ(WaitAny({first.event.get()}, 0), 0);
+  EXPECT_EQ(WaitAny({second.event.get()}, 0), kWaitTimeOut);  // two signals were one
+}
+
+TEST(SharedRecord, IsKeptWhileAnybodyHasItOpen) {
+  const CUniqueName name;
+  SharedRecord first;
+  SharedRecord second;
+  ASSERT_EQ(Open(name, first), kErrorSuccess);
+  ASSERT_EQ(Open(name, second), kErrorSuccess);
+  std::memcpy(first.memory->Data(), "0123456789abcdef", 16);
+  first.event->Set();
+  first = {};
+  ASSERT_EQ(Open(name, first), kErrorSuccess);
+  EXPECT_EQ(Content(first), "0123456789abcdef");
+  EXPECT_EQ(WaitAny({first.event.get()}, 0), 0);
+}
+
+TEST(SharedRecord, BeginsAfreshWhenAllAreGone) {
+  const CUniqueName name;
+  SharedRecord record;
+  ASSERT_EQ(Open(name, record), kErrorSuccess);
+  std::memcpy(record.memory->Data(), "0123456789abcdef", 16);
+  record.event->Set();
+  record = {};
+  ASSERT_EQ(Open(name, record), kErrorSuccess);
+  EXPECT_EQ(Content(record), std::string(16, '\0'));
+  EXPECT_EQ(WaitAny({record.event.get()}, 0), kWaitTimeOut);
+  // Of one that is being left the event may live a little longer than the memory.
+  record.event->Set();
+  record.memory.reset();
+  SharedRecord fresh;
+  ASSERT_EQ(Open(name, fresh), kErrorSuccess);
+  EXPECT_EQ(WaitAny({fresh.event.get()}, 0), kWaitTimeOut);
+}
+
+TEST(SharedRecord, RefusesSizesThatDoNotFit) {
+  const CUniqueName name;
+  SharedRecord record;
+  EXPECT_EQ(Open(name, record, 0), kErrorInvalidParameter);
+  EXPECT_EQ(Open(name, record, 4097), kErrorInvalidParameter);
+  ASSERT_EQ(Open(name, record, 4096), kErrorSuccess);
+  SharedRecord other;
+  EXPECT_EQ(Open(name, other, 16), kErrorInvalidParameter);
+  EXPECT_EQ(other.memory, nullptr);
+  EXPECT_EQ(other.event, nullptr);
+}
+
+TEST(SharedRecord, OneSignalLetsOneWaiterThrough) {
+  const CUniqueName name;
+  std::atomic<int> woken{0};
+  CEvent stop;
+  std::vector<std::thread> waiters;
+  for (int i = 0; i < 4; ++i) {
+    waiters.emplace_back([&] {
+      SharedRecord record;
+      ASSERT_EQ(Open(name, record), kErrorSuccess);
+      while (WaitAny({record.event.get(), &stop}, kInfinite) == 0) ++woken;
+    });
+  }
+  SharedRecord record;
+  ASSERT_EQ(Open(name, record), kErrorSuccess);
+  for (int signal = 1; signal <= 200; ++signal) {
+    record.event->Set();
+    for (int i = 0; i < 5000 && woken != signal; ++i) WaitAny({&stop}, 1);
+    ASSERT_EQ(woken, signal);
+  }
+  stop.Set();
+  for (std::thread& waiter : waiters) waiter.join();
+  EXPECT_EQ(woken, 200);
+}
+
+// Everybody who comes writes his mark; nobody may find another's gone while he is there.
+TEST(SharedRecord, OpeningsAtOnceDoNotResetEachOther) {
+  const CUniqueName name;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&, i] {
+      for (int round = 0; round < 200; ++round) {
+        SharedRecord record;
+        ASSERT_EQ(Open(name, record), kErrorSuccess);
+        auto* const words = static_cast<uint32_t*>(record.memory->Data());
+        const std::atomic_ref<uint32_t> word(words[i]);
+        word.store(1);
+        SharedRecord another;
+        ASSERT_EQ(Open(name, another), kErrorSuccess);
+        ASSERT_EQ(word.load(), 1u);
+        word.store(0);
+      }
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace kestra::os
