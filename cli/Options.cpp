@@ -16,14 +16,14 @@ const std::map<std::string, Format>& FormatNames() {
                                                       {"text", Format::Text},
                                                       {"csv", Format::Csv},
                                                       {"json", Format::Json},
-                                                      {"jsonl", Format::JsonLines}};
+                                                      {"jsonl", Format::JsonLines},
+                                                      {"xml", Format::Xml}};
   return names;
 }
 
 std::string CheckFormat(const std::string& name) {
   if (FormatNames().contains(name)) return {};
-  if (name == "xml") return "xml cannot be written yet: choose table, text, csv, json or jsonl";
-  return name + " is no format: choose table, text, csv, json or jsonl";
+  return name + " is no format: choose table, text, csv, json, jsonl or xml";
 }
 
 struct RawOptions {
@@ -37,7 +37,7 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
       ->excludes("QUERY");
   app.add_option("--format", raw.format,
                  "table (default on a terminal), text (default otherwise, and for scripts), csv, "
-                 "json or jsonl")
+                 "json, jsonl or xml")
       ->option_text("FORMAT")
       ->check(CheckFormat);
   app.add_flag("--active", options.allowActive, "Allow statements that change the machine");

@@ -15,6 +15,8 @@ void Render(kestra_value* value, const std::vector<std::string>& columns,
       return RenderJson(value, columns, false, output);
     case Format::JsonLines:
       return RenderJson(value, columns, true, output);
+    case Format::Xml:
+      return RenderXml(value, columns, output);
   }
 }
 

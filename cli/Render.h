@@ -9,7 +9,7 @@
 
 namespace kestra::cli {
 
-enum class Format { Table, Text, Csv, Json, JsonLines };
+enum class Format { Table, Text, Csv, Json, JsonLines, Xml };
 
 struct RenderOptions {
   Format format = Format::Text;
@@ -36,5 +36,7 @@ void RenderCsv(kestra_value* value, const std::vector<std::string>& columns, COu
 // A JSON document; with lines, one document per row.
 void RenderJson(kestra_value* value, const std::vector<std::string>& columns, bool lines,
                 COutput& output);
+// An XML document; items with all that is below them.
+void RenderXml(kestra_value* value, const std::vector<std::string>& columns, COutput& output);
 
 }  // namespace kestra::cli

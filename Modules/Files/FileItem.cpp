@@ -1,5 +1,7 @@
 #include "Modules/Files/FileItem.h"
 
+#include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "Modules/Files/FileClasses.h"
@@ -52,6 +54,11 @@ constexpr VersionProperty kVersionProperties[] = {
     {"ProductName", "ProductName"},
 };
 
+// Nothing else is opened for its version.
+bool MayBeProgram(const FileInfo& info) {
+  return info.kind == FileKind::File && info.isStored && info.size >= kLeastProgramSize;
+}
+
 std::string JoinPath(std::string directory, const std::string& name, char separator) {
   if (!directory.empty() && directory.back() != separator) directory += separator;
   return directory += name;
@@ -85,7 +92,7 @@ CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string n
       m_name(std::move(name)),
       m_info(std::move(info)) {}
 
-bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
+bool CFileItem::Init(bool /*bInitChild*/) {
   Children.Clear();
   Params.Clear();
   IsInitialized = false;
@@ -109,19 +116,9 @@ bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
     Params.Set(MakeRef<DiagParam>(defs.pShortPathName, std::move(shortPath)), false);
   }
   Params.Set(MakeRef<DiagParam>(defs.pFileName, m_name), false);
-  if (info) {
-    FillFromVersion(*info, message);
-    FillFrom(*info);
-  }
+  if (info) FillFrom(*info);
+  if (info && MayBeProgram(*info)) Params.Defer(*this);
   return IsInitialized = true;
-}
-
-// Only what can be a program is opened; a file that cannot be read shows the same as one that has
-// no such resource. A cancel shows in the message, which whoever fills looks at.
-void CFileItem::FillFromVersion(const FileInfo& info, QueryMessage& message) {
-  if (info.kind != FileKind::File || !info.isStored || info.size < kLeastProgramSize) return;
-  SetVersionProperties(Params, kVersionProperties, *m_poMachine, m_path,
-                       message.TerminationEvent());
 }
 
 void CFileItem::FillFrom(const FileInfo& info) {
@@ -133,6 +130,16 @@ void CFileItem::FillFrom(const FileInfo& info) {
   SetTime(Params, defs.pLastAccessTime, info.lastAccessTime);
   SetTime(Params, defs.pLastWriteTime, info.lastWriteTime);
   Params.Set(MakeRef<DiagParam>(defs.pAttributes, AttributeOptions(info.attributes)), false);
+}
+
+bool CFileItem::MayHold(const DiagParamDef& def) const {
+  return std::any_of(std::begin(kVersionProperties), std::end(kVersionProperties),
+                     [&](const VersionProperty& property) { return def.Name == property.name; });
+}
+
+// A file that cannot be read shows the same as one that has no such resource.
+void CFileItem::ReadLate(DiagParams& values) {
+  SetVersionProperties(values, kVersionProperties, *m_poMachine, m_path, nullptr);
 }
 
 }  // namespace kestra

@@ -3,7 +3,8 @@
 //   auto file = MakeRef<CFileItem>(machine, "/etc/", "hosts", infoOfTheListing);
 //   if (!file->Init(false, false, message)) { if (file->HasVanished()) ... }
 //
-// What it shows comes from the file system, and from the version resource of a file that has one.
+// What it shows comes from the file system, and from the version resource of a file that has one;
+// the file is opened when somebody looks at a property that may come out of that.
 // The short name of a system that has none, and the file's text stay unset.
 #pragma once
 
@@ -17,7 +18,7 @@
 
 namespace kestra {
 
-class CFileItem : public CVDiagItem {
+class CFileItem : public CVDiagItem, private CLateValues {
  public:
   // directory may end in the machine's path separator or not. info is what a listing has said of
   // the file already: the first filling takes it and does not ask again.
@@ -31,14 +32,15 @@ class CFileItem : public CVDiagItem {
   // and then HasVanished() is true. A file that is there and may not be read has its path and its
   // name, and the answer is true.
   using CVDiagItem::Init;
-  bool Init(bool bInitChild, QueryMessage& message) override;
+  bool Init(bool bInitChild) override;
 
   // The last filling found no such file: no row, and no failure either.
   bool HasVanished() const { return m_hasVanished; }
 
  private:
   void FillFrom(const FileInfo& info);
-  void FillFromVersion(const FileInfo& info, QueryMessage& message);
+  bool MayHold(const DiagParamDef& def) const override;
+  void ReadLate(DiagParams& values) override;
 
   const Ref<DiagClass> m_poClass;
   const Ref<CMachine> m_poMachine;

@@ -4,8 +4,8 @@
 //   kestra --plugins DIR --active "INSERT Notes(File='/home/me/notes').Note (Text) VALUES ('call
 //   Ann')" kestra --plugins DIR --active "UPDATE Notes(File='/home/me/notes').Note SET Done = 'yes'
 //                                  WHERE Text = 'call Ann'"
-//   kestra --plugins DIR --active "EXECUTE Action(SELECT * FROM Notes(File='/home/me/notes'),
-//   'Tidy')"
+//   kestra --plugins DIR --active "EXECUTE Action(SELECT * FROM Notes(File='/home/me/notes').Notes,
+//                                  'Tidy')"
 //
 // A line of the file is a note; one that is done begins with "x ".
 #include <cstdio>

@@ -8,8 +8,9 @@
  *
  * The functions may be called from several threads at once, but for GetModuleNames and
  * GetModuleTypeInfo, which are called by one at a time. A library is never unloaded once one of its
- * modules was used. When a query is cancelled, a call may go on by itself while nobody waits for it
- * any more.
+ * modules was used, so a new build of it goes in place by a rename: writing into the file itself
+ * pulls the ground from under every process that has it loaded. When a query is cancelled, a call
+ * may go on by itself while nobody waits for it any more.
  *
  * ---- A plug-in ----
  *
@@ -50,8 +51,8 @@
  * ---- Its texts ----
  *
  * are trees of sections. "[name]" opens a section and "[]" closes it; "key = value" stands for one
- * value; lines are trimmed, empty lines and those that begin with ";" count for nothing. A value may
- * stand in double quotes, which keeps its blanks. A value cannot hold a line end.
+ * value; lines are trimmed, empty lines and those that begin with ";" count for nothing. A value
+ * may stand in double quotes, which keeps its blanks. A value cannot hold a line end.
  *
  * GetModuleTypeInfo gives the section of the module's class, and in it, each where there is one:
  *
@@ -81,17 +82,17 @@
  *      []
  *     []
  *    []
- *    [Station]                  any other section: a class of items below, with all of the above and
- *     _CanBeAdded = 1           whether INSERT may make one
- *     _CanBeDeleted = 1         whether DELETE may remove one
+ *    [Station]                  any other section: a class of items below, with all of the above
+ * and _CanBeAdded = 1           whether INSERT may make one _CanBeDeleted = 1         whether
+ * DELETE may remove one
  *    []
  *   []
  *
- * GetModule gives the section of the module: a value for each property that is known (an Enum by its
- * number, a Bitmask by its bits, a Datime in seconds since 1970 UTC), and a section for each item
- * below it, named by its class. Besides, with an underscore: _ModuleId, and _IsInitialized = 0 when
- * what is there is not whole, which fails the query. A value that the class does not declare, or a
- * section of no class, makes the whole answer void.
+ * GetModule gives the section of the module: a value for each property that is known (an Enum by
+ * its number, a Bitmask by its bits, a Datime in seconds since 1970 UTC), and a section for each
+ * item below it, named by its class. Besides, with an underscore: _ModuleId, and _IsInitialized = 0
+ * when what is there is not whole, which fails the query. A value that the class does not declare,
+ * or a section of no class, makes the whole answer void.
  *
  * Update gets, and gives back, sections without a name around them:
  *
@@ -105,8 +106,8 @@
  *   []
  *   [_Ops]
  *    _Active = 1                changes are allowed; there is no call without it
- *    _Termination = 12          a handle that is signalled when the query is cancelled (a descriptor
- *                               that becomes readable; to be polled, never read); -1 for none
+ *    _Termination = 12          a handle that is signalled when the query is cancelled (a
+ * descriptor that becomes readable; to be polled, never read); -1 for none
  *   []
  *
  * and the answer:
@@ -129,9 +130,9 @@
  * - strings is a series of strings, each ended by a NUL, with one more NUL behind the last; for no
  *   arguments it is that one NUL. It is valid during the call only.
  * - reserved is 0.
- * - It returns a byte string, which the caller releases, or null for failure. CALLDLL takes the text
- *   up to its first NUL. CALLDLLV takes a series of strings like the argument, within the string's
- *   length.
+ * - It returns a byte string, which the caller releases, or null for failure. CALLDLL takes the
+ * text up to its first NUL. CALLDLLV takes a series of strings like the argument, within the
+ * string's length.
  */
 #ifndef KESTRA_PLUGIN_H
 #define KESTRA_PLUGIN_H

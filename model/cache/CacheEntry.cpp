@@ -47,18 +47,23 @@ bool ReadsBack(const std::string& dump, DiagModule& module, QueryMessage& messag
   return LoadModule(dump, *copy, message) && IsSameContent(module, *copy, message);
 }
 
+// Whether a file that was written then is good enough now.
+bool IsFresh(FileTime written, std::optional<int32_t> timeToLive) {
+  if (!timeToLive) return true;
+  const uint64_t age = static_cast<uint64_t>(*timeToLive) * kTicksPerSecond;
+  return written.ticks + age >= os::SystemTimeAsFileTime().ticks;
+}
+
 }  // namespace
 
-bool ResultCache::ReadFile(const std::string& path, int32_t timeToLive, std::string& bytes,
-                           QueryMessage& message) {
+bool ResultCache::ReadFile(const std::string& path, std::optional<int32_t> timeToLive,
+                           std::string& bytes, QueryMessage& message) {
   constexpr size_t kChunk = 1 << 20;
   std::unique_ptr<CFileReader> reader;
   FileInfo info;
   if (Files().OpenFile(path, LastLink::Refuse, reader) != kErrorSuccess) return false;
   if (reader->Info(info) != kErrorSuccess || !info.isTrusted) return false;
-  const uint64_t goodUntil =
-      info.lastWriteTime.ticks + static_cast<uint64_t>(timeToLive) * kTicksPerSecond;
-  if (goodUntil < os::SystemTimeAsFileTime().ticks) return false;
+  if (!IsFresh(info.lastWriteTime, timeToLive)) return false;
   for (size_t before = 0;;) {
     if (message.IsTerminated() || reader->Read(kChunk, bytes) != kErrorSuccess) return false;
     if (bytes.size() == before) return true;
@@ -76,10 +81,12 @@ bool ResultCache::ReadEntry(const Entry& entry, int32_t timeToLive, DiagModule& 
 
 bool ResultCache::WriteFile(const std::string& path, std::string_view bytes) {
   std::unique_ptr<CFileWriter> writer;
-  SystemError error = Files().BeginWrite(path, LastLink::Refuse, Existing::Replace, writer);
+  SystemError error =
+      Files().BeginWrite(path, LastLink::Refuse, Existing::Replace, NewRights::OwnerOnly, writer);
   if (error == kErrorAccessDenied && Files().RemoveFile(path) == kErrorSuccess) {
     // Ours, but not to be written any more.
-    error = Files().BeginWrite(path, LastLink::Refuse, Existing::Replace, writer);
+    error =
+        Files().BeginWrite(path, LastLink::Refuse, Existing::Replace, NewRights::OwnerOnly, writer);
   }
   if (error != kErrorSuccess || writer->Write(bytes) != kErrorSuccess) return false;
   if (writer->Commit() != kErrorSuccess) return false;

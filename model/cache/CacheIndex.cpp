@@ -34,12 +34,6 @@ std::string TextOf(const CfgNode& key) {
   return text;
 }
 
-// A key with a line end in an argument, say, would never be found again.
-bool ReadsBack(const CfgNode& key, const std::string& text) {
-  CfgNode read;
-  return read.LoadText(text, 0, CfgLayout::Cfg) && IsSameSection(read, key);
-}
-
 bool IsEntryOf(const CfgNode& section, std::string_view moduleName, const CfgNode* pArgs) {
   if (section.GetText("Module") != moduleName) return false;
   if (!pArgs) return true;
@@ -77,7 +71,7 @@ bool ResultCache::MakeSureOfDirectory() {
   FileInfo info;
   if (m_directory.size() <= 3) return true;  // a volume's root, or nearly
   if (Files().Info(m_directory, info) == kErrorSuccess) return true;
-  const SystemError error = Files().MakeDirectory(m_directory);
+  const SystemError error = Files().MakeDirectory(m_directory, NewRights::OwnerOnly);
   if (error == kErrorAlreadyExists) return true;
   if (error != kErrorSuccess) return false;
   if (m_hasAcls) Files().GrantEveryone(m_directory);
@@ -85,37 +79,38 @@ bool ResultCache::MakeSureOfDirectory() {
 }
 
 bool ResultCache::LoadIndex(CfgNode& index, QueryMessage& message) {
-  FileInfo info;
-  if (Files().Info(IndexPath(), info) != kErrorSuccess || !info.isTrusted) return false;
-  return index.LoadFile(Files(), IndexPath(), {}, CfgMode::All, 0, CfgLayout::Cfg,
-                        message.TerminationEvent());
+  std::string text;
+  return ReadFile(IndexPath(), std::nullopt, text, message) &&
+         index.LoadText(text, 0, CfgLayout::Cfg, message.TerminationEvent());
 }
 
-bool ResultCache::SaveIndex(CfgNode& index, QueryMessage& message) {
-  const bool isSaved =
-      index.SaveFile(Files(), IndexPath(), 0, false, CfgLayout::Cfg, message.TerminationEvent());
-  if (isSaved && m_hasAcls) Files().GrantEveryone(IndexPath());
-  return isSaved;
+bool ResultCache::SaveIndex(const CfgNode& index) {
+  std::string text;
+  index.Dump(text, 0, 0, CfgLayout::Cfg);
+  return WriteFile(IndexPath(), text);
 }
 
-// Takes a number whose name stands for nothing: an index that was lost may have left files behind
-// that belong to other keys.
-bool ResultCache::AddToIndex(CfgNode& index, const CfgNode& key, QueryMessage& message,
-                             std::string& name) {
+// Whether a name stands for nothing: an index that was lost may have left files behind that belong
+// to other keys.
+bool ResultCache::TakeName(const CfgNode& index, const std::string& name) {
+  if (index.Section(name)) return false;
+  const SystemError error = Files().RemoveFile(PathOf(name + ".cfg"));
+  return error == kErrorSuccess || error == kErrorFileNotFound;
+}
+
+bool ResultCache::AddToIndex(CfgNode& index, const CfgNode& key, std::string& name) {
   constexpr int kMostTries = 1000;
   auto number = static_cast<uint32_t>(index.GetNumber("LastFileNumber"));
   for (int i = 0; i < kMostTries; ++i, ++number) {
     name = fmt::format("{}_{}", key.GetText("Module"), number);
-    if (index.Section(name)) continue;
-    const SystemError error = Files().RemoveFile(PathOf(name + ".cfg"));
-    if (error == kErrorSuccess || error == kErrorFileNotFound) break;
-    if (i == kMostTries - 1) return false;
+    if (!TakeName(index, name)) continue;
+    CfgNode& section = index.AddSection(name);
+    section.Values = key.Values;
+    section.Children = key.Children;
+    index.SetNumber("LastFileNumber", static_cast<int32_t>(number + 1));
+    return SaveIndex(index);
   }
-  CfgNode& section = index.AddSection(name);
-  section.Values = key.Values;
-  section.Children = key.Children;
-  index.SetNumber("LastFileNumber", static_cast<int32_t>(number + 1));
-  return SaveIndex(index, message);
+  return false;
 }
 
 bool ResultCache::FindEntry(DiagModule& module, const std::string& codeFile, bool anyUser,
@@ -127,8 +122,9 @@ bool ResultCache::FindEntry(DiagModule& module, const std::string& codeFile, boo
   const Ref<CfgNode> key = MakeCacheKey(module.GetName(), *module.Args);
   key->SetText("Binary", code);
   key->SetText("User", *user);
+  // A key with a line end in an argument, say, would never be found again.
+  if (!key->ReadsBack(0, CfgLayout::Cfg)) return false;
   entry.key = TextOf(*key);
-  if (!ReadsBack(*key, entry.key)) return false;
 
   const auto lock = Lock(IndexPath(), message);
   if (!lock) return false;
@@ -143,7 +139,7 @@ bool ResultCache::FindEntry(DiagModule& module, const std::string& codeFile, boo
     return false;
   }
   std::string name;
-  if (!AddToIndex(index, *key, message, name)) return false;
+  if (!AddToIndex(index, *key, name)) return false;
   entry.path = PathOf(name + ".cfg");
   return true;
 }
@@ -182,7 +178,7 @@ bool ResultCache::ClearEntries(std::string_view moduleName, const DiagParams* pA
   }
   if (removed == 0) return isDone;
   if (!index.Children.empty()) {
-    SaveIndex(index, message);
+    SaveIndex(index);
   } else {
     Files().RemoveFile(IndexPath());
   }

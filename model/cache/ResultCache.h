@@ -15,6 +15,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -63,10 +64,11 @@ class ResultCache : public CCounted<ResultCache> {
   std::string IndexPath() const { return PathOf("CACHE.CFG"); }
   bool MakeSureOfDirectory();
   bool LoadIndex(CfgNode& index, QueryMessage& message);
-  bool SaveIndex(CfgNode& index, QueryMessage& message);
-  bool AddToIndex(CfgNode& index, const CfgNode& key, QueryMessage& message, std::string& name);
+  bool SaveIndex(const CfgNode& index);
+  bool TakeName(const CfgNode& index, const std::string& name);
+  bool AddToIndex(CfgNode& index, const CfgNode& key, std::string& name);
   bool RemoveEntryFile(const std::string& sectionName, QueryMessage& message);
-  bool ReadFile(const std::string& path, int32_t timeToLive, std::string& bytes,
+  bool ReadFile(const std::string& path, std::optional<int32_t> timeToLive, std::string& bytes,
                 QueryMessage& message);
   bool WriteFile(const std::string& path, std::string_view bytes);
 

@@ -1,6 +1,8 @@
 // Parameters: the values of one item.
 #pragma once
 
+#include <memory>
+#include <mutex>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,14 +42,28 @@ class DiagParam : public CCounted<DiagParam> {
   bool Differs(const DiagParam& other) const;
 };
 
-// The values of one item, in the order of setting.
+class DiagParams;
+
+// Values that are dear to read, such as what lies in a file's content. Whoever reads the parameters
+// sees no difference but the time.
+class CLateValues {
+ public:
+  virtual ~CLateValues() = default;
+  // Whether one of that declaration may be among them. From any thread.
+  virtual bool MayHold(const DiagParamDef& def) const = 0;
+  // Sets them. Called once at most, on the thread that looks first; another one that looks
+  // meanwhile waits for it.
+  virtual void ReadLate(DiagParams& values) = 0;
+};
+
+// The values of one item, in the order of setting; late ones stand behind all others.
 class DiagParams : public CCounted<DiagParams> {
  public:
   DiagParams() = default;
   explicit DiagParams(Ref<const DiagParamDefs> defs) : m_poDefs(std::move(defs)) {}
 
   const Ref<const DiagParamDefs>& Defs() const { return m_poDefs; }
-  size_t Count() const { return m_values.size(); }
+  size_t Count() const { return m_values.size() + (m_pLate ? LateValues().size() : 0); }
   // Null beyond the end.
   DiagParam* Get(size_t index) const;
   // The first of that name; null if there is none.
@@ -56,7 +72,10 @@ class DiagParams : public CCounted<DiagParams> {
   // With replace, a parameter of the same name gives up its place; otherwise it is appended. A null
   // reference adds nothing.
   void Set(Ref<DiagParam> param, bool replace);
-  void Clear() { m_values.clear(); }
+  void Clear();
+  // Leaves to source, which must live as long as these parameters, what nobody may ever look at. To
+  // be called at the end of a filling.
+  void Defer(CLateValues& source);
   void Reserve(size_t count) { m_values.reserve(count); }
   void Bind(Ref<const DiagParamDefs> defs);
   // At the first value that is outside its declaration: raises 11002 and answers false.
@@ -75,7 +94,17 @@ class DiagParams : public CCounted<DiagParams> {
   DiagParam* SetTime(std::string_view name, FileTime time);
 
  private:
-  std::vector<Ref<DiagParam>> m_values;
+  using Values = std::vector<Ref<DiagParam>>;
+  struct Late {
+    std::once_flag isRead;
+    CLateValues* pSource;
+    Values values;  // written under isRead
+  };
+  Values& LateValues() const;  // read now, if they were not before; only if there are any
+  void TakeLate();
+
+  Values m_values;
+  std::unique_ptr<Late> m_pLate;  // null for nearly every item
   Ref<const DiagParamDefs> m_poDefs;
 };
 

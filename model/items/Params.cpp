@@ -5,13 +5,11 @@
 #include "model/items/QueryMessage.h"
 
 namespace kestra {
+namespace {
 
-DiagParam* DiagParams::Get(size_t index) const {
-  return index < m_values.size() ? m_values[index].get() : nullptr;
-}
-
-DiagParam* DiagParams::Find(std::string_view name, bool ignoreCase) const {
-  for (const auto& value : m_values) {
+DiagParam* FindIn(const std::vector<Ref<DiagParam>>& values, std::string_view name,
+                  bool ignoreCase) {
+  for (const auto& value : values) {
     if (!value->Def) continue;
     const std::string& own = value->Def->Name;
     if (ignoreCase ? EqualsNoCase(own, name) : own == name) return value.get();
@@ -19,15 +17,64 @@ DiagParam* DiagParams::Find(std::string_view name, bool ignoreCase) const {
   return nullptr;
 }
 
-DiagParam* DiagParams::Find(const DiagParamDef& def) const {
-  for (const auto& value : m_values) {
+DiagParam* FindIn(const std::vector<Ref<DiagParam>>& values, const DiagParamDef& def) {
+  for (const auto& value : values) {
     if (value->Def.get() == &def) return value.get();
   }
   return nullptr;
 }
 
+}  // namespace
+
+DiagParam* DiagParams::Get(size_t index) const {
+  if (index < m_values.size()) return m_values[index].get();
+  if (!m_pLate) return nullptr;
+  const Values& late = LateValues();
+  index -= m_values.size();
+  return index < late.size() ? late[index].get() : nullptr;
+}
+
+DiagParam* DiagParams::Find(std::string_view name, bool ignoreCase) const {
+  DiagParam* pFound = FindIn(m_values, name, ignoreCase);
+  if (pFound || !m_pLate) return pFound;
+  const DiagParamDef* pDef = m_poDefs ? m_poDefs->Find(name, ignoreCase) : nullptr;
+  return pDef && m_pLate->pSource->MayHold(*pDef) ? FindIn(LateValues(), *pDef) : nullptr;
+}
+
+DiagParam* DiagParams::Find(const DiagParamDef& def) const {
+  DiagParam* pFound = FindIn(m_values, def);
+  if (pFound || !m_pLate || !m_pLate->pSource->MayHold(def)) return pFound;
+  return FindIn(LateValues(), def);
+}
+
+void DiagParams::Clear() {
+  m_values.clear();
+  m_pLate.reset();
+}
+
+void DiagParams::Defer(CLateValues& source) {
+  m_pLate = std::make_unique<Late>();
+  m_pLate->pSource = &source;
+}
+
+DiagParams::Values& DiagParams::LateValues() const {
+  std::call_once(m_pLate->isRead, [this] {
+    DiagParams values(m_poDefs);
+    m_pLate->pSource->ReadLate(values);
+    m_pLate->values = std::move(values.m_values);
+  });
+  return m_pLate->values;
+}
+
+void DiagParams::TakeLate() {
+  if (!m_pLate) return;
+  for (auto& value : LateValues()) m_values.push_back(std::move(value));
+  m_pLate.reset();
+}
+
 void DiagParams::Set(Ref<DiagParam> param, bool replace) {
   if (!param) return;
+  if (replace) TakeLate();
   if (replace && param->Def) {
     for (auto& value : m_values) {
       if (value->Def && EqualsNoCase(value->Def->Name, param->Def->Name)) {
@@ -40,14 +87,15 @@ void DiagParams::Set(Ref<DiagParam> param, bool replace) {
 }
 
 void DiagParams::Bind(Ref<const DiagParamDefs> defs) {
-  m_values.clear();
+  Clear();
   m_poDefs = std::move(defs);
 }
 
 bool DiagParams::CheckValues(QueryMessage& message) const {
-  for (const auto& value : m_values) {
-    if (value->IsValid()) continue;
-    message.RaiseMessage(11002, {value->Def ? value->Def->Name : std::string(), std::string()});
+  for (size_t i = 0; i < Count(); ++i) {
+    const DiagParam& value = *Get(i);
+    if (value.IsValid()) continue;
+    message.RaiseMessage(11002, {value.Def ? value.Def->Name : std::string(), std::string()});
     return false;
   }
   return true;

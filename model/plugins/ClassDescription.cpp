@@ -30,7 +30,8 @@ bool ReadDeclaration(const CfgNode& node, DiagParamDefs& defs) {
   const ParamType type = ParamTypeFromName(node.GetText("Type"));
   std::string options;
   if (type == ParamType::None || !ReadOptions(node, options)) return false;
-  defs.Add(node.Name, type, options.c_str(), node.GetNumber("_CanBeChanged") == 1);
+  defs.Add(node.Name, type, options.empty() ? nullptr : options.c_str(),
+           node.GetNumber("_CanBeChanged") == 1);
   return true;
 }
 

@@ -102,9 +102,9 @@ void DiagPlugin::ClearModule(const std::string& moduleId) {
   if (CanClear()) m_pClearModule(os::CByteString(moduleId).get(), 0);
 }
 
-Ref<DiagPlugin> DiagPluginMap::Find(std::string_view name) const {
+const DiagPluginMap::Entry* DiagPluginMap::Find(std::string_view name) const {
   for (const Entry& entry : m_entries) {
-    if (EqualsNoCase(entry.name, name)) return entry.plugin;
+    if (EqualsNoCase(entry.name, name)) return &entry;
   }
   return nullptr;
 }

@@ -78,8 +78,8 @@ class DiagPluginMap {
   // directory, or it cannot be read; the map is then empty. A library that is no plug-in, does not
   // load or names no modules is passed over.
   bool Scan(const std::string& directory, CMachine& machine);
-  // By name in any case; null if there is none.
-  Ref<DiagPlugin> Find(std::string_view name) const;
+  // By name in any case; null if there is none. Lives until the next scan.
+  const Entry* Find(std::string_view name) const;
   const std::vector<Entry>& Entries() const { return m_entries; }
 
  private:

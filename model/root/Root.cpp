@@ -51,14 +51,15 @@ bool DiagRoot::SetCacheDir(const std::string& directory) {
   return true;
 }
 
-Ref<DiagPlugin> DiagRoot::FindPlugin(std::string_view name) {
+std::optional<DiagPluginMap::Entry> DiagRoot::FindPlugin(std::string_view name) {
   std::lock_guard lock(m_rootLock);
-  return m_plugins.Find(name);
+  const DiagPluginMap::Entry* pEntry = m_plugins.Find(name);
+  return pEntry ? std::optional(*pEntry) : std::nullopt;
 }
 
 std::string DiagRoot::CodeFileOf(std::string_view moduleName) {
-  const Ref<DiagPlugin> plugin = FindPlugin(moduleName);
-  return plugin ? plugin->Path : std::string();
+  const auto entry = FindPlugin(moduleName);
+  return entry ? entry->plugin->Path : std::string();
 }
 
 std::vector<std::string> DiagRoot::PluginNames() {
@@ -77,8 +78,8 @@ Ref<DiagClass> DiagRoot::GetTypeInfo() {
     if (diagClass) root->AddChildClass(std::move(diagClass));
   };
   for (const ModuleRow& row : m_table) {
-    const Ref<DiagPlugin> plugin = m_plugins.Find(row.pClass->name);
-    add(plugin ? plugin->GetClass(row.pClass->name) : row.pClass->Get());
+    const DiagPluginMap::Entry* pEntry = m_plugins.Find(row.pClass->name);
+    add(pEntry ? pEntry->plugin->GetClass(pEntry->name) : row.pClass->Get());
   }
   for (const auto& entry : m_plugins.Entries()) {
     if (!FindRow(entry.name)) add(entry.plugin->GetClass(entry.name));
@@ -88,16 +89,16 @@ Ref<DiagClass> DiagRoot::GetTypeInfo() {
 }
 
 Ref<DiagClass> DiagRoot::GetModuleClass(std::string_view name) {
-  if (const Ref<DiagPlugin> plugin = FindPlugin(name)) return plugin->GetClass(name);
+  if (const auto entry = FindPlugin(name)) return entry->plugin->GetClass(entry->name);
   const ModuleRow* pRow = FindRow(name);
   return pRow ? pRow->pClass->Get() : nullptr;
 }
 
 Ref<DiagModule> DiagRoot::CreateModule(std::string_view name) {
-  if (Ref<DiagPlugin> plugin = FindPlugin(name)) {
-    Ref<DiagClass> diagClass = plugin->GetClass(name);
+  if (const auto entry = FindPlugin(name)) {
+    Ref<DiagClass> diagClass = entry->plugin->GetClass(entry->name);
     if (!diagClass) return nullptr;
-    return MakeRef<PluginModule>(std::move(diagClass), m_poMachine, std::move(plugin));
+    return MakeRef<PluginModule>(std::move(diagClass), m_poMachine, entry->plugin);
   }
   const ModuleRow* pRow = FindRow(name);
   if (!pRow) return nullptr;

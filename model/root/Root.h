@@ -8,6 +8,7 @@
 #pragma once
 
 #include <mutex>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -76,7 +77,8 @@ class DiagRoot : public CVDiagItem {
   static bool ParseStar(std::string_view text, ListEntry& star);
   static bool ParseEntry(std::string_view text, ListEntry& entry);
   bool ParseModuleList(std::vector<ListEntry>& entries);
-  Ref<DiagPlugin> FindPlugin(std::string_view name);
+  // Who makes the modules of a name, and how it spells that; nothing for a built-in one.
+  std::optional<DiagPluginMap::Entry> FindPlugin(std::string_view name);
   const ModuleRow* FindRow(std::string_view name) const;
   std::vector<std::string> PluginNames();
   bool InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message, bool& filled);

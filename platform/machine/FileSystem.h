@@ -37,7 +37,7 @@ struct FileInfo {
   FileTime lastAccessTime{};
   FileTime lastWriteTime{};
   // Nobody but the caller and the machine's administrator can have written it: it is theirs, and
-  // others have no right to write. Always true where access lists settle that.
+  // others have no right to write. Always true where access lists settle that, never for a link.
   bool isTrusted = true;
   // There are bytes behind it. Not so for what a system makes up while it is read, as below /proc
   // and /sys, where a read may wait or set something off, and for a file that is one hole.
@@ -86,8 +86,14 @@ enum class LastLink { Follow, Refuse };
 // What may stand where a file is written.
 enum class Existing {
   Replace,  // a plain file: its attributes (and on Linux its owner and mode, where the system lets
-            // us set them) pass over to the new one
+            // us set them) pass over to the new one; another hard link keeps what it held
   Refuse,   // nothing: kErrorFileExists otherwise, also when it came while we wrote
+};
+
+// Who gets at what is newly made. Where access lists settle that, the directory's decides for both.
+enum class NewRights {
+  Usual,      // as the system does it: on Linux by the umask
+  OwnerOnly,  // the caller alone
 };
 
 // All methods may be called from any thread. Paths are the machine's own, absolute, UTF-8; a
@@ -106,16 +112,17 @@ class CFileSystem {
   virtual SystemError OpenFile(const std::string& path, LastLink lastLink,
                                std::unique_ptr<CFileReader>& reader) = 0;
 
-  // Begins to write a plain file, whose directory must exist. A new file belongs to the caller; on
-  // Linux its mode follows the umask. With Existing::Replace a file that the caller may not write
-  // is refused with kErrorAccessDenied, also where the right to replace it in its directory would
-  // be there. With LastLink::Follow the file that the link leads to is written, and the link stays.
+  // Begins to write a plain file, whose directory must exist. A new file belongs to the caller;
+  // rights are of no account for one that is replaced. With Existing::Replace a file that the
+  // caller may not write is refused with kErrorAccessDenied, also where the right to replace it in
+  // its directory would be there. With LastLink::Follow the file that the link leads to is written,
+  // and the link stays.
   virtual SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
-                                 std::unique_ptr<CFileWriter>& writer) = 0;
+                                 NewRights rights, std::unique_ptr<CFileWriter>& writer) = 0;
   // Removes a file, or a link but not what it leads to. kErrorAccessDenied for a directory.
   virtual SystemError RemoveFile(const std::string& path) = 0;
   // Makes one directory. kErrorAlreadyExists if there is anything of that name.
-  virtual SystemError MakeDirectory(const std::string& path) = 0;
+  virtual SystemError MakeDirectory(const std::string& path, NewRights rights) = 0;
   // The file system flags of the volume that holds the path; none are known on Linux (0).
   virtual SystemError VolumeFlags(const std::string& path, uint32_t& flags) = 0;
   // Gives every user of the machine full access to a file or directory. Does nothing, with success,

@@ -23,6 +23,11 @@ class CEvent final : public CWaitable, public CCounted<CEvent> {
   // False when the system had no more handles: the event then works for IsSet but ends no wait.
   bool IsValid() const { return m_handle != kNoHandle; }
   NativeHandle Native() const override { return m_handle; }
+  // Who waited for the event sees what was done before it was set, whatever it is by now.
+  bool Consume() const override {
+    [[maybe_unused]] const bool isStillSet = IsSet();
+    return true;
+  }
 
  private:
   std::atomic<bool> m_isSet{false};

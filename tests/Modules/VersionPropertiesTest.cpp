@@ -33,8 +33,8 @@ std::string ShowFile(const Ref<CMachine>& machine) {
 const std::string kHead = "Path=C:\\x\\a.dll FileName=a.dll ";
 const std::string kStrings =
     "FileDescription=Wetterf\u00fchler \U0001F326 Copyright=(c) 2004 Comments=Diagnostic plugin "
-    "CompanyName=Example Works InternalName=wf OriginalFilename=SAMPLE.DLL ProductName=Weather ";
-const std::string kTail = "Size=3584 Attributes=0";
+    "CompanyName=Example Works InternalName=wf OriginalFilename=SAMPLE.DLL ProductName=Weather";
+const std::string kTail = "Size=3584 Attributes=0";  // and what is read late stands behind
 
 TEST(VersionProperties, OfFiles) {
   const std::string sample = Sample();
@@ -42,9 +42,9 @@ TEST(VersionProperties, OfFiles) {
   zero.replace(kFixed + 8, 16, 16, '\0');
   const std::pair<FakeFile, std::string> cases[] = {
       {{.content = sample},
-       kHead + "FileVersion=1.2.3.65535 ProductVersion=4.0.5.6 " + kStrings + kTail},
+       kHead + kTail + " FileVersion=1.2.3.65535 ProductVersion=4.0.5.6 " + kStrings},
       // The string of the file's version is "1.2 beta", which is no version.
-      {{.content = zero}, kHead + "ProductVersion=4.0 " + kStrings + kTail},
+      {{.content = zero}, kHead + kTail + " ProductVersion=4.0 " + kStrings},
       {{.content = std::string(3584, 'x')}, kHead + kTail},
   };
   for (const auto& [file, expected] : cases) {
@@ -86,8 +86,11 @@ TEST(VersionProperties, OnlyWhatCanBeAProgramIsOpened) {
     machine->FailCall(0, kErrorSuccess);
     QueryMessage message;
     EXPECT_TRUE(file->Init(false, false, message));
+    EXPECT_TRUE(file->Params.Find("Size", false));
+    EXPECT_FALSE(file->Params.Find("FileText", false));
+    EXPECT_EQ(machine->Calls(), 1u);  // for the short name, and nobody looked yet
     EXPECT_EQ(file->Params.Find("FileVersion", false) != nullptr, isOpened);
-    EXPECT_EQ(machine->Calls() > 1, isOpened);  // one for the short name
+    EXPECT_EQ(machine->Calls() > 1, isOpened);
   }
 }
 

@@ -32,7 +32,7 @@ class Expressions(CommandTest):
 class Usage(CommandTest):
     def test_wrong_usage(self):
         cases = [
-            ["--no-such-option", "1"], ["--format", "xml", "1"], ["--format", "", "1"],
+            ["--no-such-option", "1"], ["--format", "yaml", "1"], ["--format", "", "1"],
             ["--format"], ["--timeout", "soon", "1"], ["--timeout", "-1", "1"],
             ["--timeout", "4294967296", "1"], ["--log", "/no/such/directory", "1"],
             ["--log", "/etc/passwd", "1"], ["-f", "/no/such/file"], ["-f", "/etc"],

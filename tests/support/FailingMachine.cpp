@@ -95,10 +95,10 @@ class CFailingFileSystem final : public CFileSystem {
     });
   }
   SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
-                         std::unique_ptr<CFileWriter>& writer) override {
+                         NewRights rights, std::unique_ptr<CFileWriter>& writer) override {
     return Run(m_plan, Facility::Files, [&] {
       std::unique_ptr<CFileWriter> inner;
-      const SystemError error = m_inner.BeginWrite(path, lastLink, existing, inner);
+      const SystemError error = m_inner.BeginWrite(path, lastLink, existing, rights, inner);
       if (error == kErrorSuccess)
         writer = std::make_unique<CFailingWriter>(m_plan, std::move(inner));
       return error;
@@ -107,8 +107,8 @@ class CFailingFileSystem final : public CFileSystem {
   SystemError RemoveFile(const std::string& path) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner.RemoveFile(path); });
   }
-  SystemError MakeDirectory(const std::string& path) override {
-    return Run(m_plan, Facility::Files, [&] { return m_inner.MakeDirectory(path); });
+  SystemError MakeDirectory(const std::string& path, NewRights rights) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.MakeDirectory(path, rights); });
   }
   SystemError VolumeFlags(const std::string& path, uint32_t& flags) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner.VolumeFlags(path, flags); });

@@ -137,7 +137,8 @@ SystemError CFakeFileSystem::OpenFile(const std::string& path, LastLink lastLink
 }
 
 SystemError CFakeFileSystem::BeginWrite(const std::string& path, LastLink lastLink,
-                                        Existing existing, std::unique_ptr<CFileWriter>& writer) {
+                                        Existing existing, NewRights,
+                                        std::unique_ptr<CFileWriter>& writer) {
   std::lock_guard guard(m_lock);
   std::string target = path;
   const SystemError error = CheckReplacement(target, lastLink, existing);
@@ -160,7 +161,7 @@ SystemError CFakeFileSystem::RemoveFile(const std::string& path) {
   return kErrorSuccess;
 }
 
-SystemError CFakeFileSystem::MakeDirectory(const std::string& path) {
+SystemError CFakeFileSystem::MakeDirectory(const std::string& path, NewRights) {
   std::lock_guard guard(m_lock);
   const Entry* pEntry = nullptr;
   const SystemError error = Find(path, pEntry);

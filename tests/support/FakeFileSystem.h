@@ -45,9 +45,9 @@ class CFakeFileSystem final : public CFileSystem {
   SystemError OpenFile(const std::string& path, LastLink lastLink,
                        std::unique_ptr<CFileReader>& reader) override;
   SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
-                         std::unique_ptr<CFileWriter>& writer) override;
+                         NewRights rights, std::unique_ptr<CFileWriter>& writer) override;
   SystemError RemoveFile(const std::string& path) override;
-  SystemError MakeDirectory(const std::string& path) override;
+  SystemError MakeDirectory(const std::string& path, NewRights rights) override;
   SystemError VolumeFlags(const std::string& path, uint32_t& flags) override;
   SystemError GrantEveryone(const std::string& path) override;
   SystemError MoveAtBoot(const std::string& from, const std::string& to) override;

@@ -7,16 +7,12 @@ std::map<Folder, std::string> WindowsFolders() {
   return {{Folder::Windows, "C:\\Windows"},
           {Folder::System, "C:\\Windows\\System32"},
           {Folder::Temp, "C:\\Temp"},
-          {Folder::Inf, "C:\\Windows\\INF"},
-          {Folder::Desktop, "C:\\Users\\Ann\\Desktop"},
           {Folder::Programs, "C:\\Users\\Ann\\Programs"},
           {Folder::Startup, "C:\\Users\\Ann\\Startup"},
           {Folder::AppData, "C:\\Users\\Ann\\Data"},
           {Folder::CommonAppData, "C:\\Data"},
           {Folder::ProgramFiles, "C:\\Program Files"},
-          {Folder::ProgramFiles32, "C:\\Program Files"},
-          {Folder::CdDrive, "D:"},
-          {Folder::SystemDrive, "C:"}};
+          {Folder::CdDrive, "E:"}};
 }
 
 std::map<Folder, std::string> LinuxFolders() {
@@ -27,12 +23,33 @@ std::map<Folder, std::string> LinuxFolders() {
 
 }  // namespace
 
+WindowsVersion VersionOfKind(uint32_t kind) {
+  constexpr uint32_t kWorkstation = 1, kServer = 3;
+  const WindowsVersion versions[] = {
+      {.platformId = 3},
+      {.platformId = 0, .major = 1, .minor = 30},
+      {.platformId = 1, .major = 4, .minor = 0},
+      {.platformId = 1, .major = 4, .minor = 10},
+      {.platformId = 1, .major = 4, .minor = 10, .text = " A "},
+      {.platformId = 1, .major = 4, .minor = 90},
+      {.platformId = 2, .major = 3, .minor = 51},
+      {.platformId = 2, .major = 4, .minor = 0},
+      {.platformId = 2, .major = 5, .minor = 0, .productType = kWorkstation},
+      {.platformId = 2, .major = 5, .minor = 1, .productType = kWorkstation},
+      {.platformId = 2, .major = 5, .minor = 2, .productType = kServer},
+      {.platformId = 2, .major = 6, .minor = 0, .productType = kWorkstation},
+      {.platformId = 2, .major = 6, .minor = 0, .productType = kServer},
+      {.platformId = 2, .major = 5, .minor = 2, .productType = kServer, .isServerR2 = true},
+  };
+  return versions[kind];
+}
+
 CFakeSystemFacts::CFakeSystemFacts(SystemFamily systemFamily) : family(systemFamily) {
   if (family == SystemFamily::Windows) {
-    systemClass = 9;
+    windows = VersionOfKind(9);
     folders = WindowsFolders();
   } else {
-    wordWidth = 2;
+    width.isWide = true;
     maxPath = 4096;
     folders = LinuxFolders();
   }

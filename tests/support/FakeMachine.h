@@ -16,22 +16,25 @@
 
 namespace kestra::test {
 
+// A system that GetOsKind gives this number for.
+WindowsVersion VersionOfKind(uint32_t kind);
+
 // Plain members, set before the machine is used.
 class CFakeSystemFacts final : public CSystemFacts {
  public:
   explicit CFakeSystemFacts(SystemFamily systemFamily);
 
   SystemFamily Family() const override { return family; }
-  uint32_t SystemClass() const override { return systemClass; }
-  uint32_t WordWidth() const override { return wordWidth; }
+  std::optional<WindowsVersion> Windows() const override { return windows; }
+  SystemWidth Width() const override { return width; }
   std::string ComputerName() const override { return computerName; }
   std::optional<std::string> FolderPath(Folder folder) const override;
   char PathSeparator() const override { return family == SystemFamily::Windows ? '\\' : '/'; }
   size_t MaxPath() const override { return maxPath; }
 
   SystemFamily family;
-  uint32_t systemClass = 0;
-  uint32_t wordWidth = 1;
+  std::optional<WindowsVersion> windows;
+  SystemWidth width{.isKnown = true, .isRedirected = false};
   std::string computerName = "FAKE";
   size_t maxPath = 260;
   std::map<Folder, std::string> folders;

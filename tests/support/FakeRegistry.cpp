@@ -55,8 +55,9 @@ class CFakeRegistryKey final : public CRegistryKey {
   CFakeRegistryKey(CFakeRegistry& registry, KeyPointer key)
       : m_registry(registry), m_key(std::move(key)) {}
 
-  SystemError OpenSubKey(const std::string& path, uint32_t,
+  SystemError OpenSubKey(const std::string& path, uint32_t access,
                          std::unique_ptr<CRegistryKey>& key) override {
+    m_registry.lastAccess = access;
     return Guarded([&] { return Open(Walk(m_key, path, false), key); });
   }
   SystemError CreateSubKey(const std::string& path, uint32_t,

@@ -8,6 +8,7 @@
 // methods may be called from any thread.
 #pragma once
 
+#include <atomic>
 #include <map>
 #include <memory>
 #include <mutex>
@@ -56,6 +57,9 @@ class CFakeRegistry final : public CRegistry {
   void DenyKey(RegistryRoot root, const std::string& path, SystemError error);
   // Null if there is no such key.
   std::shared_ptr<FakeRegistryKey> Find(RegistryRoot root, const std::string& path);
+
+  // The access that the last key was opened with. There is one tree for every view.
+  std::atomic<uint32_t> lastAccess{0};
 
  private:
   friend class CFakeRegistryKey;

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "VLib/src/threads/Optex.h"
+#include "platform/os/Clock.h"
 #include "platform/os/NamedLock.h"
 #include "tests/support/TempDirectory.h"
 
@@ -12,7 +13,9 @@ namespace kestra::test {
 inline constexpr uint32_t kLockWaitMs = 20'000;
 
 inline void CountUp(const std::string& file) {
-  WriteWholeFile(file, std::to_string(std::stoi(ReadWholeFile(file)) + 1));
+  const int number = std::stoi(ReadWholeFile(file));
+  os::Sleep(1);  // room for somebody who does not wait for his turn
+  WriteWholeFile(file, std::to_string(number + 1));
 }
 
 // False when the lock was not to be had in good time.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "VLib/src/paths/MachineFolder.h"
 #include "VLib/src/text/Text.h"
 #include "platform/machine/Machine.h"
 #include "platform/machine/SystemFacts.h"
@@ -48,14 +49,13 @@ std::string Join(const std::string& folder, std::string_view rest, char separato
   return folder + std::string(rest);
 }
 
-bool ExpandToken(std::string_view text, std::string& out, const CSystemFacts& system,
-                 PathTokens tokens) {
+bool ExpandToken(std::string_view text, std::string& out, CMachine& machine, PathTokens tokens) {
   const PathToken* token = FindToken(text, tokens);
   if (!token) return false;
-  const std::optional<std::string> folder = system.FolderPath(token->folder);
+  const std::optional<std::string> folder = MachineFolder(token->folder, machine);
   if (!folder && !token->mayBeAbsent) return false;
-  out =
-      Join(folder.value_or(std::string()), text.substr(token->word.size()), system.PathSeparator());
+  out = Join(folder.value_or(std::string()), text.substr(token->word.size()),
+             machine.System().PathSeparator());
   return true;
 }
 
@@ -68,11 +68,9 @@ bool ExpandPath(const std::string& in, std::string& out, CMachine& machine, Path
   // "/" a backslash is a character like any other.
   if (system.PathSeparator() == '/' && text.find('/') == std::string::npos)
     std::replace(text.begin(), text.end(), '\\', '/');
-  if (text.starts_with('%')) return ExpandToken(text, out, system, tokens);
+  if (text.starts_with('%')) return ExpandToken(text, out, machine, tokens);
   if (system.PathSeparator() == '\\' && text.starts_with('\\') && !text.starts_with("\\\\")) {
-    const std::optional<std::string> drive = system.FolderPath(Folder::SystemDrive);
-    if (!drive) return false;
-    text.insert(0, *drive);
+    text.insert(0, MachineFolder(Folder::SystemDrive, machine).value_or(std::string()));
   }
   out = std::move(text);
   return true;

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "VLib/src/paths/WininitFile.h"
+#include "VLib/src/system/OsKind.h"
 #include "platform/machine/FileSystem.h"
 #include "platform/machine/SystemFacts.h"
 
@@ -16,9 +17,6 @@ namespace {
 // Deeper than any path that the functions of Windows take has folders.
 constexpr int kMaximumDepth = 512;
 constexpr size_t kMaximumIniBytes = 1 << 20;
-// The system classes of the 9x family, and the first one of the NT family.
-constexpr uint32_t kFirst9x = 2;
-constexpr uint32_t kFirstNt = 6;
 
 std::atomic<bool> g_isRestartNeeded{false};
 
@@ -132,8 +130,9 @@ SystemError RenameOn9x(CMachine& machine, CFileSystem& files, const std::string&
   if (error == kErrorSuccess || isNew) error = AddRenameLine(content, target + "=" + source);
   std::unique_ptr<CFileWriter> writer;
   if (error == kErrorSuccess)
-    error = files.BeginWrite(iniPath, LastLink::Refuse,
-                             isNew ? Existing::Refuse : Existing::Replace, writer);
+    error =
+        files.BeginWrite(iniPath, LastLink::Refuse, isNew ? Existing::Refuse : Existing::Replace,
+                         NewRights::Usual, writer);
   if (error == kErrorSuccess) error = writer->Write(content);
   return error == kErrorSuccess ? writer->Commit() : error;
 }
@@ -143,12 +142,12 @@ SystemError RenameOn9x(CMachine& machine, CFileSystem& files, const std::string&
 SystemError RenameAtBoot(CMachine& machine, const std::string& from, const std::string& to,
                          const os::CWaitable* pTermination) {
   CFileSystem* const pFiles = machine.Files();
-  const uint32_t systemClass = machine.System().SystemClass();
-  if (!pFiles || systemClass < kFirst9x) return kErrorCallNotImplemented;
+  const uint32_t systemClass = GetOsKind(machine);
+  if (!pFiles || systemClass < kFirst9xKind) return kErrorCallNotImplemented;
   FileInfo info;
   SystemError error = pFiles->Info(from, info);
   if (error != kErrorSuccess) return error;
-  if (systemClass < kFirstNt) {
+  if (systemClass < kFirstNtKind) {
     const bool isDirectory = (info.attributes & kFileAttributeDirectory) != 0;
     error = RenameOn9x(machine, *pFiles, from, to, isDirectory);
   } else {

@@ -14,11 +14,14 @@ namespace kestra {
 namespace {
 
 // The system's width is the kernel's: a process of 32 bits may run on a system of 64.
-uint32_t KernelWidth() {
-  if (sizeof(void*) == 8) return 2;
+SystemWidth KernelWidth() {
+  constexpr bool kIsNarrow = sizeof(void*) < 8;
+  SystemWidth width;
   utsname names{};
-  if (uname(&names) != 0) return 0;
-  return std::string_view(names.machine).find("64") != std::string_view::npos ? 2 : 1;
+  width.isKnown = !kIsNarrow || uname(&names) == 0;
+  width.isWide = !kIsNarrow || std::string_view(names.machine).find("64") != std::string_view::npos;
+  width.isRedirected = kIsNarrow && width.isWide;
+  return width;
 }
 
 std::string TemporaryFolder() {
@@ -30,8 +33,8 @@ std::string TemporaryFolder() {
 class CLinuxSystemFacts final : public CSystemFacts {
  public:
   SystemFamily Family() const override { return SystemFamily::Linux; }
-  uint32_t SystemClass() const override { return 0; }
-  uint32_t WordWidth() const override { return KernelWidth(); }
+  std::optional<WindowsVersion> Windows() const override { return std::nullopt; }
+  SystemWidth Width() const override { return KernelWidth(); }
   std::string ComputerName() const override {
     char name[HOST_NAME_MAX + 1] = {};
     if (gethostname(name, sizeof name - 1) != 0) return std::string();
@@ -63,7 +66,7 @@ class CLinuxSystemFacts final : public CSystemFacts {
       case Folder::ProgramFiles32:
         return "/opt";
       case Folder::ProgramFiles64:
-        return WordWidth() == 2 ? std::optional("/opt") : std::nullopt;
+        return KernelWidth().isWide ? std::optional("/opt") : std::nullopt;
       case Folder::CdDrive:
         return CdDriveFolder();
       case Folder::SystemDrive:

@@ -39,18 +39,22 @@ TEST(ExpandPath, OnWindows) {
       {"%programfiles%\\A", "C:\\Program Files\\A"},
       {"%programfiles64%\\A", "\\A"},  // absent here: nothing, and the rest of the text
       {"%systemdrive%\\a", "C:\\a"},
-      {"%cddrive%", "D:"},
+      {"%cddrive%", "E:"},
   };
   for (const PathCase& test : cases) EXPECT_EQ(Expand(test.in, *machine), test.out) << test.in;
-  machine->system.folders.erase(Folder::Inf);
-  machine->system.folders.erase(Folder::SystemDrive);
-  EXPECT_EQ(Expand("%inf%\\a.inf", *machine), std::nullopt);
-  EXPECT_EQ(Expand("\\Windows", *machine), std::nullopt);
+  machine->system.folders[Folder::Windows] = "D:\\WINNT";
+  EXPECT_EQ(Expand("\\Windows", *machine), "D:\\Windows");
+  EXPECT_EQ(Expand("%INF%\\a.inf", *machine), "D:\\WINNT\\INF\\a.inf");
+  machine->system.folders.erase(Folder::ProgramFiles);
+  EXPECT_EQ(Expand("%programfiles%\\A", *machine), std::nullopt);
 }
 
 TEST(ExpandPath, FileRowsKnowFewerTokens) {
   const auto machine = MakeRef<CFakeMachine>();
-  machine->system.folders[Folder::ProgramFiles64] = "C:\\PF64";
+  machine->system.width.isWide = true;
+  machine->registry.SetString(RegistryRoot::LocalMachine,
+                              "Software\\Microsoft\\Windows\\CurrentVersion", "ProgramFilesDir",
+                              "C:\\PF64");
   EXPECT_EQ(Expand("%programfiles%\\A", *machine, PathTokens::FileRows), std::nullopt);
   EXPECT_EQ(Expand("%programfiles32%\\A", *machine, PathTokens::FileRows), std::nullopt);
   EXPECT_EQ(Expand("%programfiles64%\\A", *machine, PathTokens::FileRows), "C:\\PF64\\A");

@@ -15,7 +15,7 @@ constexpr char kIniPath[] = "C:\\WINDOWS\\WININIT.INI";
 
 Ref<CFakeMachine> Machine(uint32_t systemClass) {
   auto machine = MakeRef<CFakeMachine>();
-  machine->system.systemClass = systemClass;
+  machine->system.windows = test::VersionOfKind(systemClass);
   machine->system.folders[Folder::Windows] = "C:\\WINDOWS";
   machine->files.AddDirectory("C:\\WINDOWS");
   return machine;

@@ -195,7 +195,7 @@ TEST(Optex, ExcludesThreadsAndProcesses) {
   const CUniqueName name;
   const CTempDirectory directory;
   const std::string counter = directory.Write("counter", "0");
-  constexpr int kRounds = 300;
+  constexpr int kRounds = 100;
   const CChildProcess peer(KESTRA_LOCK_PEER,
                            {"peer", "count-optex", name, counter, std::to_string(kRounds)});
   Optex optex(name, kSpinCount);
@@ -203,8 +203,8 @@ TEST(Optex, ExcludesThreadsAndProcesses) {
   for (int i = 0; i < 3; ++i)
     threads.emplace_back([&] { EXPECT_TRUE(test::CountUnderOptex(optex, counter, kRounds)); });
   for (std::thread& thread : threads) thread.join();
-  for (int i = 0; i < 20'000 && test::ReadWholeFile(counter) != "1200"; ++i) os::Sleep(1);
-  EXPECT_EQ(test::ReadWholeFile(counter), "1200");
+  for (int i = 0; i < 20'000 && test::ReadWholeFile(counter) != "400"; ++i) os::Sleep(1);
+  EXPECT_EQ(test::ReadWholeFile(counter), "400");
 }
 
 TEST(Optex, IsLockedForGoodByADeadOwnerWhileAnybodyHasItOpen) {

@@ -45,7 +45,8 @@ TEST(LiveMachine, DescribesALinuxMachine) {
   EXPECT_EQ(machine, LiveMachine());
   const CSystemFacts& system = machine->System();
   EXPECT_EQ(system.Family(), SystemFamily::Linux);
-  EXPECT_EQ(system.SystemClass(), 0u);
+  EXPECT_FALSE(system.Windows());
+  EXPECT_TRUE(system.Width().isKnown);
   EXPECT_NE(system.ComputerName(), "");
   EXPECT_EQ(system.FolderPath(Folder::CommonAppData), "/etc");
   EXPECT_EQ(system.FolderPath(Folder::Inf), std::nullopt);

@@ -67,17 +67,18 @@ class CLinuxFileSystem final : public CFileSystem {
     return OpenLinuxFile(path, lastLink, reader);
   }
   SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
-                         std::unique_ptr<CFileWriter>& writer) override {
-    return BeginLinuxWrite(path, lastLink, existing, writer);
+                         NewRights rights, std::unique_ptr<CFileWriter>& writer) override {
+    return BeginLinuxWrite(path, lastLink, existing, rights, writer);
   }
   SystemError RemoveFile(const std::string& path) override {
     if (HasNul(path)) return kErrorInvalidName;
     return unlink(path.c_str()) == 0 ? kErrorSuccess : LastErrorOfPath(path);
   }
-  SystemError MakeDirectory(const std::string& path) override {
+  SystemError MakeDirectory(const std::string& path, NewRights rights) override {
     if (HasNul(path)) return kErrorInvalidName;
     constexpr mode_t kAll = S_IRWXU | S_IRWXG | S_IRWXO;  // the umask takes away
-    return mkdir(path.c_str(), kAll) == 0 ? kErrorSuccess : LastErrorOfPath(path);
+    const mode_t mode = rights == NewRights::OwnerOnly ? S_IRWXU : kAll;
+    return mkdir(path.c_str(), mode) == 0 ? kErrorSuccess : LastErrorOfPath(path);
   }
   SystemError VolumeFlags(const std::string&, uint32_t& flags) override {
     flags = 0;

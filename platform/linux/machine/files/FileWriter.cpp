@@ -49,12 +49,12 @@ class CLinuxFileWriter final : public CFileWriter {
         m_existing(existing),
         m_file(m_place.directory.get()) {}
 
-  SystemError Open() {
+  SystemError Open(NewRights rights) {
     // What is replaced may be private; until its mode is taken over nobody else gets at the new
     // one.
     constexpr mode_t kPrivate = S_IRUSR | S_IWUSR;
     constexpr mode_t kAll = kPrivate | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
-    return m_file.Open(m_replaced ? kPrivate : kAll);
+    return m_file.Open(m_replaced || rights == NewRights::OwnerOnly ? kPrivate : kAll);
   }
   SystemError Write(std::string_view bytes) override {
     while (m_error == kErrorSuccess && !bytes.empty()) {
@@ -116,7 +116,7 @@ SystemError OpenReplaced(const Place& place, CUniqueFd& replaced) {
 }  // namespace
 
 SystemError BeginLinuxWrite(const std::string& path, LastLink lastLink, Existing existing,
-                            std::unique_ptr<CFileWriter>& writer) {
+                            NewRights rights, std::unique_ptr<CFileWriter>& writer) {
   if (HasNul(path)) return kErrorInvalidName;
   Place place;
   SystemError error = OpenPlace(path, place);
@@ -133,15 +133,16 @@ SystemError BeginLinuxWrite(const std::string& path, LastLink lastLink, Existing
       std::string target;
       error = ResolveLink(path, target);
       // What it leads to is no link, and if it has become one it is refused.
-      return error == kErrorSuccess ? BeginLinuxWrite(target, LastLink::Refuse, existing, writer)
-                                    : error;
+      return error == kErrorSuccess
+                 ? BeginLinuxWrite(target, LastLink::Refuse, existing, rights, writer)
+                 : error;
     }
     if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
     error = OpenReplaced(place, replaced);
     if (error != kErrorSuccess) return error;
   }
   auto made = std::make_unique<CLinuxFileWriter>(std::move(place), std::move(replaced), existing);
-  error = made->Open();
+  error = made->Open(rights);
   if (error == kErrorSuccess) writer = std::move(made);
   return error;
 }

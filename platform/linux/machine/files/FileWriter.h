@@ -9,6 +9,6 @@
 namespace kestra {
 
 SystemError BeginLinuxWrite(const std::string& path, LastLink lastLink, Existing existing,
-                            std::unique_ptr<CFileWriter>& writer);
+                            NewRights rights, std::unique_ptr<CFileWriter>& writer);
 
 }  // namespace kestra

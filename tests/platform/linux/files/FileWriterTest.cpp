@@ -37,7 +37,7 @@ SystemError WriteFile(const std::string& path, const std::string& content,
                       Existing existing = Existing::Replace, LastLink lastLink = LastLink::Follow) {
   const auto files = MakeLinuxFileSystem();
   std::unique_ptr<CFileWriter> writer;
-  SystemError error = files->BeginWrite(path, lastLink, existing, writer);
+  SystemError error = files->BeginWrite(path, lastLink, existing, NewRights::Usual, writer);
   if (error == kErrorSuccess) error = writer->Write(content);
   return error == kErrorSuccess ? writer->Commit() : error;
 }
@@ -57,7 +57,8 @@ TEST(LinuxFileWriter, NothingIsThereBeforeCommitOrWithoutIt) {
   const auto files = MakeLinuxFileSystem();
   for (const char* name : {"file", "new"}) {
     std::unique_ptr<CFileWriter> writer;
-    ASSERT_EQ(files->BeginWrite(directory / name, LastLink::Refuse, Existing::Replace, writer),
+    ASSERT_EQ(files->BeginWrite(directory / name, LastLink::Refuse, Existing::Replace,
+                                NewRights::Usual, writer),
               kErrorSuccess);
     ASSERT_EQ(writer->Write("something"), kErrorSuccess);
     EXPECT_FALSE(fs::exists(directory / "new"));
@@ -66,7 +67,8 @@ TEST(LinuxFileWriter, NothingIsThereBeforeCommitOrWithoutIt) {
     EXPECT_EQ(ReadWholeFile(path), "old");
   }
   std::unique_ptr<CFileWriter> writer;
-  ASSERT_EQ(files->BeginWrite(path, LastLink::Refuse, Existing::Replace, writer), kErrorSuccess);
+  ASSERT_EQ(files->BeginWrite(path, LastLink::Refuse, Existing::Replace, NewRights::Usual, writer),
+            kErrorSuccess);
   EXPECT_EQ(writer->Write(""), kErrorSuccess);
   EXPECT_EQ(writer->Commit(), kErrorSuccess);
   EXPECT_EQ(writer->Commit(), kErrorInvalidHandle);
@@ -193,8 +195,11 @@ TEST(LinuxFileWriter, WhatCameWhileItWrote) {
   const auto files = MakeLinuxFileSystem();
   std::unique_ptr<CFileWriter> replacing;
   std::unique_ptr<CFileWriter> refusing;
-  ASSERT_EQ(files->BeginWrite(path, LastLink::Refuse, Existing::Replace, replacing), 0u);
-  ASSERT_EQ(files->BeginWrite(path, LastLink::Refuse, Existing::Refuse, refusing), 0u);
+  ASSERT_EQ(
+      files->BeginWrite(path, LastLink::Refuse, Existing::Replace, NewRights::Usual, replacing),
+      0u);
+  ASSERT_EQ(files->BeginWrite(path, LastLink::Refuse, Existing::Refuse, NewRights::Usual, refusing),
+            0u);
   ASSERT_EQ(replacing->Write("replacing"), kErrorSuccess);
   ASSERT_EQ(refusing->Write("refusing"), kErrorSuccess);
   directory.Write("file", "came");
@@ -217,7 +222,9 @@ TEST(LinuxFileWriter, WorksWhereFilesNeedANameFromTheBeginning) {
     if (WriteFile("/file", "other", Existing::Refuse) != kErrorFileExists) return 2;
     const auto files = MakeLinuxFileSystem();
     std::unique_ptr<CFileWriter> refusing;
-    if (files->BeginWrite("/late", LastLink::Refuse, Existing::Refuse, refusing) != 0) return 3;
+    if (files->BeginWrite("/late", LastLink::Refuse, Existing::Refuse, NewRights::Usual,
+                          refusing) != 0)
+      return 3;
     if (NamesIn("/").size() != 2) return 4;  // the file and the temporary one
     if (WriteFile("/late", "late") != kErrorSuccess) return 5;
     if (refusing->Commit() != kErrorFileExists) return 6;
@@ -238,10 +245,10 @@ TEST(LinuxFileSystemChanges, DirectoriesAndRemoval) {
   directory.Write("file", "x");
   fs::create_symlink("file", directory / "link");
   const auto files = MakeLinuxFileSystem();
-  EXPECT_EQ(files->MakeDirectory(directory / "sub/"), kErrorSuccess);
-  EXPECT_EQ(files->MakeDirectory(directory / "sub"), kErrorAlreadyExists);
-  EXPECT_EQ(files->MakeDirectory(directory / "file"), kErrorAlreadyExists);
-  EXPECT_EQ(files->MakeDirectory(directory / "missing/sub"), kErrorPathNotFound);
+  EXPECT_EQ(files->MakeDirectory(directory / "sub/", NewRights::Usual), kErrorSuccess);
+  EXPECT_EQ(files->MakeDirectory(directory / "sub", NewRights::Usual), kErrorAlreadyExists);
+  EXPECT_EQ(files->MakeDirectory(directory / "file", NewRights::Usual), kErrorAlreadyExists);
+  EXPECT_EQ(files->MakeDirectory(directory / "missing/sub", NewRights::Usual), kErrorPathNotFound);
   EXPECT_EQ(files->RemoveFile(directory / "sub"), kErrorAccessDenied);
   EXPECT_EQ(files->RemoveFile(directory / "missing"), kErrorFileNotFound);
   EXPECT_EQ(files->RemoveFile(directory / "link"), kErrorSuccess);
