@@ -1,11 +1,10 @@
 // A plug-in that changes: notes, one a line, in a text file of the user's.
 //
-//   kestra --plugins DIR "SELECT Text, Done FROM Notes(File='/home/me/notes').Note"
-//   kestra --plugins DIR --active "INSERT Notes(File='/home/me/notes').Note (Text) VALUES ('call
-//   Ann')" kestra --plugins DIR --active "UPDATE Notes(File='/home/me/notes').Note SET Done = 'yes'
-//                                  WHERE Text = 'call Ann'"
-//   kestra --plugins DIR --active "EXECUTE Action(SELECT * FROM Notes(File='/home/me/notes').Notes,
-//                                  'Tidy')"
+//   N="Notes(File='/home/me/notes')"
+//   kestra --plugins DIR "SELECT Text, Done FROM $N.Note"
+//   kestra --plugins DIR --active "INSERT $N.Note (Text) VALUES ('call Ann')"
+//   kestra --plugins DIR --active "UPDATE $N.Note SET Done = 'yes' WHERE Text = 'call Ann'"
+//   kestra --plugins DIR --active "EXECUTE Action(SELECT * FROM $N.Notes, 'Tidy')"
 //
 // A line of the file is a note; one that is done begins with "x ".
 #include <cstdio>

@@ -27,13 +27,13 @@ bool IsInActiveStatement(const ParseNode& node) {
 }
 
 // A source may be asked many times in one query, by a sub-select for each row, say.
-void ReportSource(QueryReport& report, DiagModule& module, bool wasFilled) {
+void ReportSource(QueryReport& report, DiagModule& module, bool isAsBefore) {
   SourceReport source{module.GetName(), module.FormatArgs("", ",")};
   for (const SourceReport& known : report.sources) {
     if (known.moduleName == source.moduleName && known.arguments == source.arguments) return;
   }
   const FillSource now = module.FromCache ? FillSource::CacheFile : FillSource::Machine;
-  source.fill = wasFilled ? FillSource::Memory : now;
+  source.fill = isAsBefore ? FillSource::Memory : now;
   report.sources.push_back(std::move(source));
 }
 
@@ -52,10 +52,13 @@ Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& d
 bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {
   QueryContext& context = *node.Context;
   const bool wasFilled = module.IsFilled();
+  const bool wasFromCache = module.FromCache;
   const bool isFilled =
       module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
                         IsInActiveStatement(node), *context.Root, *context.Message);
-  if (isFilled) ReportSource(context.Report, module, wasFilled);
+  // A statement that changes something has content of the cache filled anew.
+  const bool isAsBefore = wasFilled && wasFromCache == module.FromCache;
+  if (isFilled) ReportSource(context.Report, module, isAsBefore);
   return isFilled;
 }
 
