@@ -37,6 +37,8 @@ kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* r
   return Barrier(item, result)([&] {
     const CAutoInterruptibleLock lock(item->item->Lock(), nullptr);
     *result = item->item->Init(init_child != 0) ? -1 : 0;
+    // What a module holds now came from the machine.
+    if (item->item->IsModule()) static_cast<DiagModule&>(*item->item).FromCache = false;
     return KESTRA_OK;
   });
 }

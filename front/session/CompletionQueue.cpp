@@ -18,10 +18,13 @@ std::optional<uint32_t> CCompletionQueue::Fetch() {
   return queryId;
 }
 
-void CCompletionQueue::RemoveAll() {
+void CCompletionQueue::RemoveUpTo(uint32_t lastQueryId) {
   std::lock_guard lock(m_lock);
-  m_queryIds.clear();
-  m_event.Reset();
+  // Numbers go round after 2^32 queries, so the distance decides.
+  std::erase_if(m_queryIds, [lastQueryId](uint32_t queryId) {
+    return static_cast<int32_t>(queryId - lastQueryId) <= 0;
+  });
+  if (m_queryIds.empty()) m_event.Reset();
 }
 
 void CCompletionQueue::Close() {

@@ -19,8 +19,8 @@ class CCompletionQueue : public CCounted<CCompletionQueue> {
   void Post(uint32_t queryId);
   // The oldest announcement; nothing if there is none.
   std::optional<uint32_t> Fetch();
-  // Drops everything that was announced and not fetched.
-  void RemoveAll();
+  // Drops what was announced and not fetched of queries up to that one.
+  void RemoveUpTo(uint32_t lastQueryId);
   // Nothing is announced any more.
   void Close();
   // Readable while something is announced. Lives as long as the queue.

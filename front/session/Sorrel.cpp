@@ -22,10 +22,10 @@ Ref<DiagRoot> CSorrel::MakeRoot() const {
   return root;
 }
 
-bool CSorrel::Initialize() {
+bool CSorrel::Initialize(OldRoot& old) {
   m_isInitialized = false;
-  m_poRoot = nullptr;
-  m_poClass = nullptr;
+  m_isStale = false;
+  old = {std::move(m_poRoot), std::move(m_poClass)};
   try {
     Ref<DiagRoot> root = MakeRoot();
     Ref<DiagClass> rootClass = root ? root->GetTypeInfo() : nullptr;
@@ -45,36 +45,44 @@ bool CSorrel::SetPluginsDir(const std::string& directory) {
   while (absolute.size() > os::RootLength(absolute) && absolute.back() == os::PathSeparator()) {
     absolute.pop_back();
   }
+  OldRoot old;
   std::lock_guard lock(m_lock);
   m_pluginsDirectory = std::move(absolute);
-  return Initialize();
+  return Initialize(old);
 }
 
 void CSorrel::ClearPlugins() {
+  OldRoot old;
   std::lock_guard lock(m_lock);
   if (m_pluginsDirectory.empty()) return;
   m_pluginsDirectory.clear();
-  Initialize();
+  Initialize(old);
+}
+
+bool CSorrel::IsReady(OldRoot& old) {
+  return (m_isInitialized && !m_isStale) || Initialize(old);
 }
 
 Ref<DiagRoot> CSorrel::TakeRoot() {
+  OldRoot old;
   std::lock_guard lock(m_lock);
-  if (!m_isInitialized && !Initialize()) return nullptr;
-  return m_poRoot;
+  return IsReady(old) ? m_poRoot : nullptr;
 }
 
 bool CSorrel::ReInitRoot() {
-  std::lock_guard lock(m_lock);
-  if (!m_isInitialized) return Initialize();
-  m_poRoot->DropAll();
+  Ref<DiagRoot> root;
+  {
+    OldRoot old;
+    std::lock_guard lock(m_lock);
+    if (!m_isInitialized || m_isStale) return Initialize(old);
+    root = m_poRoot;
+  }
+  root->DropAll();
   return true;
 }
 
 void CSorrel::RebuildRoot() {
-  std::lock_guard lock(m_lock);
-  m_isInitialized = false;
-  m_poRoot = nullptr;
-  m_poClass = nullptr;
+  m_isStale = true;
 }
 
 Ref<DiagModule> CSorrel::GetModule(const std::string& name, const std::string& args) {
@@ -90,9 +98,9 @@ Ref<DiagModule> CSorrel::GetFreshModule(DiagModule& old, const std::string& args
 }
 
 Ref<DiagClass> CSorrel::GetClass() {
+  OldRoot old;
   std::lock_guard lock(m_lock);
-  if (!m_isInitialized && !Initialize()) return nullptr;
-  return m_poClass;
+  return IsReady(old) ? m_poClass : nullptr;
 }
 
 bool CSorrel::CheckSyntax(const std::string& text) {

@@ -3,6 +3,7 @@
 // for plug-ins; it is never held while a query runs, and a running query keeps the old root alive.
 #pragma once
 
+#include <atomic>
 #include <mutex>
 #include <string>
 
@@ -37,7 +38,7 @@ class CSorrel {
   bool SetPluginsDir(const std::string& directory);
   // Back to the built-in modules alone. Nothing happens if there is no directory.
   void ClearPlugins();
-  // Lets go of the root as it is; the next query makes a new one.
+  // The next query makes a new root. Waits for nothing.
   void RebuildRoot();
   // The module item for a name and an argument text; null if there is none.
   Ref<DiagModule> GetModule(const std::string& name, const std::string& args);
@@ -52,8 +53,16 @@ class CSorrel {
                     Ref<QueryMessage> message, QueryReport* pReport);
 
  private:
+  // What gives way to a new root. It goes when the lock is not held any more: its modules may have
+  // plug-ins to tell.
+  struct OldRoot {
+    Ref<DiagRoot> root;
+    Ref<DiagClass> rootClass;
+  };
   // Makes the root anew, with the lock held.
-  bool Initialize();
+  bool Initialize(OldRoot& old);
+  // Whether there is a root, made if need be, with the lock held.
+  bool IsReady(OldRoot& old);
   Ref<DiagRoot> MakeRoot() const;
   // The root, made if need be; null if it could not be.
   Ref<DiagRoot> TakeRoot();
@@ -64,6 +73,7 @@ class CSorrel {
   Ref<DiagClass> m_poClass;
   std::string m_pluginsDirectory;  // absolute; empty for none
   bool m_isInitialized = false;
+  std::atomic<bool> m_isStale{false};  // set without the lock
 };
 
 }  // namespace kestra

@@ -189,11 +189,13 @@ void CSorrelCOM::CancelQuery() {
 }
 
 void CSorrelCOM::CancelCalculator() {
+  // The next query may begin, and end, before we are through: its announcement stays.
+  const uint32_t lastQueryId = g_lastQueryId;
   const auto calculator = Calculator();
   // A thread that was left behind may hold locks in the root.
   if (calculator && !calculator->Cancel()) m_pSorrel->RebuildRoot();
   std::lock_guard lock(m_lock);
-  if (m_poCompletions) m_poCompletions->RemoveAll();
+  if (m_poCompletions) m_poCompletions->RemoveUpTo(lastQueryId);
 }
 
 void CSorrelCOM::ReInitDiagRoot() {

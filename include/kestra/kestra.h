@@ -124,8 +124,10 @@ KESTRA_API kestra_status kestra_session_cancel_query(kestra_session* session);
 KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session);
 /* Adds the modules of the plug-ins in a directory (see plugin.h), in place of those of the last
  * one; a plug-in's module replaces a built-in one of its name. Modules are made anew at the next
- * query. KESTRA_E_NOTFOUND for a path that is no directory: nothing has changed then. KESTRA_E_FAIL
- * for one that cannot be read. */
+ * query. The libraries are loaded for a moment here, so the directory must be one that the host
+ * trusts. KESTRA_E_NOTFOUND for a path that is no directory: nothing has changed then.
+ * KESTRA_E_FAIL for one that cannot be read: every query fails until another one is set or the
+ * plug-ins are cleared. */
 KESTRA_API kestra_status kestra_session_set_plugins_dir(kestra_session* session,
                                                         const char* directory);
 /* Back to the built-in modules alone. */

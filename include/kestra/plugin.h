@@ -9,8 +9,10 @@
  * The functions may be called from several threads at once, but for GetModuleNames and
  * GetModuleTypeInfo, which are called by one at a time. A library is never unloaded once one of its
  * modules was used, so a new build of it goes in place by a rename: writing into the file itself
- * pulls the ground from under every process that has it loaded. When a query is cancelled, a call
- * may go on by itself while nobody waits for it any more.
+ * pulls the ground from under every process that has it loaded. A process that has it loaded goes
+ * on with the old one. When a query is cancelled, a call may go on by itself while nobody waits for
+ * it any more. Loading, GetModuleNames and GetModuleTypeInfo are waited for without a limit, so
+ * they are to be quick. No exception is to leave any of them.
  *
  * ---- A plug-in ----
  *
@@ -18,7 +20,7 @@
  *
  *   KESTRA_PLUGIN("Diagnostic plugin, what it is about");
  *
- * once, at file level, and exports with C linkage (KESTRA_EXPORT):
+ * once, at file level, and exports, marked KESTRA_EXPORT and in C++ extern "C":
  *
  *   BSTR GetModuleNames(void);
  *     The names of its modules, separated by commas. Called at the scan, after which the library is
@@ -31,7 +33,8 @@
  *
  *   BSTR GetModule(BSTR module, BSTR arguments, int one, int keep, int alsoOne);
  *     The module's content; see below. arguments holds those that differ from their defaults:
- *     Limit=5,Place='north'. keep is 1 if anything in the class can be changed: the plug-in then
+ *     Limit=5,Place='north'. A quote inside a text is not doubled there. keep is 1 if anything in
+ *     the class can be changed, added or deleted (actions alone do not count): the plug-in then
  *     keeps what it needs for that under a _ModuleId, until ClearModule. The two ones are always 1.
  *
  * and, as it likes:
@@ -94,7 +97,9 @@
  * when what is there is not whole, which fails the query. A value that the class does not declare,
  * or a section of no class, makes the whole answer void.
  *
- * Update gets, and gives back, sections without a name around them:
+ * Update gets, and gives back, sections without a name around them. In what it gets nothing stands
+ * in quotes: a double quote belongs to the value. A value with a line end, or with blanks at its
+ * ends, does not get here: the change fails.
  *
  *   _Op = Change                Add, Change, Delete or Action
  *   _Item = 7-0                 the _ModuleId; for an item below: "-" and its number among its
@@ -106,8 +111,9 @@
  *   []
  *   [_Ops]
  *    _Active = 1                changes are allowed; there is no call without it
- *    _Termination = 12          a handle that is signalled when the query is cancelled (a
- * descriptor that becomes readable; to be polled, never read); -1 for none
+ *    _Termination = 12          a handle that is signalled when the query is cancelled: a
+ *                               descriptor that becomes readable; to be polled, never read or
+ *                               closed. Good until Update returns. -1 for none
  *   []
  *
  * and the answer:
@@ -144,8 +150,17 @@ extern "C" {
 #define KESTRA_EXPORT __attribute__((visibility("default")))
 
 /* Puts the plug-in's mark into its file, where it is read without loading it. */
-#define KESTRA_PLUGIN(comments) \
-  __attribute__((used, section(".kestra.comments"))) static const char kestra_comments[] = comments
+#if defined(__has_attribute)
+#if __has_attribute(retain)
+#define KESTRA_RETAIN retain, /* also where sections that nobody refers to are thrown out */
+#endif
+#endif
+#ifndef KESTRA_RETAIN
+#define KESTRA_RETAIN
+#endif
+#define KESTRA_PLUGIN(comments)      \
+  __attribute__((KESTRA_RETAIN used, \
+                 section(".kestra.comments"))) static const char kestra_comments[] = comments
 
 typedef char* BSTR;
 

@@ -50,6 +50,7 @@ bool ResultCache::Open(const std::string& directory) {
   if (Files().VolumeFlags(directory.substr(0, 3), flags) != kErrorSuccess) return false;
   m_hasAcls = (flags & kFilePersistentAcls) != 0;
   m_directory = TrimRight(directory, std::string_view(&m_separator, 1));
+  OwnCode();  // early, while the file that we were loaded from still lies there
   return true;
 }
 
@@ -69,7 +70,8 @@ std::string ResultCache::PathOf(std::string_view name) const {
 
 bool ResultCache::MakeSureOfDirectory() {
   FileInfo info;
-  if (m_directory.size() <= 3) return true;  // a volume's root, or nearly
+  const size_t root = m_separator == '/' ? 1 : 3;
+  if (m_directory.size() <= root) return true;
   if (Files().Info(m_directory, info) == kErrorSuccess) return true;
   const SystemError error = Files().MakeDirectory(m_directory, NewRights::OwnerOnly);
   if (error == kErrorAlreadyExists) return true;
@@ -113,10 +115,9 @@ bool ResultCache::AddToIndex(CfgNode& index, const CfgNode& key, std::string& na
   return false;
 }
 
-bool ResultCache::FindEntry(DiagModule& module, const std::string& codeFile, bool anyUser,
+bool ResultCache::FindEntry(DiagModule& module, const std::string& code, bool anyUser,
                             QueryMessage& message, Entry& entry) {
   if (!module.HasArgs() || !IsPlainName(module.GetName()) || !MakeSureOfDirectory()) return false;
-  const std::string code = DescribeCode(codeFile);
   const auto user = anyUser ? std::string("*") : os::CurrentUserName();
   if (code.empty() || !user) return false;
   const Ref<CfgNode> key = MakeCacheKey(module.GetName(), *module.Args);

@@ -1,21 +1,8 @@
 #include "model/cache/ResultCache.h"
-#include "platform/os/CodeFile.h"
+#include "model/plugins/Plugin.h"
 #include "platform/os/HostEnvironment.h"
 
 namespace kestra {
-namespace {
-
-std::string FileName(const std::string& path) {
-  return path.substr(path.find_last_of(os::PathSeparator()) + 1);
-}
-
-std::string DescribeFile(const std::string& path) {
-  std::string version;
-  if (os::ReadLibraryVersion(path, version) != kErrorSuccess) return {};
-  return FileName(path) + " " + version;
-}
-
-}  // namespace
 
 Ref<CfgNode> MakeCacheKey(const std::string& moduleName, const DiagParams& args) {
   auto key = MakeRef<CfgNode>();
@@ -46,10 +33,8 @@ bool IsSameSection(const CfgNode& a, const CfgNode& b) {
   return true;
 }
 
-std::string DescribeCode(const std::string& codeFile) {
-  if (!codeFile.empty()) return DescribeFile(codeFile);
-  // What runs is what was loaded, also when a newer file lies in its place by now.
-  static const auto* pOwn = new std::string(DescribeFile(os::LibraryPath()));
+const std::string& OwnCode() {
+  static const auto* pOwn = new std::string(DescribeCodeFile(os::LibraryPath()));
   return *pOwn;
 }
 

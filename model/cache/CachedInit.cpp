@@ -6,22 +6,26 @@ namespace kestra {
 
 bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bool anyUser,
                             bool noRead, DiagRoot& root, QueryMessage& message) {
+  // Before the item's lock, which stands below the root's.
+  const std::string code = timeToLive == -1 ? std::string() : root.CodeOf(GetName());
   CAutoInterruptibleLock lock(Lock(), message.TerminationEvent());
   if (!IsModule() || message.IsTerminated() || !lock.IsHeld()) return false;
-  if (IsInitialized && !bForce) {
-    if (!noRead || GetFillSource() != 2) return true;
-    FromCache = false;
-    return CVDiagItem::Init(bInitChild, true, message);
-  }
+  const bool isRefill = noRead && GetFillSource() == 2;
+  if (IsInitialized && !bForce && !isRefill) return true;
+  bForce = bForce || isRefill;
   FromCache = false;
   ResultCache* pCache = timeToLive == -1 ? nullptr : root.Cache();
   ResultCache::Entry entry;
   std::unique_ptr<os::CNamedLock> entryLock;
-  if (pCache && pCache->FindEntry(*this, root.CodeFileOf(GetName()), anyUser, message, entry)) {
+  if (pCache && pCache->FindEntry(*this, code, anyUser, message, entry)) {
     entryLock = ResultCache::Lock(entry.path, message);
   }
   if (!entryLock) return CVDiagItem::Init(bInitChild, bForce, message);
   if (!noRead && pCache->ReadEntry(entry, timeToLive, *this, message)) return FromCache = true;
+  if (message.IsTerminated()) {
+    DropContent();  // what could be read before the cancel is no content
+    return IsInitialized = false;
+  }
   // What is kept is always the whole tree.
   if (!CVDiagItem::Init(true, bForce, message)) return false;
   pCache->WriteEntry(entry, *this, message);

@@ -27,7 +27,7 @@ namespace kestra {
 
 class ResultCache : public CCounted<ResultCache> {
  public:
-  // The file system and the clock are those of the machine; one without files has no cache.
+  // The files are those of the machine; one without files has no cache.
   explicit ResultCache(Ref<CMachine> machine) : m_poMachine(std::move(machine)) {}
 
   // False for a path that is not absolute, and on a volume that cannot be asked. The directory need
@@ -40,9 +40,9 @@ class ResultCache : public CCounted<ResultCache> {
     std::string key;  // the key's text; part of the entry's checksum
   };
   // The entry of a module with its arguments, which is added to the index if it is not there.
-  // codeFile is the library that makes the module; empty for this one. False means: no cache now.
-  bool FindEntry(DiagModule& module, const std::string& codeFile, bool anyUser,
-                 QueryMessage& message, Entry& entry);
+  // code describes what makes the module: a library and its version. False means: no cache now.
+  bool FindEntry(DiagModule& module, const std::string& code, bool anyUser, QueryMessage& message,
+                 Entry& entry);
   // Reads a fresh entry into the module; false if there is none that can be believed, or the
   // message is terminated. The caller holds the entry's lock.
   bool ReadEntry(const Entry& entry, int32_t timeToLive, DiagModule& module, QueryMessage& message);
@@ -82,7 +82,7 @@ class ResultCache : public CCounted<ResultCache> {
 Ref<CfgNode> MakeCacheKey(const std::string& moduleName, const DiagParams& args);
 // Whether two sections have the same values and sub-sections, in any order.
 bool IsSameSection(const CfgNode& a, const CfgNode& b);
-// The file name of the code that makes a module, and its version. codeFile as in FindEntry.
-std::string DescribeCode(const std::string& codeFile);
+// This library's file name and version, as they were when it was asked for first.
+const std::string& OwnCode();
 
 }  // namespace kestra

@@ -93,6 +93,14 @@ DiagClass* FindClass(DiagClass* pClass, std::string_view name) {
   return nullptr;
 }
 
+DiagClass* FindModuleClass(DiagClass* pRootClass, std::string_view name) {
+  if (!pRootClass) return nullptr;
+  for (const auto& child : pRootClass->ChildClasses()) {
+    if (EqualsNoCase(child->Name, name)) return child.get();
+  }
+  return FindClass(pRootClass, name);
+}
+
 bool HasActiveContent(const DiagClass& diagClass) {
   if (diagClass.CanBeAdded || diagClass.CanBeDeleted) return true;
   for (size_t i = 0; i < diagClass.Params->Count(); ++i) {

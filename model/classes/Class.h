@@ -69,6 +69,9 @@ inline constexpr size_t kDeepestReadTree = 100;
 
 // Depth first and in order, the class itself first, names in any case. Null if there is none.
 DiagClass* FindClass(DiagClass* pClass, std::string_view name);
+// The class of a module: a child of the root's class, or, where none has that name, whatever
+// FindClass gives.
+DiagClass* FindModuleClass(DiagClass* pRootClass, std::string_view name);
 // Whether anything in this class or below it can be changed.
 bool HasActiveContent(const DiagClass& diagClass);
 // The empty lists that classes without properties and arguments share.

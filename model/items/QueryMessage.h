@@ -26,8 +26,6 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
 
   // The termination event, for waits; null if there is none.
   const os::CWaitable* TerminationEvent() const;
-  // The same for what may outlive the query; null if it is the host's own, which the host keeps.
-  const Ref<os::CEvent>& OwnTerminationEvent() const { return m_poOwnEvent; }
 
   // True when the termination event is signalled; the message is then set to failure with system
   // error 1223. A wait that fails counts as not signalled. Costs one atomic read for an event of

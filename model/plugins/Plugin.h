@@ -20,8 +20,9 @@
 
 namespace kestra {
 
-// Any thread. The library's functions are called with no lock held, but for GetModuleTypeInfo; two
-// threads may be in one of them at once.
+// Any thread. GetModuleNames, GetModuleTypeInfo and GetPossibilities are called under the
+// process-wide plug-in lock, the others with no lock but those of the items that they are about;
+// two threads may be in one of them at once.
 class DiagPlugin : public CCounted<DiagPlugin> {
  public:
   DiagPlugin(std::string path, FileTime writeTime) : Path(std::move(path)), WriteTime(writeTime) {}
@@ -35,6 +36,9 @@ class DiagPlugin : public CCounted<DiagPlugin> {
   // faulty one. The name is that of the scan.
   Ref<DiagClass> GetClass(std::string_view moduleName);
   uint32_t Possibilities() const { return m_possibilities; }
+  // The file name and version of the code that is loaded for this plug-in, which may be older than
+  // the file that lies there now. Empty when that cannot be told.
+  std::string Code();
 
   // --- Calls into the library; it loads first. ---
 
@@ -45,7 +49,7 @@ class DiagPlugin : public CCounted<DiagPlugin> {
                                        bool keep, const os::CWaitable* pTermination);
   // The answer to an operation; as above. A library without that export gives nothing. keptEvent
   // (may be null) lives as long as the call.
-  std::optional<std::string> Update(std::string_view request, const Ref<os::CEvent>& keptEvent,
+  std::optional<std::string> Update(std::string_view request, const Ref<os::CKeptEvent>& keptEvent,
                                     const os::CWaitable* pTermination);
   // Lets the library forget a module that it kept.
   void ClearModule(const std::string& moduleId);
@@ -53,17 +57,27 @@ class DiagPlugin : public CCounted<DiagPlugin> {
  private:
   enum class LoadState : uint32_t { NotTried, Loaded, Failed };
   void LoadNow();
-  std::optional<std::string> ReadClassText(std::string_view moduleName);
+  Ref<DiagClass> FindKnownClass(std::string_view moduleName);
+  Ref<DiagClass> ReadClass(std::string_view moduleName);
 
-  // Guarded by the process-wide plug-in lock until the state says Loaded; constant afterwards.
+  // Guarded by the plug-in lock until the state says Loaded; constant afterwards.
   std::atomic<LoadState> m_loadState{LoadState::NotTried};
   uint32_t m_possibilities = 0;
   os::ByteString (*m_pGetModuleTypeInfo)(os::ByteString) = nullptr;
   os::ByteString (*m_pGetModule)(os::ByteString, os::ByteString, int, int, int) = nullptr;
   void (*m_pClearModule)(os::ByteString, int) = nullptr;
   os::ByteString (*m_pUpdate)(os::ByteString, int) = nullptr;
-  std::vector<Ref<DiagClass>> m_classes;  // guarded by the plug-in lock
+  std::string m_code;
+  std::mutex m_classesLock;  // guards m_classes; held for a look only
+  std::vector<Ref<DiagClass>> m_classes;
 };
+
+// Held through scanning, loading and reading classes, and so across calls into the libraries. It
+// nests: a plug-in's own start-up code may come back to us.
+std::recursive_mutex& PluginLock();
+
+// The file name of a library and a text that no other build of it has; empty if it cannot be read.
+std::string DescribeCodeFile(const std::string& path);
 
 // Module names and who makes them, in the order of the scan. One thread at a time.
 class DiagPluginMap {

@@ -36,9 +36,7 @@ bool PluginModule::Fill(QueryMessage& message) {
   const auto text =
       Plugin()->GetModule(GetName(), FormatArgs("", ","), keep, message.TerminationEvent());
   CfgNode answer;
-  if (!text || !answer.LoadText(*text, kCfgQuotes, CfgLayout::Cfg, message.TerminationEvent())) {
-    return false;
-  }
+  if (!text || !answer.LoadText(*text, kCfgQuotes, CfgLayout::Cfg)) return false;
   const CfgNode& content = ModuleSection(answer, GetName());
   SetId(content.GetText("_ModuleId"));
   const auto makeItem = [](CVDiagItem& parent, Ref<DiagClass> diagClass, size_t number) {
@@ -46,8 +44,14 @@ bool PluginModule::Fill(QueryMessage& message) {
     return Ref<CVDiagItem>(
         MakeRef<PluginItem>(std::move(diagClass), target.Plugin(), target.ChildId(number)));
   };
-  const bool isWhole = LoadFromNode(*this, content, makeItem, message);
-  return IsInitialized = isWhole && content.GetNumber("_IsInitialized", 1) == 1;
+  return LoadFromNode(*this, content, makeItem, message);
+}
+
+// The plug-in knows nothing of content that came from the cache.
+bool PluginModule::HasPluginsContent(QueryMessage& message) {
+  if (!FromCache) return true;
+  FromCache = false;
+  return Init(true, message);
 }
 
 }  // namespace kestra

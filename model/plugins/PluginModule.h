@@ -78,19 +78,22 @@ class PluginModule final : public DiagModule, public CPluginTarget {
  protected:
   bool OnAddOfType(const std::string& newItemType, const DiagParams& params,
                    QueryMessage& message) override {
-    return SendAdd(newItemType, params, message);
+    return HasPluginsContent(message) && SendAdd(newItemType, params, message);
   }
   bool OnUpdate(const DiagParams& params, QueryMessage& message) override {
-    return SendChange(params, message);
+    return HasPluginsContent(message) && SendChange(params, message);
   }
-  bool OnDelete(QueryMessage& message) override { return SendDelete(message); }
+  bool OnDelete(QueryMessage& message) override {
+    return HasPluginsContent(message) && SendDelete(message);
+  }
   bool OnExecute(const std::string& actionName, const DiagParams& args,
                  QueryMessage& message) override {
-    return SendAction(actionName, args, message);
+    return HasPluginsContent(message) && SendAction(actionName, args, message);
   }
 
  private:
   bool Fill(QueryMessage& message);
+  bool HasPluginsContent(QueryMessage& message);
   // Lets the plug-in forget what it kept for this module.
   void Forget() noexcept;
 };

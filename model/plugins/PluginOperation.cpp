@@ -6,14 +6,6 @@
 namespace kestra {
 namespace {
 
-// A text with a line end would be read as several lines.
-bool FitsOneLine(const DiagParams& params) {
-  for (size_t i = 0; i < params.Count(); ++i) {
-    if (params.Get(i)->GetText().find('\n') != std::string::npos) return false;
-  }
-  return true;
-}
-
 void WriteParams(CfgNode& request, const DiagParams& params) {
   CfgNode& section = request.AddSection("_Params");
   for (size_t i = 0; i < params.Count(); ++i) {
@@ -29,11 +21,10 @@ void WriteParams(CfgNode& request, const DiagParams& params) {
   }
 }
 
-void WriteMeans(CfgNode& request, const QueryMessage& message) {
+void WriteMeans(CfgNode& request, const os::CKeptEvent* pEvent, bool isActive) {
   CfgNode& section = request.AddSection("_Ops");
-  const os::CWaitable* pEvent = message.TerminationEvent();
   section.SetText("_Termination", fmt::to_string(pEvent ? pEvent->Native() : os::kNoHandle));
-  section.SetNumber("_Active", message.AllowActive ? 1 : 0);
+  section.SetNumber("_Active", isActive ? 1 : 0);
 }
 
 // How the operation ended, as the plug-in tells it.
@@ -61,18 +52,23 @@ std::string CPluginTarget::ChildId(size_t number) const {
 
 bool CPluginTarget::SendOperation(CfgNode& request, const char* operation,
                                   const DiagParams* pParams, QueryMessage& message) {
-  if (pParams && !FitsOneLine(*pParams)) return message.Fail(kErrorInvalidParameter);
   request.SetText("_Op", operation);
   request.SetText("_Item", m_id);
   if (pParams) WriteParams(request, *pParams);
-  WriteMeans(request, message);
+  // A call that is left behind still looks at its event, whatever has become of the query's.
+  const os::CWaitable* pEvent = message.TerminationEvent();
+  const Ref<os::CKeptEvent> keptEvent = pEvent ? MakeRef<os::CKeptEvent>(*pEvent) : nullptr;
+  WriteMeans(request, keptEvent.get(), message.AllowActive);
+  // A line end in a value, or blanks at its ends, would not reach the plug-in as they are.
+  if (!request.ReadsBack(0, CfgLayout::Cfg)) return message.Fail(kErrorInvalidParameter);
   std::string text;
   request.Dump(text, 0, 0, CfgLayout::Cfg);
-  // A call that is left behind still looks at the termination event.
-  const Ref<os::CEvent> keptEvent = message.OwnTerminationEvent();
   const auto reply = m_poPlugin->Update(text, keptEvent, message.TerminationEvent());
   CfgNode answer;
-  if (!reply || !answer.LoadText(*reply, kCfgQuotes, CfgLayout::Cfg)) return false;
+  if (!reply || !answer.LoadText(*reply, kCfgQuotes, CfgLayout::Cfg)) {
+    message.IsTerminated();  // which then is why
+    return false;
+  }
   const CfgNode* pOutcome = answer.Section("_Ops");
   if (!pOutcome) return false;
   ReadOutcome(*pOutcome, message);

@@ -6,6 +6,7 @@
 #include "platform/machine/FileSystem.h"
 #include "platform/machine/SystemFacts.h"
 #include "platform/os/CodeFile.h"
+#include "platform/os/HostEnvironment.h"
 
 namespace kestra {
 namespace {
@@ -26,14 +27,19 @@ bool SaysItIsPlugin(const std::string& path) {
   return Matches(comments, "*" + std::string(kMark) + "*", true, false);
 }
 
-// Names separated by commas; empty when the library does not load or does not tell.
+// Names separated by commas, empty when the library does not load or does not tell.
 std::string ReadModuleNames(const std::string& path) {
+  std::lock_guard lock(PluginLock());
   const os::NativeLibrary library = os::OpenLibrary(path, os::LibraryUse::ForNow);
   if (!library) return {};
   const auto pGetModuleNames =
       reinterpret_cast<os::ByteString (*)()>(os::FindExport(library, "GetModuleNames"));
   std::optional<std::string> names;
-  if (pGetModuleNames) names = os::CByteString::Take(pGetModuleNames()).Text();
+  try {
+    if (pGetModuleNames) names = os::CByteString::Take(pGetModuleNames()).Text();
+  } catch (...) {
+    // It names none. The exception is gone before the library is: its type may lie there.
+  }
   os::CloseLibrary(library);
   return names.value_or(std::string());
 }
@@ -76,6 +82,12 @@ void DiagPluginMap::AddModule(std::string_view name, const Ref<DiagPlugin>& plug
     return;
   }
   m_entries.push_back({std::string(name), plugin});
+}
+
+std::string DescribeCodeFile(const std::string& path) {
+  std::string version;
+  if (os::ReadLibraryVersion(path, version) != kErrorSuccess) return {};
+  return path.substr(path.find_last_of(os::PathSeparator()) + 1) + " " + version;
 }
 
 bool DiagPluginMap::Scan(const std::string& directory, CMachine& machine) {

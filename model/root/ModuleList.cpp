@@ -75,6 +75,7 @@ bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) {
     });
     if (isNamed) return;
     star.name = name;
+    star.isFromStar = true;
     others.push_back(star);
   };
   for (const ModuleRow& row : m_table) addUnnamed(row.pClass->name);

@@ -57,9 +57,9 @@ std::optional<DiagPluginMap::Entry> DiagRoot::FindPlugin(std::string_view name) 
   return pEntry ? std::optional(*pEntry) : std::nullopt;
 }
 
-std::string DiagRoot::CodeFileOf(std::string_view moduleName) {
+std::string DiagRoot::CodeOf(std::string_view moduleName) {
   const auto entry = FindPlugin(moduleName);
-  return entry ? entry->plugin->Path : std::string();
+  return entry ? entry->plugin->Code() : OwnCode();
 }
 
 std::vector<std::string> DiagRoot::PluginNames() {
@@ -163,7 +163,8 @@ bool DiagRoot::InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& 
                          bool& filled) {
   if (message.IsTerminated()) return false;
   const Ref<DiagClass> diagClass = GetModuleClass(entry.name);
-  if (!diagClass) return false;
+  // A plug-in that fails takes no other module with it, but one that is asked for by name.
+  if (!diagClass) return entry.isFromStar;
   DiagParams args(diagClass->Args->Defs());
   if (!SetArgsFromText(args, entry.args)) return false;
   Ref<DiagModule> module = CreateModule(entry.name);

@@ -43,8 +43,9 @@ class DiagRoot : public CVDiagItem {
   bool SetCacheDir(const std::string& directory);
   // Null without a directory.
   ResultCache* Cache() const { return m_poCache.get(); }
-  // The library that makes the modules of that name; empty for a built-in one.
-  std::string CodeFileOf(std::string_view moduleName);
+  // The file name and version of the code that makes the modules of that name; empty when that
+  // cannot be told.
+  std::string CodeOf(std::string_view moduleName);
 
   // The class of a module by its name in any case; null if there is none.
   Ref<DiagClass> GetModuleClass(std::string_view name);
@@ -73,6 +74,7 @@ class DiagRoot : public CVDiagItem {
     std::string args;
     int32_t timeToLive = -1;
     bool anyUser = false;
+    bool isFromStar = false;
   };
   static bool ParseStar(std::string_view text, ListEntry& star);
   static bool ParseEntry(std::string_view text, ListEntry& entry);

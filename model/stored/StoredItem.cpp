@@ -1,19 +1,33 @@
 #include "model/stored/StoredItem.h"
 
+#include <optional>
+
 #include "VLib/src/text/Text.h"
+#include "VLib/src/text/VersionNumber.h"
 
 namespace kestra {
 namespace {
 
-// One value into the item; false if its class does not declare it.
+// A number as dumps have it, with a sign, or without; what 32 bits do not hold is none.
+std::optional<uint32_t> ParseNumber(const std::string& text) {
+  size_t consumed = 0;
+  const uint32_t number = ParseUInt32(text, consumed);
+  if (consumed == 0 || consumed != text.size()) return std::nullopt;
+  if (number == 0xFFFFFFFF && text != "-1" && text != "4294967295") return std::nullopt;
+  return number;
+}
+
+// One value into the item; false if its class does not declare it. What is no value of the declared
+// type leaves the property unset.
 bool LoadValue(CVDiagItem& item, const CfgValue& value) {
   const DiagParamDef* pDef = item.Params.Defs()->Find(value.Key, true);
   if (!pDef) return false;
-  const bool isNumber = pDef->HoldsNumber() || pDef->Type == ParamType::Datime;
-  size_t consumed = 0;  // a number may be written with a sign, as dumps have it, or without
-  item.Params.Set(isNumber ? MakeRef<DiagParam>(pDef, ParseUInt32(value.Text, consumed))
-                           : MakeRef<DiagParam>(pDef, value.Text),
-                  false);
+  if (pDef->HoldsNumber() || pDef->Type == ParamType::Datime) {
+    const auto number = ParseNumber(value.Text);
+    if (number) item.Params.Set(MakeRef<DiagParam>(pDef, *number), false);
+  } else if (pDef->Type != ParamType::Version || IsVersion(value.Text)) {
+    item.Params.Set(MakeRef<DiagParam>(pDef, value.Text), false);
+  }
   return true;
 }
 
@@ -42,7 +56,7 @@ bool LoadItem(CVDiagItem& item, const CfgNode& node, const MakeChildItem& makeCh
     if (!LoadItem(*child, section, makeChild, message, depth + 1)) isWhole = false;
     item.Children.Add(std::move(child), false);
   }
-  return item.IsInitialized = isWhole;
+  return item.IsInitialized = isWhole && node.GetNumber("_IsInitialized", 1) == 1;
 }
 
 }  // namespace

@@ -20,6 +20,19 @@ class StoredItem : public CFilledItem {
   using CFilledItem::Init;
   bool Init(bool) override { return IsInitialized; }
 
+ protected:
+  // What is behind it is not at hand: a statement that changes something asks the machine first.
+  bool OnAddOfType(const std::string&, const DiagParams&, QueryMessage& message) override {
+    return message.Fail(kErrorNotSupported);
+  }
+  bool OnUpdate(const DiagParams&, QueryMessage& message) override {
+    return message.Fail(kErrorNotSupported);
+  }
+  bool OnDelete(QueryMessage& message) override { return message.Fail(kErrorNotSupported); }
+  bool OnExecute(const std::string&, const DiagParams&, QueryMessage& message) override {
+    return message.Fail(kErrorNotSupported);
+  }
+
  private:
   const int m_level;
 };

@@ -8,6 +8,7 @@
 
 #include "platform/base/FileTime.h"
 #include "platform/base/SystemError.h"
+#include "platform/os/Wait.h"
 
 namespace kestra {
 
@@ -123,6 +124,23 @@ class CFileSystem {
   virtual SystemError RemoveFile(const std::string& path) = 0;
   // Makes one directory. kErrorAlreadyExists if there is anything of that name.
   virtual SystemError MakeDirectory(const std::string& path, NewRights rights) = 0;
+  // Removes a directory that has nothing in it. kErrorDirNotEmpty for one that has, kErrorDirectory
+  // for what is no directory, a link to one among it.
+  virtual SystemError RemoveEmptyDirectory(const std::string& path) = 0;
+  // Gives a file, a link or a directory with all that is in it another path on the same volume, in
+  // one step. Never replaces anything: kErrorAlreadyExists then. kErrorNotSameDevice on another
+  // volume; kErrorNotSupported where the file system cannot do it without the risk of replacing.
+  virtual SystemError Rename(const std::string& from, const std::string& to) = 0;
+  // Copies a plain file, or the one that a link leads to, with its attributes and its write time,
+  // on Linux with its mode as far as the umask leaves it. Never replaces anything: kErrorFileExists
+  // then. The copy gets its name when it is whole; kErrorCancelled when pTermination (may be null)
+  // is signalled before. The volume keeps nothing of a copy that failed.
+  virtual SystemError CopyPlainFile(const std::string& from, const std::string& to,
+                                    const os::CWaitable* pTermination) = 0;
+  // Sets the bits kFileAttributeReadOnly, -Hidden and -System of a file or directory, and leaves
+  // the others as they are. On Linux read-only takes away every right to write and its absence
+  // gives the owner's back; a change of the others is kErrorNotSupported, and so is a link's.
+  virtual SystemError SetAttributes(const std::string& path, uint32_t attributes) = 0;
   // The file system flags of the volume that holds the path; none are known on Linux (0).
   virtual SystemError VolumeFlags(const std::string& path, uint32_t& flags) = 0;
   // Gives every user of the machine full access to a file or directory. Does nothing, with success,

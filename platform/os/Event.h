@@ -63,4 +63,18 @@ class CBorrowedEvent final : public CWaitable, public CCounted<CBorrowedEvent> {
   NativeHandle m_handle;
 };
 
+// A handle of our own to the same event as another object's, for what may outlive that object.
+class CKeptEvent final : public CWaitable, public CCounted<CKeptEvent> {
+ public:
+  explicit CKeptEvent(const CWaitable& event);
+  ~CKeptEvent() override;
+  CKeptEvent(const CKeptEvent&) = delete;
+  CKeptEvent& operator=(const CKeptEvent&) = delete;
+
+  NativeHandle Native() const override { return m_handle; }
+
+ private:
+  NativeHandle m_handle = kNoHandle;
+};
+
 }  // namespace kestra::os

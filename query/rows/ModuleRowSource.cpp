@@ -42,7 +42,7 @@ void ReportSource(QueryReport& report, DiagModule& module, bool isAsBefore) {
 Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
                                 Value& error) {
   error.SetError();
-  const DiagClass* pClass = FindClass(context.RootClass.get(), descriptor.moduleName);
+  const DiagClass* pClass = FindModuleClass(context.RootClass.get(), descriptor.moduleName);
   if (!pClass) return nullptr;
   DiagParams args(pClass->Args->Defs());
   if (!ApplyArguments(error, descriptor.arguments.asVector(), args)) return nullptr;

@@ -37,7 +37,7 @@ bool DropModule(Value& out, ParseNode& node) {
   if (pairs.asVector().Count() == 0) {
     return EndDrop(out, node, root.DropModules(name, nullptr), name, nullptr);
   }
-  const DiagClass* pClass = FindClass(node.Context->RootClass.get(), name);
+  const DiagClass* pClass = FindModuleClass(node.Context->RootClass.get(), name);
   if (!pClass) return Fail(out);
   DiagParams given(pClass->Args->Defs());
   if (!ApplyArguments(out, pairs.asVector(), given)) return FailKeepingMessage(out);

@@ -37,7 +37,8 @@ class Usage(CommandTest):
             ["--timeout", "4294967296", "1"], ["--log", "/no/such/directory", "1"],
             ["--log", "/etc/passwd", "1"], ["-f", "/no/such/file"], ["-f", "/etc"],
             ["-f", "/etc/passwd", "1 + 1"], ["SELECT", "1"], ["--image", "/", "1"],
-            ["--plugins", "/", "1"], ["--cache", "/", "1"],
+            ["--plugins", "/etc/passwd", "1"], ["--plugins", "/no/such", "1"],
+            ["--cache", "/etc/passwd", "1"], ["--cache", "/no/such", "1"],
         ]
         for arguments in cases:
             result = self.check(arguments, status=2, out=b"")

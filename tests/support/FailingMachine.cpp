@@ -110,6 +110,20 @@ class CFailingFileSystem final : public CFileSystem {
   SystemError MakeDirectory(const std::string& path, NewRights rights) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner.MakeDirectory(path, rights); });
   }
+  SystemError RemoveEmptyDirectory(const std::string& path) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.RemoveEmptyDirectory(path); });
+  }
+  SystemError Rename(const std::string& from, const std::string& to) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.Rename(from, to); });
+  }
+  SystemError CopyPlainFile(const std::string& from, const std::string& to,
+                            const os::CWaitable* pTermination) override {
+    return Run(m_plan, Facility::Files,
+               [&] { return m_inner.CopyPlainFile(from, to, pTermination); });
+  }
+  SystemError SetAttributes(const std::string& path, uint32_t attributes) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner.SetAttributes(path, attributes); });
+  }
   SystemError VolumeFlags(const std::string& path, uint32_t& flags) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner.VolumeFlags(path, flags); });
   }

@@ -48,6 +48,11 @@ class CFakeFileSystem final : public CFileSystem {
                          NewRights rights, std::unique_ptr<CFileWriter>& writer) override;
   SystemError RemoveFile(const std::string& path) override;
   SystemError MakeDirectory(const std::string& path, NewRights rights) override;
+  SystemError RemoveEmptyDirectory(const std::string& path) override;
+  SystemError Rename(const std::string& from, const std::string& to) override;
+  SystemError CopyPlainFile(const std::string& from, const std::string& to,
+                            const os::CWaitable* pTermination) override;
+  SystemError SetAttributes(const std::string& path, uint32_t attributes) override;
   SystemError VolumeFlags(const std::string& path, uint32_t& flags) override;
   SystemError GrantEveryone(const std::string& path) override;
   SystemError MoveAtBoot(const std::string& from, const std::string& to) override;

@@ -75,6 +75,10 @@ bool Optex::Enter(uint32_t extraCount, const os::CWaitable* const* extraHandles,
   return true;
 }
 
+bool Optex::IsHeldByCaller() const {
+  return Shared && std::atomic_ref(Shared->ThreadId).load() == os::CurrentThreadId();
+}
+
 void Optex::Leave() {
   if (Shared && LeaveRecord(*Shared)) hEvent->Set();
 }

@@ -54,6 +54,8 @@ class Optex {
   // no limit); true if the lock is the caller's. extraCount of 64 and more, or of more than 0
   // with null extraHandles, is false without a wait. Null entries are passed over.
   bool Enter(uint32_t extraCount, const os::CWaitable* const* extraHandles, uint32_t timeout);
+  // Whether the calling thread holds it, also after an Enter that answered false.
+  bool IsHeldByCaller() const;
   // Undoes one entry, by the thread that made it.
   void Leave();
 

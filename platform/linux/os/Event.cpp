@@ -1,5 +1,6 @@
 #include "platform/os/Event.h"
 
+#include <fcntl.h>
 #include <sys/eventfd.h>
 #include <unistd.h>
 
@@ -74,6 +75,13 @@ void CAutoResetEvent::Reset() {
 
 bool CAutoResetEvent::Consume() const {
   return IsValid() && Drain(m_handle);
+}
+
+CKeptEvent::CKeptEvent(const CWaitable& event)
+    : m_handle(fcntl(static_cast<int>(event.Native()), F_DUPFD_CLOEXEC, 0)) {}
+
+CKeptEvent::~CKeptEvent() {
+  if (m_handle != kNoHandle) close(static_cast<int>(m_handle));
 }
 
 }  // namespace kestra::os

@@ -8,6 +8,7 @@
 #include <new>
 
 #include "include/kestra/plugin.h"
+#include "platform/os/HostEnvironment.h"
 
 namespace {
 
@@ -30,11 +31,22 @@ ByteStringHead* HeadOf(BSTR text) {
   return pHead->mark == kMark ? pHead : nullptr;
 }
 
+// What plugin.h declares must be found by what we load, also where the host has loaded us for
+// itself alone, as the loaders of scripting languages do.
+void ShareOwnSymbols() {
+  static const bool isShared = [] {
+    const std::string own = kestra::os::LibraryPath();
+    return dlopen(own.c_str(), RTLD_NOW | RTLD_NOLOAD | RTLD_GLOBAL) != nullptr;
+  }();
+  (void)isShared;  // a program that the engine is linked into shares what it exports anyway
+}
+
 }  // namespace
 
 namespace kestra::os {
 
 NativeLibrary OpenLibrary(const std::string& name, LibraryUse use) {
+  ShareOwnSymbols();
   const int flags = RTLD_NOW | RTLD_LOCAL | (use == LibraryUse::ForEver ? RTLD_NODELETE : 0);
   return name.empty() ? nullptr : dlopen(name.c_str(), flags);
 }

@@ -29,6 +29,11 @@ class PluginTest : public testing::Test {
     EXPECT_TRUE(root->SetPluginsDir(m_directory.Path()));
     return root;
   }
+  // Whether the scan finds the module "Faulty".
+  bool NamesItsModule() {
+    DiagPluginMap map;
+    return map.Scan(m_directory.Path(), *LiveMachine()) && map.Find("Faulty");
+  }
   // The modules of the class tree: "Keys Plain".
   static std::string Names(DiagRoot& root) {
     std::string names;

@@ -73,6 +73,8 @@ TEST_F(PluginTest, ModuleLists) {
   EXPECT_EQ(init("probe(Limit=2)|*"), " Probe Keys Plain Broken Last");
   Install("faulty_type_null");
   EXPECT_EQ(init("Plain|Faulty|Keys"), "failed Plain");
+  // One that nobody asked for by name takes nobody with it.
+  EXPECT_EQ(init("*"), " Keys Plain Broken Last Probe");
 }
 
 TEST_F(PluginTest, FillsFromItsText) {
@@ -136,9 +138,14 @@ TEST_F(PluginTest, TellsTheOutcomeOfAnOperation) {
   EXPECT_EQ(message.Args, (std::vector<std::string>{"Label", "is good"}));
   EXPECT_EQ(message.SystemError, 5u);
   EXPECT_TRUE(message.Restart);
-  for (const char* pLabel : {"silent", "nothing", "two\nlines"}) {
+  for (const char* pLabel : {"silent", "nothing"}) {
     QueryMessage other(MakeRef<os::CEvent>(), true);
     EXPECT_FALSE(update(pLabel, other)) << pLabel;
+  }
+  for (const char* pLabel : {"two\nlines", " blank", "blank "}) {  // would not come through
+    QueryMessage other(MakeRef<os::CEvent>(), true);
+    EXPECT_FALSE(update(pLabel, other)) << pLabel;
+    EXPECT_EQ(other.SystemError, kErrorInvalidParameter) << pLabel;
   }
   QueryMessage passive;
   EXPECT_FALSE(update("new", passive));
@@ -168,13 +175,22 @@ TEST_F(PluginTest, FaultyOnesHarmNobody) {
       {"faulty_content_half", "good"},  // the text form has no way to tell
       {"faulty_content_deep", "fails"},
       {"faulty_content_not_whole", "fails"},
+      {"faulty_content_argument", "good"},  // an empty text
+      {"faulty_type_argument", "fails"},    // a class that declares nothing
+      {"throws_names", "absent"},
+      {"throws_type", "no class"},
+      {"throws_content", "throws"},  // the query catches it
   };
   for (const auto& c : kCases) {
     Install(c.pLibrary);
     const Ref<DiagRoot> root = NewRoot();
     const Ref<DiagModule> module = root->GetDiagModule("Faulty", "");
-    std::string outcome = root->CodeFileOf("Faulty").empty() ? "absent" : "no class";
-    if (module) outcome = Fill(*module) ? "good" : "fails";
+    std::string outcome = NamesItsModule() ? "no class" : "absent";
+    try {
+      if (module) outcome = Fill(*module) ? "good" : "fails";
+    } catch (...) {
+      outcome = "throws";
+    }
     EXPECT_EQ(outcome, c.pOutcome) << c.pLibrary;
     if (module && outcome == "fails") {
       EXPECT_EQ(module->Children.Count() + module->Params.Count(), 0u) << c.pLibrary;

@@ -49,8 +49,7 @@ class CLinuxFileReader final : public CFileReader {
 
 }  // namespace
 
-SystemError OpenLinuxFile(const std::string& path, LastLink lastLink,
-                          std::unique_ptr<CFileReader>& reader) {
+SystemError OpenPlainFile(const std::string& path, LastLink lastLink, CUniqueFd& file) {
   if (HasNul(path)) return kErrorInvalidName;
   // Looked at first, since the opening of a device may already do something.
   const bool refusesLinks = lastLink == LastLink::Refuse;
@@ -66,8 +65,17 @@ SystemError OpenLinuxFile(const std::string& path, LastLink lastLink,
   if (!fd) return refusesLinks && errno == ELOOP ? kErrorAccessDenied : LastErrorOfPath(path);
   if (fstat(fd.get(), &status) != 0) return LastError();
   if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
-  reader = std::make_unique<CLinuxFileReader>(std::move(fd), IsHiddenName(path));
+  file = std::move(fd);
   return kErrorSuccess;
+}
+
+SystemError OpenLinuxFile(const std::string& path, LastLink lastLink,
+                          std::unique_ptr<CFileReader>& reader) {
+  CUniqueFd fd;
+  const SystemError error = OpenPlainFile(path, lastLink, fd);
+  if (error == kErrorSuccess)
+    reader = std::make_unique<CLinuxFileReader>(std::move(fd), IsHiddenName(path));
+  return error;
 }
 
 }  // namespace kestra

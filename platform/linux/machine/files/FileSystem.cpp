@@ -11,6 +11,7 @@
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/UniqueFd.h"
 #include "platform/linux/machine/Facilities.h"
+#include "platform/linux/machine/files/FileChange.h"
 #include "platform/linux/machine/files/FileReader.h"
 #include "platform/linux/machine/files/FileStatus.h"
 #include "platform/linux/machine/files/FileWriter.h"
@@ -80,6 +81,22 @@ class CLinuxFileSystem final : public CFileSystem {
     const mode_t mode = rights == NewRights::OwnerOnly ? S_IRWXU : kAll;
     return mkdir(path.c_str(), mode) == 0 ? kErrorSuccess : LastErrorOfPath(path);
   }
+  SystemError RemoveEmptyDirectory(const std::string& path) override {
+    if (HasNul(path)) return kErrorInvalidName;
+    if (rmdir(path.c_str()) == 0) return kErrorSuccess;
+    if (errno == EEXIST) return kErrorDirNotEmpty;  // another word for it, says rmdir(2)
+    return errno == ENOTDIR ? NoDirectoryError(path) : LastErrorOfPath(path);
+  }
+  SystemError Rename(const std::string& from, const std::string& to) override {
+    return RenameLinuxPath(from, to);
+  }
+  SystemError CopyPlainFile(const std::string& from, const std::string& to,
+                            const os::CWaitable* pTermination) override {
+    return CopyLinuxFile(from, to, pTermination);
+  }
+  SystemError SetAttributes(const std::string& path, uint32_t attributes) override {
+    return SetLinuxAttributes(path, attributes);
+  }
   SystemError VolumeFlags(const std::string&, uint32_t& flags) override {
     flags = 0;
     return kErrorSuccess;
@@ -92,10 +109,11 @@ class CLinuxFileSystem final : public CFileSystem {
  private:
   // Of what is there but is no directory, rather than of a file on the way to it.
   static SystemError OpenDirectoryError(const std::string& path) {
+    return errno == ENOTDIR ? NoDirectoryError(path) : LastErrorOfPath(path);
+  }
+  static SystemError NoDirectoryError(const std::string& path) {
     struct stat status {};
-    if (errno == ENOTDIR)
-      return stat(path.c_str(), &status) == 0 ? kErrorDirectory : kErrorPathNotFound;
-    return LastErrorOfPath(path);
+    return lstat(path.c_str(), &status) == 0 ? kErrorDirectory : kErrorPathNotFound;
   }
 };
 

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <optional>
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/UniqueFd.h"
@@ -56,6 +57,10 @@ class CLinuxFileWriter final : public CFileWriter {
     constexpr mode_t kAll = kPrivate | S_IRGRP | S_IWGRP | S_IROTH | S_IWOTH;
     return m_file.Open(m_replaced || rights == NewRights::OwnerOnly ? kPrivate : kAll);
   }
+  SystemError OpenCopy(mode_t mode, const timespec& writeTime) {
+    m_writeTime = writeTime;
+    return m_file.Open(mode);
+  }
   SystemError Write(std::string_view bytes) override {
     while (m_error == kErrorSuccess && !bytes.empty()) {
       const ssize_t count = write(m_file.File(), bytes.data(), bytes.size());
@@ -80,6 +85,11 @@ class CLinuxFileWriter final : public CFileWriter {
       const SystemError error = TakeOverAttributes(m_replaced.get(), m_file.File());
       if (error != kErrorSuccess) return error;
     }
+    // A file system that keeps no times does no harm to what the file holds.
+    if (m_writeTime) {
+      const timespec times[] = {{.tv_sec = 0, .tv_nsec = UTIME_OMIT}, *m_writeTime};
+      futimens(m_file.File(), times);
+    }
     // EINVAL: a file system that has no disk to bring it to.
     if (fsync(m_file.File()) != 0 && errno != EINVAL) return LastError();
     const SystemError error = m_file.MoveTo(m_place.name, m_existing);
@@ -91,6 +101,7 @@ class CLinuxFileWriter final : public CFileWriter {
   CUniqueFd m_replaced;  // open file that is replaced; none for a new one
   Existing m_existing;
   CTemporaryFile m_file;
+  std::optional<timespec> m_writeTime;  // of a copy
   SystemError m_error = kErrorSuccess;  // what every later call answers
 };
 
@@ -143,6 +154,23 @@ SystemError BeginLinuxWrite(const std::string& path, LastLink lastLink, Existing
   }
   auto made = std::make_unique<CLinuxFileWriter>(std::move(place), std::move(replaced), existing);
   error = made->Open(rights);
+  if (error == kErrorSuccess) writer = std::move(made);
+  return error;
+}
+
+SystemError BeginLinuxCopy(const std::string& path, mode_t mode, const timespec& writeTime,
+                           std::unique_ptr<CFileWriter>& writer) {
+  if (HasNul(path)) return kErrorInvalidName;
+  Place place;
+  SystemError error = OpenPlace(path, place);
+  if (error != kErrorSuccess) return error;
+  struct stat status {};
+  // Looked at now so that nothing is copied for no use; Commit does not replace either.
+  if (fstatat(place.directory.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
+    return kErrorFileExists;
+  if (errno != ENOENT) return LastError();
+  auto made = std::make_unique<CLinuxFileWriter>(std::move(place), CUniqueFd(), Existing::Refuse);
+  error = made->OpenCopy(mode, writeTime);
   if (error == kErrorSuccess) writer = std::move(made);
   return error;
 }

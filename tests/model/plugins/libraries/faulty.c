@@ -29,6 +29,8 @@ KESTRA_EXPORT BSTR GetModuleTypeInfo(BSTR module) {
   (void)module;
 #if defined FAULT_TYPE_NULL
   return 0;
+#elif defined FAULT_TYPE_ARGUMENT
+  return module;
 #elif defined FAULT_TYPE_NOISE
   return SysAllocStringByteLen("\xff\xfe\0[[[=]\n[Faulty\n[_Params]\n[x]\nType=Colour", 45);
 #elif defined FAULT_TYPE_HALF
@@ -47,6 +49,8 @@ KESTRA_EXPORT BSTR GetModule(BSTR module, BSTR arguments, int one, int keep, int
   (void)module, (void)arguments, (void)one, (void)keep, (void)alsoOne;
 #if defined FAULT_CONTENT_NULL
   return 0;
+#elif defined FAULT_CONTENT_ARGUMENT
+  return arguments;
 #elif defined FAULT_CONTENT_LITERAL
   return (BSTR) "[Faulty]\nText = literal\n";
 #elif defined FAULT_CONTENT_NOISE

@@ -1,0 +1,37 @@
+#include "Modules/Files/FilesOptions.h"
+
+#include "VLib/src/text/Text.h"
+#include "model/classes/Module.h"
+
+namespace kestra {
+namespace {
+
+bool MatchesPattern(const std::string& name, const std::string& pattern) {
+  return pattern == "*" || Matches(name, pattern, true, false);
+}
+
+}  // namespace
+
+bool FilesOptions::WantsLines() const {
+  return lineFrom != 0 && lineCount != 0 && lineCount <= kMostContent &&
+         (lineSize <= kLongestLine || lineSize == kWholeLine);
+}
+
+bool FilesOptions::MatchesName(const std::string& name) const {
+  return MatchesPattern(name, namePattern) && MatchesPattern(name, pathPattern);
+}
+
+bool ReadFilesOptions(DiagModule& module, FilesOptions& options) {
+  return module.GetArg("FileName", options.namePattern) &&
+         module.GetArg("Timeout", options.timeOutMs) && module.GetArg("Levels", options.levels) &&
+         module.GetArg("CharFrom", options.charFrom) &&
+         module.GetArg("CharCount", options.charCount) &&
+         module.GetArg("LineFrom", options.lineFrom) &&
+         module.GetArg("LineCount", options.lineCount) &&
+         module.GetArg("LineSize", options.lineSize) &&
+         module.GetArg("LinePattern", options.linePattern) &&
+         options.levels <= FilesOptions::kMostLevels &&
+         options.timeOutMs <= FilesOptions::kMostTimeOutMs;
+}
+
+}  // namespace kestra

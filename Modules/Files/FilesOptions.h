@@ -1,0 +1,54 @@
+// What a filling of the module Files was asked for, beside the path.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/base/Ref.h"
+#include "platform/os/Clock.h"
+
+namespace kestra {
+
+class DiagModule;
+
+// When a filling has to come to its end. A copy runs to the same moment.
+class CFillDeadline {
+ public:
+  // From now on.
+  explicit CFillDeadline(uint32_t timeOutMs) : m_start(os::TickCount()), m_timeOutMs(timeOutMs) {}
+  bool IsOver() const { return os::TickCount() - m_start >= m_timeOutMs; }
+
+ private:
+  uint32_t m_start;
+  uint32_t m_timeOutMs;
+};
+
+// Shared by the items of one filling, and not changed any more then.
+struct FilesOptions : CCounted<FilesOptions> {
+  static constexpr uint32_t kMostTimeOutMs = 3600000;
+  static constexpr uint32_t kMostLevels = 100;
+  static constexpr uint32_t kMostContent = 1048576;  // characters of FileText, and lines
+  static constexpr uint32_t kLongestLine = 1024;     // characters
+  static constexpr uint32_t kWholeLine = 0xFFFFFFFF;
+
+  std::string namePattern = "*";
+  std::string pathPattern = "*";  // the last part of FilePath
+  uint32_t timeOutMs = 0;
+  uint32_t levels = 0;
+  uint32_t charFrom = 0;
+  uint32_t charCount = 0;
+  uint32_t lineFrom = 0;
+  uint32_t lineCount = 0;
+  uint32_t lineSize = 0;
+  std::string linePattern = "*";
+  bool isLfLineEnd = false;  // on Linux a line feed ends a line as well as CR LF
+
+  bool WantsText() const { return charFrom != 0 && charCount <= kMostContent; }
+  bool WantsLines() const;
+  bool MatchesName(const std::string& name) const;
+};
+
+// Reads all but pathPattern and isLfLineEnd. False when one is outside its limit.
+bool ReadFilesOptions(DiagModule& module, FilesOptions& options);
+
+}  // namespace kestra
