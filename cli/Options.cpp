@@ -12,12 +12,9 @@ namespace {
 constexpr const char* kUsage = "kestra [options] [--] [QUERY]";
 
 const std::map<std::string, Format>& FormatNames() {
-  static const std::map<std::string, Format> names = {{"table", Format::Table},
-                                                      {"text", Format::Text},
-                                                      {"csv", Format::Csv},
-                                                      {"json", Format::Json},
-                                                      {"jsonl", Format::JsonLines},
-                                                      {"xml", Format::Xml}};
+  static const std::map<std::string, Format> names = {
+      {"table", Format::Table}, {"text", Format::Text},       {"csv", Format::Csv},
+      {"json", Format::Json},   {"jsonl", Format::JsonLines}, {"xml", Format::Xml}};
   return names;
 }
 

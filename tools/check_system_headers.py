@@ -12,6 +12,9 @@ from source_tree import includes_of, lines_of, source_files
 ALLOWED_PLACES = re.compile(
     r"platform/(linux|win32|image)/|front/com/|cli/terminal_|tests/platform/(linux|win32|image)/|"
     r"tests/support/(linux|win32)/|tests/front/(linux|com)/")
+# What stands outside the library includes its public headers as a stranger does.
+STRANGERS = re.compile(r"examples/|tests/")
+INSTALLED = re.compile(r"kestra/")
 # Public headers are C, and are read by every system's compiler.
 PUBLIC_HEADERS = re.compile(r"include/kestra/")
 STANDARD = re.compile(r"[a-z_0-9]+")
@@ -28,6 +31,8 @@ def main():
         is_public = bool(PUBLIC_HEADERS.match(path))
         for number, quote, included in includes_of(path):
             if quote == '"' or STANDARD.fullmatch(included) or LIBRARIES.match(included):
+                continue
+            if STRANGERS.match(path) and INSTALLED.match(included):
                 continue
             if is_public and included in C_HEADERS:
                 continue
