@@ -2,6 +2,7 @@
 // are fixed when it is made, and fills itself and its children from the root's machine.
 #pragma once
 
+#include <atomic>
 #include <string>
 #include <string_view>
 
@@ -28,7 +29,8 @@ class DiagModule : public CVDiagItem {
   virtual bool HasArgs() { return static_cast<bool>(Args); }
   virtual Ref<DiagParams> GetDefaultArgs() { return m_poClass->Args; }
 
-  bool FromCache = false;  // the present content was read from a cache file
+  // The present content was read from a cache file. Written under the item's lock.
+  std::atomic<bool> FromCache{false};
   Ref<DiagParams> Args;
 
   // Reading arguments, for fillings. False if there is no such argument.

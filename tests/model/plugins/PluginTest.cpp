@@ -2,6 +2,7 @@
 #include <thread>
 
 #include "model/plugins/Plugin.h"
+#include "model/root/GetDiagRoot.h"
 #include "platform/os/Clock.h"
 #include "tests/model/plugins/PluginFixture.h"
 
@@ -38,6 +39,21 @@ TEST_F(PluginTest, AddsAndReplacesModules) {
   EXPECT_FALSE(root->SetPluginsDir(m_directory / "text.so"));
   EXPECT_EQ(Names(*root), "Keys Plain Broken Last");
   EXPECT_FALSE(root->SetPluginsDir(m_directory / "missing"));
+}
+
+TEST_F(PluginTest, RootsOfTheirOwn) {
+  Install("probe");
+  const auto get = [&](const std::string& directory) {
+    return GetDiagRoot("Probe(Limit=3)|Plain", directory, TestModuleTable(), LiveMachine());
+  };
+  QueryMessage message;
+  const Ref<DiagRoot> root = get(m_directory.Path());
+  ASSERT_TRUE(root);
+  EXPECT_TRUE(static_cast<CVDiagItem&>(*root).Init(true, false, message));
+  EXPECT_EQ(CallsOf(static_cast<DiagModule&>(*root->Children.Get(0))),
+            "GetModule(Probe,Limit=3,1,1,1) ");
+  EXPECT_FALSE(static_cast<CVDiagItem&>(*get("")).Init(true, false, message));
+  EXPECT_FALSE(get(m_directory / "missing"));
 }
 
 TEST_F(PluginTest, TheYoungerOneWins) {

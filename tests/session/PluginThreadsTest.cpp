@@ -1,0 +1,56 @@
+// Sessions on several threads over one cache directory, whose plug-ins come and go meanwhile.
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <thread>
+#include <vector>
+
+#include "front/session/SorrelCOM.h"
+#include "platform/machine/Machine.h"
+#include "platform/os/Clock.h"
+#include "tests/query/support/TestModules.h"
+#include "tests/support/TempDirectory.h"
+
+namespace kestra::test {
+namespace {
+
+constexpr uint32_t kDurationMs = 1500;
+
+std::string ResultOf(CSorrelCOM& session, const std::string& query) {
+  QueryOutcome outcome;
+  session.RunQuerySync(query, std::nullopt, kNoTimeOut, outcome);
+  return outcome.value.asString();
+}
+
+// Each answers the same whatever the others do; the plug-in's module is there or not.
+void AskUntil(CSorrelCOM& session, const std::atomic<bool>& isOver) {
+  while (!isOver) {
+    EXPECT_EQ(ResultOf(session, "SELECT COUNT(*) FROM Many(Count=40)#60.Entry"), "40");
+    EXPECT_EQ(ResultOf(session, "SELECT COUNT(*) FROM Many(Count=30)#0*.Entry"), "30");
+    const std::string mounts = ResultOf(session, "(SELECT COUNT(*) FROM Mounts#60.Mount) > 0");
+    EXPECT_TRUE(mounts == "True" || mounts == "<ERROR: Syntax error>") << mounts;
+  }
+}
+
+TEST(PluginThreads, QueriesGoOnWhilePluginsComeAndGo) {
+  const CTempDirectory cache;
+  const SessionSetup setup{ModulesWithTests(), LiveMachine(), cache.Path()};
+  CSorrelCOM shared(setup), other(setup);
+  std::atomic<bool> isOver{false};
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 3; ++i) threads.emplace_back([&] { AskUntil(shared, isOver); });
+  threads.emplace_back([&] { AskUntil(other, isOver); });
+  const uint32_t start = os::TickCount();
+  for (int turn = 0; os::TickCount() - start < kDurationMs; ++turn) {
+    EXPECT_TRUE(shared.SetPluginsDir(KESTRA_EXAMPLE_PLUGINS));
+    if (turn % 3 == 0) other.SetPluginsDir(KESTRA_EXAMPLE_PLUGINS);
+    ResultOf(other, "DROP MODULE *");
+    shared.ReInitDiagRoot();
+    shared.ClearPlugins();
+  }
+  isOver = true;
+  for (auto& thread : threads) thread.join();
+}
+
+}  // namespace
+}  // namespace kestra::test
