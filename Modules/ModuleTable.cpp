@@ -5,6 +5,7 @@
 #include "Modules/DNSResolve/DNSResolveClasses.h"
 #include "Modules/Declared/DeclaredModules.h"
 #include "Modules/Files/FileClasses.h"
+#include "Modules/Files/FilesModule.h"
 #include "Modules/IniFile/IniFileClasses.h"
 #include "Modules/Network/NetworkClasses.h"
 #include "Modules/NetworkMap/NetworkMapClasses.h"
@@ -69,7 +70,7 @@ constexpr ModuleRow kModules[] = {
     {&kCMOSModule, nullptr},
     {&kAtomTimeModule, nullptr},
     {&kPowerOptionsModule, nullptr},
-    {&kFilesModule, nullptr},
+    {&kFilesModule, &Create<CFilesModule>},
     {&kXMLFileModule, nullptr},
     {&kVistaFirewallModule, nullptr},
     {&kRegistryModule, nullptr},

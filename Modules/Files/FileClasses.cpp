@@ -75,6 +75,16 @@ constexpr ParamDecl kDirectoryParams[] = {
 constexpr const char* kFileExamples[] = {
     "SELECT FileName, Size FROM FILES.FILE('/etc/*.conf') WHERE Size > 1000",
     "SELECT Path, LastWriteTime FROM FILES.FILE('/etc/host*')",
+    "SELECT Path, Size FROM Files(DirPath='/etc', Levels=2).File WHERE FileName LIKE '*.conf'",
+    "SELECT FileText FROM Files(FilePath='/etc/passwd', CharFrom=1, CharCount=200).File",
+};
+
+constexpr const char* kDirectoryExamples[] = {
+    "SELECT Path, CreationTime FROM Files(DirPath='/etc', Levels=1).Directory",
+};
+
+constexpr const char* kFileLineExamples[] = {
+    "SELECT Number, Text FROM Files(FilePath='/etc/passwd', LineFrom=1, LineCount=5).FileLine",
 };
 
 constexpr const ClassDecl* kFileChildren[] = {&kFileLineClass};
@@ -117,8 +127,10 @@ constexpr ArgDecl kFilesArgs[] = {
 
 }  // namespace
 
-constinit const ClassDecl kFileLineClass = {
-    .name = "FileLine", .params = kFileLineParams, .description = "A line of a text file."};
+constinit const ClassDecl kFileLineClass = {.name = "FileLine",
+                                            .params = kFileLineParams,
+                                            .description = "A line of a text file.",
+                                            .examples = kFileLineExamples};
 
 constinit const ClassDecl kFileClass = {
     .name = "File",
@@ -132,7 +144,8 @@ constinit const ClassDecl kDirectoryClass = {.name = "Directory",
                                              .params = kDirectoryParams,
                                              .children = kDirectoryChildren,
                                              .canBeAddedAndDeleted = true,
-                                             .description = "A directory."};
+                                             .description = "A directory.",
+                                             .examples = kDirectoryExamples};
 
 constinit const ClassDecl kFilesModule = {
     .name = "Files",

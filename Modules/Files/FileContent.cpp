@@ -28,8 +28,7 @@ size_t LengthOfCharacters(std::string_view text, size_t count) {
 // Collects the lines of a file. Of a line only as much is kept as may be shown of it.
 class CLineCutter {
  public:
-  CLineCutter(const FilesOptions& options,
-              const std::function<void(uint32_t, std::string)>& take)
+  CLineCutter(const FilesOptions& options, const std::function<void(uint32_t, std::string)>& take)
       : m_options(options), m_take(take) {}
 
   bool IsDone() const { return m_taken >= m_options.lineCount; }

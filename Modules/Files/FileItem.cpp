@@ -4,10 +4,15 @@
 #include <iterator>
 #include <utility>
 
+#include "Modules/Files/FileAttributes.h"
+#include "Modules/Files/FileChanges.h"
 #include "Modules/Files/FileClasses.h"
+#include "Modules/Files/FileContent.h"
+#include "Modules/Files/FilePaths.h"
+#include "Modules/Files/FilesLock.h"
 #include "Modules/VersionProperties.h"
-#include "VLib/src/time/Datime.h"
 #include "VLib/src/version/PeFile.h"
+#include "model/classes/Module.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
@@ -59,28 +64,6 @@ bool MayBeProgram(const FileInfo& info) {
   return info.kind == FileKind::File && info.isStored && info.size >= kLeastProgramSize;
 }
 
-std::string JoinPath(std::string directory, const std::string& name, char separator) {
-  if (!directory.empty() && directory.back() != separator) directory += separator;
-  return directory += name;
-}
-
-void SetTime(DiagParams& params, const DiagParamDef* pDef, FileTime time) {
-  if (time.ticks == 0) return;
-  if (const auto datime = DatimeFromFileTime(time)) {
-    params.Set(MakeRef<DiagParam>(pDef, *datime), false);
-  }
-}
-
-// From the system's attribute word to the options of Attributes; all else is left out.
-uint32_t AttributeOptions(uint32_t attributes) {
-  uint32_t options = 0;
-  if (attributes & kFileAttributeReadOnly) options |= 1u << 0;
-  if (attributes & kFileAttributeHidden) options |= 1u << 1;
-  if (attributes & kFileAttributeSystem) options |= 1u << 2;
-  if (attributes & kFileAttributeCompressed) options |= 1u << 3;
-  return options;
-}
-
 }  // namespace
 
 CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
@@ -92,7 +75,12 @@ CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string n
       m_name(std::move(name)),
       m_info(std::move(info)) {}
 
-bool CFileItem::Init(bool /*bInitChild*/) {
+void CFileItem::ReadContent(Ref<const FilesOptions> options, const CFillDeadline& deadline) {
+  m_poOptions = std::move(options);
+  m_deadline = deadline;
+}
+
+bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
   Children.Clear();
   Params.Clear();
   IsInitialized = false;
@@ -117,6 +105,7 @@ bool CFileItem::Init(bool /*bInitChild*/) {
   }
   Params.Set(MakeRef<DiagParam>(defs.pFileName, m_name), false);
   if (info) FillFrom(*info);
+  if (m_poOptions && (!info || info->kind == FileKind::File) && !FillContent(message)) return false;
   if (info && MayBeProgram(*info)) Params.Defer(*this);
   return IsInitialized = true;
 }
@@ -126,10 +115,50 @@ void CFileItem::FillFrom(const FileInfo& info) {
   if (info.size <= UINT32_MAX) {
     Params.Set(MakeRef<DiagParam>(defs.pSize, static_cast<uint32_t>(info.size)), false);
   }
-  SetTime(Params, defs.pCreationTime, info.creationTime);
-  SetTime(Params, defs.pLastAccessTime, info.lastAccessTime);
-  SetTime(Params, defs.pLastWriteTime, info.lastWriteTime);
+  SetTimeIfKnown(Params, defs.pCreationTime, info.creationTime);
+  SetTimeIfKnown(Params, defs.pLastAccessTime, info.lastAccessTime);
+  SetTimeIfKnown(Params, defs.pLastWriteTime, info.lastWriteTime);
   Params.Set(MakeRef<DiagParam>(defs.pAttributes, AttributeOptions(info.attributes)), false);
+}
+
+// A file that cannot be read has no text and no lines, and neither has one without the time.
+bool CFileItem::FillContent(QueryMessage& message) {
+  std::optional<CFillDeadline> first = std::exchange(m_deadline, std::nullopt);
+  const CFillDeadline deadline = first.value_or(CFillDeadline(m_poOptions->timeOutMs));
+  const auto stop = [&] { return message.IsTerminatedInLoop() || deadline.IsOver(); };
+  const FilesOptions& options = *m_poOptions;
+  CFileSystem& files = *m_poMachine->Files();
+  std::unique_ptr<CFileReader> reader;
+  if (options.WantsText() && files.OpenFile(m_path, LastLink::Refuse, reader) == kErrorSuccess) {
+    const CFilesLock lock(message.TerminationEvent());
+    std::string text;
+    if (ReadCharacters(*reader, options.charFrom, options.charCount, stop, text) == kErrorSuccess)
+      Params.SetText("FileText", std::move(text));
+  }
+  if (options.WantsLines() && files.OpenFile(m_path, LastLink::Refuse, reader) == kErrorSuccess) {
+    ReadLines(*reader, options, stop,
+              [this](uint32_t number, std::string line) { AddLine(number, std::move(line)); });
+  }
+  return !message.IsTerminated();
+}
+
+void CFileItem::AddLine(uint32_t number, std::string line) {
+  static const Ref<DiagClass> lineClass = kFileLineClass.Get();
+  static const DiagParamDef* const pNumber = lineClass->Params->Find("Number", false);
+  static const DiagParamDef* const pText = lineClass->Params->Find("Text", false);
+  auto item = MakeRef<CFilledItem>(lineClass);
+  item->Params.Set(MakeRef<DiagParam>(pNumber, number), false);
+  item->Params.Set(MakeRef<DiagParam>(pText, std::move(line)), false);
+  item->IsInitialized = true;
+  Children.Add(std::move(item), false);
+}
+
+bool CFileItem::OnUpdate(const DiagParams& params, QueryMessage& message) {
+  return UpdateFile(*m_poMachine, m_path, "FileName", params, message);
+}
+
+bool CFileItem::OnDelete(QueryMessage& message) {
+  return DeleteFileAt(*m_poMachine, m_path, message);
 }
 
 bool CFileItem::MayHold(const DiagParamDef& def) const {

@@ -5,12 +5,14 @@
 //
 // What it shows comes from the file system, and from the version resource of a file that has one;
 // the file is opened when somebody looks at a property that may come out of that.
-// The short name of a system that has none, and the file's text stay unset.
+// The short name of a system that has none stays unset. Within the module Files, where a stretch of
+// the text and lines can be asked for, the filling reads them too.
 #pragma once
 
 #include <optional>
 #include <string>
 
+#include "Modules/Files/FilesOptions.h"
 #include "model/classes/Class.h"
 #include "model/items/Item.h"
 #include "platform/machine/FileSystem.h"
@@ -24,21 +26,31 @@ class CFileItem : public CVDiagItem, private CLateValues {
   // the file already: the first filling takes it and does not ask again.
   CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
             std::optional<FileInfo> info = std::nullopt);
+  // Has the fillings read what the options ask for. The first one ends with the deadline, a later
+  // one has all the time that the options give.
+  void ReadContent(Ref<const FilesOptions> options, const CFillDeadline& deadline);
 
   const std::string& GetName() override { return m_poClass->Name; }
   Ref<DiagClass> GetTypeInfo() override { return m_poClass; }
 
   // Fills from the file system. False, with nothing set, for a file that is not there (any more),
   // and then HasVanished() is true. A file that is there and may not be read has its path and its
-  // name, and the answer is true.
+  // name, and the answer is true. False too when the query was cancelled.
   using CVDiagItem::Init;
-  bool Init(bool bInitChild) override;
+  bool Init(bool bInitChild, QueryMessage& message) override;
 
   // The last filling found no such file: no row, and no failure either.
   bool HasVanished() const { return m_hasVanished; }
 
+ protected:
+  // Path, FileName and Attributes. The item shows what it was until it is filled again.
+  bool OnUpdate(const DiagParams& params, QueryMessage& message) override;
+  bool OnDelete(QueryMessage& message) override;
+
  private:
   void FillFrom(const FileInfo& info);
+  bool FillContent(QueryMessage& message);
+  void AddLine(uint32_t number, std::string line);
   bool MayHold(const DiagParamDef& def) const override;
   void ReadLate(DiagParams& values) override;
 
@@ -48,6 +60,8 @@ class CFileItem : public CVDiagItem, private CLateValues {
   const std::string m_name;
   std::optional<FileInfo> m_info;  // of the listing, until it is used
   bool m_hasVanished = false;
+  std::optional<CFillDeadline> m_deadline;  // of the first filling
+  Ref<const FilesOptions> m_poOptions;      // null when the content is not asked for
 };
 
 }  // namespace kestra

@@ -10,7 +10,7 @@ class CFilesLock {
  public:
   // Waits until the lock is free, or pTermination (may be null) is signalled.
   explicit CFilesLock(const os::CWaitable* pTermination)
-      : m_optex("MarloFilesOptex", 4000),
+      : m_optex("MarloFilesOptex", 4000, 1, &pTermination),
         // Enter may answer false with the lock in hand, and who does not leave it then locks out
         // all others for good.
         m_isHeld(m_optex.Enter(1, &pTermination, os::kInfinite) || m_optex.IsHeldByCaller()) {}

@@ -81,13 +81,19 @@ class CFileWriter {
 };
 
 // What a link in a path's last place means for an operation: the file that it leads to, or
-// kErrorAccessDenied. A link that leads nowhere is kErrorFileNotFound.
+// kErrorAccessDenied. A link that leads nowhere is kErrorFileNotFound. On Linux it is not followed
+// either, with kErrorAccessDenied, where another user may have laid it as a trap: it is neither the
+// caller's nor root's, in a directory that others can write (with or without the sticky bit; the
+// owner of a directory, other than root, can write it). The same holds for each further link that
+// such a link leads to, but not for links in the place of a directory on the way.
 enum class LastLink { Follow, Refuse };
 
 // What may stand where a file is written.
 enum class Existing {
-  Replace,  // a plain file: its attributes (and on Linux its owner and mode, where the system lets
-            // us set them) pass over to the new one; another hard link keeps what it held
+  Replace,  // a plain file: its attributes pass over to the new one; another hard link keeps what
+            // it held. On Linux the owner, mode and access list pass over too, and Commit fails
+            // with kErrorAccessDenied where the system does not let us set the owner or the list;
+            // where it does not let us set the group, rights are taken away and none are given
   Refuse,   // nothing: kErrorFileExists otherwise, also when it came while we wrote
 };
 
@@ -117,7 +123,9 @@ class CFileSystem {
   // rights are of no account for one that is replaced. With Existing::Replace a file that the
   // caller may not write is refused with kErrorAccessDenied, also where the right to replace it in
   // its directory would be there. With LastLink::Follow the file that the link leads to is written,
-  // and the link stays.
+  // and the link stays. Since the new file takes the old one's place, on Linux a file in a
+  // directory that the caller may not write cannot be replaced (kErrorAccessDenied), nor one that
+  // is a mount point of its own (kErrorBusy, from Commit); nothing is changed then.
   virtual SystemError BeginWrite(const std::string& path, LastLink lastLink, Existing existing,
                                  NewRights rights, std::unique_ptr<CFileWriter>& writer) = 0;
   // Removes a file, or a link but not what it leads to. kErrorAccessDenied for a directory.

@@ -11,6 +11,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 
 #include "platform/base/SystemError.h"
@@ -40,11 +41,17 @@ struct SharedRecord {
 // that a dying process has left signalled. Names may hold any bytes and have any length; those of
 // memories and of events are apart. size is 1 to 4096 bytes, and the same for all who open the name
 // (kErrorInvalidParameter otherwise). kErrorAccessDenied when there is no safe place for named
-// objects, kErrorTimeout when another process does not let us in within ten seconds.
+// objects. Openings happen one at a time: kErrorCancelled when one of stops (any may be null) is
+// signalled before our turn, kErrorTimeout when it does not come within ten seconds, or within one
+// where there is nothing to stop for.
 //
-// On Linux they are files where the named locks are (NamedLock.h). The files stay there when all
-// are gone, so names should be few.
+// On Linux they are files where the named locks are (NamedLock.h), and long names are told apart in
+// the same way. Processes in different PID namespaces (pid_namespaces(7)) never share a record,
+// since thread numbers in it would not be unique. Needs /proc. Who goes last removes the files;
+// those of killed processes, and of one that could not look in time whether it is the last, stay
+// until the name's next user goes.
 SystemError OpenSharedRecord(const std::string& memoryName, size_t size,
-                             const std::string& eventName, SharedRecord& record);
+                             const std::string& eventName, SharedRecord& record,
+                             std::span<const CWaitable* const> stops = {});
 
 }  // namespace kestra::os

@@ -32,6 +32,10 @@ std::unique_ptr<CThreadHandle> StartThread(std::function<void()> body, size_t st
 // The system's number of the calling thread.
 uint32_t CurrentThreadId();
 
+// How many processors of the machine are in use, whichever of them this process may run on; 0 when
+// the system does not tell.
+uint32_t OnlineProcessors();
+
 // How many bytes of the calling thread's stack are left below this call's frame. A very large
 // number where the system cannot tell.
 size_t RemainingStack();

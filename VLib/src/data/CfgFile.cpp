@@ -73,7 +73,8 @@ bool ReadWholeFile(CFileReader& reader, CTerminationLook& termination, FileInfo&
 bool WriteWholeFile(CFileSystem& files, const std::string& path, std::string_view bytes,
                     CTerminationLook& termination) {
   std::unique_ptr<CFileWriter> writer;
-  if (files.BeginWrite(path, LastLink::Follow, Existing::Replace, NewRights::Usual, writer) != kErrorSuccess)
+  if (files.BeginWrite(path, LastLink::Follow, Existing::Replace, NewRights::Usual, writer) !=
+      kErrorSuccess)
     return false;
   while (!bytes.empty()) {
     if (termination.IsOverNow()) return false;

@@ -16,9 +16,12 @@
 // the bytes, no cipher), and inside it a zlib compression.
 //
 // Threads: one at a time per tree. Nesting costs no stack, in any operation, the destructor's
-// included. Memory and time follow the size of the file, whatever a file's header claims. Every
-// load and save takes a termination event that may be null; one that is signalled ends it with
-// false.
+// included. Time and memory follow the length of the text, whatever a file's header claims; a tree
+// of tiny values takes some fifty times its text. The text is the file itself, or, out of a
+// compressed file, at most 64 times as long and never beyond 256 MiB, but always up to 1 MiB: what
+// claims to be longer is not decompressed, and what would become longer is saved without
+// compression. Every load and save takes a termination event that may be null; one that is
+// signalled ends it with false.
 #pragma once
 
 #include <cstdint>
@@ -52,6 +55,7 @@ enum class CfgLayout { Cfg, Ini };
 enum class CfgMode {
   All,      // its keys, and every section below it
   OwnKeys,  // its keys up to its first child, which is kept by name only
+  Skip,     // nothing: it is read and forgotten, and the load only tells that it can be read
 };
 
 // Bit 0 of the quote flags. Reading: double quotes around a value are taken off. Writing: a value

@@ -60,8 +60,7 @@ class CCfgReader {
   CCfgReader(CfgNode& root, std::string_view sectionPath, CfgMode mode, uint32_t quoteFlags,
              CfgLayout layout)
       : m_quoteFlags(quoteFlags), m_isIni(layout == CfgLayout::Ini) {
-    const bool takesAll = mode == CfgMode::All;
-    m_open.push_back({&root, TrimBackslashes(sectionPath), takesAll ? Take::All : Take::OwnKeys});
+    m_open.push_back({&root, TrimBackslashes(sectionPath), mode});
   }
 
   void ReadLine(const Line& line) {
@@ -73,16 +72,15 @@ class CCfgReader {
   bool IsAtEnd() const { return m_open.empty(); }
 
  private:
-  enum class Take { All, OwnKeys, Nothing };
   struct Section {
     CfgNode* pNode;
     std::string_view wanted;  // path below this section to what is loaded; empty: this section is
-    Take take;
+    CfgMode mode;
   };
 
   void AddValue(const Line& line) {
     const Section& section = m_open.back();
-    if (m_skipped > 0 || section.take == Take::Nothing || !section.wanted.empty()) return;
+    if (m_skipped > 0 || section.mode == CfgMode::Skip || !section.wanted.empty()) return;
     const std::string_view text =
         (m_quoteFlags & kCfgQuotes) != 0 ? WithoutQuotes(line.text) : line.text;
     section.pNode->Values.push_back(MakeRef<CfgValue>(std::string(line.name), std::string(text)));
@@ -98,16 +96,16 @@ class CCfgReader {
     const std::string_view first = m_open.back().wanted.substr(0, separator);
     Section& section = m_open.back();
     const bool isWanted = section.wanted.empty() || EqualsNoCase(name, first);
-    if (m_skipped > 0 || section.take == Take::Nothing || !isWanted) {
+    if (m_skipped > 0 || section.mode == CfgMode::Skip || !isWanted) {
       ++m_skipped;
       return;
     }
-    if (section.take == Take::OwnKeys && section.wanted.empty()) section.take = Take::Nothing;
+    if (section.mode == CfgMode::OwnKeys && section.wanted.empty()) section.mode = CfgMode::Skip;
     const std::string_view rest = separator == std::string_view::npos
                                       ? std::string_view()
                                       : TrimBackslashes(section.wanted.substr(separator));
     CfgNode& child = section.pNode->AddSection(std::string(name));
-    m_open.push_back({&child, rest, section.take});
+    m_open.push_back({&child, rest, section.mode});
   }
 
   void Close() {

@@ -4,7 +4,7 @@
 #include <string>
 
 #include "VLib/src/data/CfgNode.h"
-#include "VLib/src/data/TerminationLook.h"
+#include "VLib/src/threads/TerminationLook.h"
 
 namespace kestra {
 

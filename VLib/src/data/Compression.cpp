@@ -71,7 +71,7 @@ class CStream {
 }  // namespace
 
 std::optional<std::string> CompressCfgText(std::string_view text, CTerminationLook& termination) {
-  if (text.size() <= kHeader || text.size() > kLargestCompressedText) return std::nullopt;
+  if (text.size() <= kHeader || text.size() > LargestTextOf(text.size())) return std::nullopt;
   CStream<deflate, deflateEnd> stream;
   if (deflateInit(stream.Get(), Z_DEFAULT_COMPRESSION) != Z_OK) return std::nullopt;
   std::string layer;
@@ -80,6 +80,7 @@ std::optional<std::string> CompressCfgText(std::string_view text, CTerminationLo
   AppendNumber(layer, kSecondMagic);
   const size_t shorter = text.size() - 1;
   if (!stream.Run(text, shorter, layer, termination)) return std::nullopt;
+  if (text.size() > LargestTextOf(layer.size())) return std::nullopt;
   return layer;
 }
 
@@ -92,7 +93,7 @@ std::optional<std::string> DecompressCfgText(std::string_view bytes,
                                              CTerminationLook& termination) {
   if (!HasCompressionHeader(bytes)) return std::nullopt;
   const size_t stated = NumberAt(bytes, 4);
-  if (stated > kLargestCompressedText) return std::nullopt;
+  if (stated > LargestTextOf(bytes.size())) return std::nullopt;
   CStream<inflate, inflateEnd> stream;
   if (inflateInit(stream.Get()) != Z_OK) throw std::bad_alloc();
   std::string text;

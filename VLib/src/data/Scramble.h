@@ -9,7 +9,7 @@
 #include <cstdint>
 #include <string>
 
-#include "VLib/src/data/TerminationLook.h"
+#include "VLib/src/threads/TerminationLook.h"
 
 namespace kestra {
 

@@ -8,6 +8,7 @@
 
 #include "VLib/src/paths/WininitFile.h"
 #include "VLib/src/system/OsKind.h"
+#include "VLib/src/threads/TerminationLook.h"
 #include "platform/machine/FileSystem.h"
 #include "platform/machine/SystemFacts.h"
 
@@ -20,10 +21,6 @@ constexpr size_t kMaximumIniBytes = 1 << 20;
 
 std::atomic<bool> g_isRestartNeeded{false};
 
-bool IsTerminated(const os::CWaitable* pTermination) {
-  return pTermination && os::WaitAny({pTermination}, 0) != os::kWaitTimeOut;
-}
-
 std::string Join(const std::string& folder, const std::string& name) {
   return folder.ends_with('\\') ? folder + name : folder + "\\" + name;
 }
@@ -31,8 +28,8 @@ std::string Join(const std::string& folder, const std::string& name) {
 // All that a directory's own move needs before it: its content, the deepest first.
 class CMoveCollector {
  public:
-  CMoveCollector(CFileSystem& files, const os::CWaitable* pTermination)
-      : m_files(files), m_pTermination(pTermination) {}
+  CMoveCollector(CFileSystem& files, CTerminationLook& termination)
+      : m_files(files), m_termination(termination) {}
 
   std::vector<std::pair<std::string, std::string>> Moves;
 
@@ -52,7 +49,7 @@ class CMoveCollector {
     SystemError error = m_files.OpenDirectory(from, listing);
     std::string name;
     while (error == kErrorSuccess) {
-      if (IsTerminated(m_pTermination)) return kErrorCancelled;
+      if (m_termination.IsOverNow()) return kErrorCancelled;
       error = listing->Next(name);
       if (error == kErrorSuccess && name != "." && name != "..")
         error = AddEntry(*listing, Join(from, name), to.empty() ? to : Join(to, name), depth + 1);
@@ -69,15 +66,18 @@ class CMoveCollector {
   }
 
   CFileSystem& m_files;
-  const os::CWaitable* m_pTermination;
+  CTerminationLook& m_termination;
 };
 
 SystemError RenameOnNt(CFileSystem& files, const std::string& from, const std::string& to,
                        FileKind kind, const os::CWaitable* pTermination) {
-  CMoveCollector collector(files, pTermination);
+  CTerminationLook termination(pTermination);
+  CMoveCollector collector(files, termination);
   SystemError error = collector.Add(from, to, kind, 0);
-  for (size_t i = 0; error == kErrorSuccess && i < collector.Moves.size(); ++i)
+  for (size_t i = 0; error == kErrorSuccess && i < collector.Moves.size(); ++i) {
+    if (termination.IsOverNow()) return kErrorCancelled;
     error = files.MoveAtBoot(collector.Moves[i].first, collector.Moves[i].second);
+  }
   return error;
 }
 

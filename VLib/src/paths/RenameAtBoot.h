@@ -18,8 +18,9 @@ namespace kestra {
 // kErrorInsufficientBuffer when that section would grow beyond what the system reads. Fails with
 // kErrorCallNotImplemented on a machine that can do neither (Linux), with the error of the file
 // facility when from cannot be read or the list not be written, and with kErrorCancelled when
-// pTermination (may be null) is signalled. Nothing is put down then, unless the system refused in
-// the middle of a directory.
+// pTermination (may be null) is signalled. Nothing is put down then, unless the system refused, or
+// the signal came, in the middle of a directory of the NT family: what is deepest in it is put down
+// first, and the system has no means to take that back.
 SystemError RenameAtBoot(CMachine& machine, const std::string& from, const std::string& to,
                          const os::CWaitable* pTermination);
 

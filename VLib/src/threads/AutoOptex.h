@@ -14,12 +14,13 @@ namespace kestra {
 
 class AutoOptex {
  public:
-  // With create false it does nothing. An empty name makes an unnamed optex.
+  // With create false it does nothing. An empty name makes an unnamed optex. The extra handles end
+  // the opening of a named one as they end the wait.
   AutoOptex(uint32_t extraCount, const os::CWaitable* const* extraHandles, uint32_t timeout,
             bool create, const std::string& name, uint32_t spinCount) {
     if (!create) return;
     m_pOptex = name.empty() ? std::make_unique<Optex>(spinCount)
-                            : std::make_unique<Optex>(name, spinCount);
+                            : std::make_unique<Optex>(name, spinCount, extraCount, extraHandles);
     Locked = m_pOptex->Enter(extraCount, extraHandles, timeout);
   }
   ~AutoOptex() {

@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "VLib/src/threads/TerminationLook.h"
 #include "VLib/src/threads/Thread.h"
 
 namespace kestra {
@@ -41,9 +42,7 @@ bool CallOrLeave(std::function<void()> call, const os::CWaitable* pTermination) 
     call();
     return true;
   }
-  // Also a handle that the system refuses to wait for: a call that nothing could interrupt is not
-  // begun.
-  if (os::WaitAny({pTermination}, 0) != os::kWaitTimeOut) return false;
+  if (CTerminationLook(pTermination).IsOverNow()) return false;
   const auto thread = MakeRef<CCallThread>(call);
   if (!thread->Returned.IsValid() || !thread->Start()) {
     call();

@@ -1,6 +1,6 @@
 #include "VLib/src/threads/Optex.h"
 
-#include <thread>
+#include <span>
 #include <vector>
 
 #include "platform/os/Event.h"
@@ -16,6 +16,7 @@ constexpr uint32_t kMaximumWaitObjects = 64;
 class CPrivateEvent final : public os::CSharedEvent {
  public:
   void Set() override { m_event.Set(); }
+  bool IsValid() const { return m_event.IsValid(); }
   os::NativeHandle Native() const override { return m_event.Native(); }
   bool Consume() const override { return m_event.Consume(); }
 
@@ -25,8 +26,15 @@ class CPrivateEvent final : public os::CSharedEvent {
 
 void LearnProcessors(std::atomic<int32_t>& uniProcessor) {
   int32_t unknown = -1;
-  const bool isOne = std::thread::hardware_concurrency() == 1;
+  const bool isOne = os::OnlineProcessors() == 1;
   if (uniProcessor.load() == unknown) uniProcessor.compare_exchange_strong(unknown, isOne ? 1 : 0);
+}
+
+// Handles that no wait would take are as none.
+std::span<const os::CWaitable* const> UsableHandles(uint32_t count,
+                                                    const os::CWaitable* const* handles) {
+  if (count >= kMaximumWaitObjects || !handles) return {};
+  return {handles, count};
 }
 
 }  // namespace
@@ -35,17 +43,21 @@ std::atomic<int32_t> Optex::UniProcessor{-1};
 
 Optex::Optex(uint32_t spinCount) : Optex(std::string(), spinCount) {}
 
-Optex::Optex(const std::string& name, uint32_t spinCount) {
+Optex::Optex(const std::string& name, uint32_t spinCount, uint32_t extraCount,
+             const os::CWaitable* const* extraHandles) {
   LearnProcessors(UniProcessor);
   if (name.empty()) {
-    hEvent = std::make_unique<CPrivateEvent>();
+    auto pEvent = std::make_unique<CPrivateEvent>();
+    if (!pEvent->IsValid()) return;
+    hEvent = std::move(pEvent);
     m_pOwnRecord = std::make_unique<OptexRecord>();
     Shared = m_pOwnRecord.get();
   } else {
     const std::string memoryName = ("Optex_MMF_" + name).substr(0, kLongestName);
     const std::string eventName = ("Optex_Event_" + name).substr(0, kLongestName);
     os::SharedRecord record;
-    if (os::OpenSharedRecord(memoryName, sizeof(OptexRecord), eventName, record) != kErrorSuccess)
+    if (os::OpenSharedRecord(memoryName, sizeof(OptexRecord), eventName, record,
+                             UsableHandles(extraCount, extraHandles)) != kErrorSuccess)
       return;
     hEvent = std::move(record.event);
     hMapping = std::move(record.memory);

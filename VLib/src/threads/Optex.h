@@ -37,17 +37,22 @@ class Optex {
 
   // Between the threads of this process.
   explicit Optex(uint32_t spinCount);
-  // Between all who use the name, which is UTF-8. Where the system keeps its names in wide
-  // characters it is converted there, so one form serves both. An empty name is as none. The name
-  // counts with its prefix up to 99 bytes; two names that differ only behind that are one.
-  Optex(const std::string& name, uint32_t spinCount);
+  // Between all who use the name, which is UTF-8. The handles, of which there may be as many as
+  // Enter takes, end the wait for the turn to open it, which may last when another process hangs
+  // (SharedRecord.h). Where the system keeps its names in wide characters it is converted there, so
+  // one form serves both. An empty name is as none. The name counts with its prefix up to 99 bytes;
+  // two names that differ only behind that are one.
+  Optex(const std::string& name, uint32_t spinCount, uint32_t extraCount = 0,
+        const os::CWaitable* const* extraHandles = nullptr);
   Optex(const Optex&) = delete;
   Optex& operator=(const Optex&) = delete;
 
-  // False when the named record could not be opened: nothing is ever entered then.
+  // False when the named record could not be opened, or the system had no handle left for an
+  // unnamed one: nothing is ever entered then.
   bool IsOpen() const { return Shared != nullptr; }
-  // Sets how often the fast path is tried again, for all who have the name open. Does nothing on
-  // one processor. Every constructor does it, so the last one made counts.
+  // Sets how often the fast path is tried again, for all who have the name open; a count above
+  // kMostSpins (OptexRecord.h) works as that. Does nothing on one processor. Every constructor
+  // does it, so the last one made counts.
   void SetSpinCount(uint32_t count);
   bool TryEnter();
   // Waits for the lock, for any of the extra handles, or for timeout milliseconds (os::kInfinite:

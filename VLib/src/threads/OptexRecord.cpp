@@ -1,5 +1,6 @@
 #include "VLib/src/threads/OptexRecord.h"
 
+#include <algorithm>
 #include <atomic>
 
 // Only LockCount decides who holds the lock. The other words are written by the holder alone; they
@@ -16,8 +17,9 @@ static_assert(Word::is_always_lock_free, "a lock of the library's would not reac
 
 bool TryEnterRecord(OptexRecord& record, uint32_t caller) {
   const Word lockCount(record.LockCount);
-  const uint64_t tries = uint64_t{Word(record.SpinCount).load(std::memory_order_relaxed)} + 1;
-  for (uint64_t i = 0; i < tries; ++i) {
+  const uint32_t spins = Word(record.SpinCount).load(std::memory_order_relaxed);
+  const uint32_t tries = std::min(spins, kMostSpins) + 1;
+  for (uint32_t i = 0; i < tries; ++i) {
     uint32_t expected = 0;
     if (lockCount.compare_exchange_strong(expected, 1)) {
       OwnRecord(record, caller);

@@ -19,7 +19,11 @@ static_assert(sizeof(OptexRecord) == 16 && offsetof(OptexRecord, LockCount) == 4
 // The functions below may run in any number of threads and processes at once. caller is the calling
 // thread's number.
 
-// The fast path: SpinCount + 1 tries to take the record if it is free, or to enter it once more.
+// Others write the record too, and what they write must not hold up the caller for seconds.
+inline constexpr uint32_t kMostSpins = 100'000;
+
+// The fast path: SpinCount, but at most kMostSpins, and 1 more tries to take the record if it is
+// free, or to enter it once more.
 bool TryEnterRecord(OptexRecord& record, uint32_t caller);
 
 enum class OptexEntry {

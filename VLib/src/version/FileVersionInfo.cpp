@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "VLib/src/text/Text.h"
+#include "VLib/src/threads/TerminationLook.h"
 #include "VLib/src/version/PeFile.h"
 #include "VLib/src/version/VersionBlock.h"
 #include "platform/machine/FileSystem.h"
@@ -17,7 +18,7 @@ namespace {
 class CFileSource final : public CByteSource {
  public:
   CFileSource(CFileReader& reader, const os::CWaitable* pTermination)
-      : m_reader(reader), m_pTermination(pTermination) {}
+      : m_reader(reader), m_termination(pTermination) {}
 
   SystemError ReadAt(uint64_t offset, size_t length, std::string& bytes) override {
     if (!Holds(offset, length)) {
@@ -44,7 +45,7 @@ class CFileSource final : public CByteSource {
     // A file is read from its start, so that the first read needs no seek.
     SystemError error = offset == m_position ? kErrorSuccess : m_reader.Seek(offset);
     while (error == kErrorSuccess && !m_isAtEnd && m_window.size() < length) {
-      if (m_pTermination && os::WaitAny({m_pTermination}, 0) == 0) {
+      if (m_termination.IsOverNow()) {
         error = kErrorCancelled;
         break;
       }
@@ -58,7 +59,7 @@ class CFileSource final : public CByteSource {
   }
 
   CFileReader& m_reader;
-  const os::CWaitable* m_pTermination;
+  CTerminationLook m_termination;
   std::string m_window;
   uint64_t m_offset = 0;    // of the window
   uint64_t m_position = 0;  // of the reader

@@ -121,6 +121,10 @@ uint32_t CurrentThreadId() {
   return id;
 }
 
+uint32_t OnlineProcessors() {
+  return static_cast<uint32_t>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 0L));
+}
+
 size_t RemainingStack() {
   thread_local const uintptr_t end = StackEnd();
   const auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));

@@ -53,7 +53,7 @@ SystemError StartChild(const std::string& commandLine, const std::string& direct
 // Has the desktop open a document, a folder or an address with the program that is meant for it.
 // child may come back null with success where no new program was needed. On Linux xdg-open does it,
 // and is the child; arguments and shellMask have no meaning there. kErrorCallNotImplemented without
-// xdg-open.
+// xdg-open; kErrorFileNotFound or kErrorPathNotFound for a missing file or directory.
 SystemError OpenByShell(const std::string& file, const std::string& arguments,
                         const std::string& directory, uint32_t shellMask, uint32_t showWindow,
                         std::unique_ptr<CChildProcess>& child);

@@ -1,8 +1,10 @@
 // Files that mean harm. They are loaded on a thread with a small stack.
 #include <gtest/gtest.h>
+#include <zlib.h>
 
 #include <chrono>
 #include <functional>
+#include <random>
 #include <string>
 
 #include "VLib/src/data/CfgNode.h"
@@ -84,6 +86,25 @@ std::string WithHeader(const std::string& length, const std::string& stream) {
   return "\xBD\xAC\x9B\x8A" + length + "\x8A\x9B\xAC\xBD" + stream;
 }
 
+// The zlib stream of a text, as any other program may make it.
+std::string Deflated(const std::string& text) {
+  std::string stream(compressBound(text.size()), '\0');
+  uLongf size = stream.size();
+  EXPECT_EQ(compress(reinterpret_cast<Bytef*>(stream.data()), &size,
+                     reinterpret_cast<const Bytef*>(text.data()), text.size()),
+            Z_OK);
+  stream.resize(size);
+  return stream;
+}
+
+// Bytes that do not become shorter.
+std::string Noise(size_t size) {
+  std::mt19937 random(1);
+  std::string noise(size, '\0');
+  for (char& c : noise) c = static_cast<char>(random());
+  return noise;
+}
+
 std::string Scrambled(std::string bytes) {
   CTerminationLook never(nullptr);
   EXPECT_TRUE(Scramble(bytes, 5, never));
@@ -123,6 +144,38 @@ TEST(CfgBadInput, CompressionHeadersThatLie) {
     EXPECT_TRUE(plain.LoadBytes(test.layer, "", CfgMode::All, 0, CfgLayout::Cfg));
     EXPECT_NE(Show(plain), right);
   }
+}
+
+// What the text of a small file may come to, as our own writer keeps to it.
+TEST(CfgBadInput, CompressionThatIsTooGoodToBeTrue) {
+  CTerminationLook never(nullptr);
+  constexpr size_t kFree = 1 << 20;
+  constexpr size_t kRatio = 64;
+  const std::string noise = Noise(100'000);
+  struct Case {
+    size_t blanks;
+    bool isCompressed;
+  };
+  const Case cases[] = {
+      {kFree, true}, {kFree + 1, false}, {kFree * 256, false}, {kFree * 256 + 1, false}};
+  for (const Case& test : cases) {
+    const std::string text(test.blanks, ' ');
+    EXPECT_EQ(CompressCfgText(text, never).has_value(), test.isCompressed) << test.blanks;
+  }
+  // The same stream, with more and more behind it that makes the layer longer and means nothing.
+  const std::string text(2 * kFree, ' ');
+  const std::string layer = WithHeader(std::string("\0\0\x20\0", 4), Deflated(text));
+  for (const size_t size : {layer.size(), 2 * kFree / kRatio - 1, 2 * kFree / kRatio}) {
+    std::string padded = layer;
+    padded.resize(size);
+    EXPECT_EQ(DecompressCfgText(padded, never).has_value(), size == 2 * kFree / kRatio) << size;
+  }
+  // Beyond the first MiB a text that is only in part a repetition is compressed.
+  const std::string mixed = noise + std::string(2 * kFree, ' ');
+  const auto compressed = CompressCfgText(mixed, never);
+  ASSERT_TRUE(compressed);
+  EXPECT_LT(compressed->size(), noise.size() + mixed.size() / kRatio);
+  EXPECT_EQ(DecompressCfgText(*compressed, never), mixed);
 }
 
 TEST(CfgBadInput, AnySingleDamageIsReadOrNot) {

@@ -1,17 +1,19 @@
 // Whatever fails, and whenever a load or save is ended: what was saved before is there, whole.
 #include <gtest/gtest.h>
 
+#include <random>
 #include <string>
 
 #include "VLib/src/data/CfgNode.h"
-#include "platform/os/Event.h"
 #include "tests/VLib/data/CfgTrees.h"
+#include "tests/support/EventAtLook.h"
 #include "tests/support/FailingMachine.h"
 #include "tests/support/FakeMachine.h"
 
 namespace kestra {
 namespace {
 
+using test::CEventAtLook;
 using test::CFailingMachine;
 using test::CFakeMachine;
 using test::Show;
@@ -22,9 +24,12 @@ constexpr uint32_t kMostCalls = 200;
 // A tree whose text takes several pieces to write, and looks at the event in all stages.
 Ref<CfgNode> BigTree(const std::string& text) {
   auto root = MakeRef<CfgNode>();
+  std::mt19937 random(1);
   for (int i = 0; i < 30; ++i) {
+    std::string digits;  // those compress, but not out of all measure
+    while (digits.size() < 60'000) digits += std::to_string(random() % 1000) + std::string(20, 'x');
     CfgNode& section = root->AddSection("S" + std::to_string(i));
-    section.SetText("text", text + std::string(60'000, 'x'));
+    section.SetText("text", text + digits);
   }
   return root;
 }
@@ -85,22 +90,6 @@ TEST(CfgFault, ALoadWhoseNthCallFails) {
   EXPECT_GT(call, 3u);
   EXPECT_LT(call, kMostCalls);
 }
-
-// An event that is found signalled at the n-th look and at every later one.
-class CEventAtLook final : public os::CWaitable {
- public:
-  explicit CEventAtLook(uint32_t look) : m_look(look) { m_signalled.Set(); }
-  os::NativeHandle Native() const override {
-    return ++m_looks >= m_look ? m_signalled.Native() : m_quiet.Native();
-  }
-  bool WasSeen() const { return m_looks >= m_look; }
-
- private:
-  uint32_t m_look;
-  mutable uint32_t m_looks = 0;
-  os::CEvent m_signalled;
-  os::CEvent m_quiet;
-};
 
 TEST(CfgFault, CancelAtTheNthLook) {
   Fixture test(77);

@@ -25,6 +25,7 @@ struct SelectCase {
 TEST(CfgFile, SelectiveLoading) {
   constexpr auto All = CfgMode::All;
   constexpr auto Own = CfgMode::OwnKeys;
+  constexpr auto Skip = CfgMode::Skip;
   constexpr auto Cfg = CfgLayout::Cfg;
   constexpr auto Ini = CfgLayout::Ini;
   const std::string nested =
@@ -47,6 +48,10 @@ TEST(CfgFile, SelectiveLoading) {
       {"A\\B", All, Ini, "[A|][A|]"},
       {"", Own, Ini, "r=0;[A|]"},
       {"C", Own, Ini, "[C|]"},
+      {"", Skip, Cfg, ""},
+      {"A\\B", Skip, Cfg, ""},
+      {"", Skip, Ini, ""},
+      {"A", Skip, Ini, ""},
   };
   for (const SelectCase& test : cases) {
     CfgNode node;

@@ -1,8 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+
 #include "VLib/src/paths/RenameAtBoot.h"
 #include "VLib/src/paths/WininitFile.h"
 #include "platform/os/Event.h"
+#include "tests/support/EventAtLook.h"
 #include "tests/support/FakeMachine.h"
 
 namespace kestra {
@@ -86,6 +89,26 @@ TEST(RenameAtBoot, OnNtPutsDownNothingWhenTheContentCannotBeRead) {
   EXPECT_EQ(machine->files.MovesAtBoot(), Moves());
   machine->files.isReadOnly = true;
   EXPECT_EQ(Rename(*machine, "C:\\d\\a.dll", ""), kErrorWriteProtect);
+}
+
+TEST(RenameAtBoot, OnNtStopsAtAnyPointWhenCancelled) {
+  const Moves all = {{"C:\\d\\a", ""}, {"C:\\d\\b", ""}, {"C:\\d\\c", ""}, {"C:\\d", ""}};
+  size_t withinTheMoves = 0;
+  for (uint32_t look = 1;; ++look) {
+    ASSERT_LT(look, 50u);
+    const auto machine = Machine(9);
+    for (const char* name : {"a", "b", "c"}) machine->files.Add(std::string("C:\\d\\") + name, {});
+    const test::CEventAtLook cancel(look);
+    const SystemError error = RenameAtBoot(*machine, "C:\\d", "", &cancel);
+    const Moves moves = machine->files.MovesAtBoot();
+    ASSERT_LE(moves.size(), all.size());
+    EXPECT_TRUE(std::equal(moves.begin(), moves.end(), all.begin())) << look;
+    EXPECT_EQ(error, cancel.WasSeen() ? kErrorCancelled : kErrorSuccess) << look;
+    EXPECT_EQ(moves.size() == all.size(), !cancel.WasSeen()) << look;
+    if (!cancel.WasSeen()) break;
+    withinTheMoves += moves.empty() ? 0 : 1;
+  }
+  EXPECT_EQ(withinTheMoves, all.size() - 1);
 }
 
 TEST(RenameAtBoot, On9xWritesShortNamesIntoTheIni) {

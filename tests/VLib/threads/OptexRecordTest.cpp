@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 
 #include "VLib/src/threads/OptexRecord.h"
+#include "platform/os/Clock.h"
 
 namespace kestra {
 
@@ -38,6 +39,14 @@ TEST(OptexRecord, IsEnteredOnTheFastPath) {
     EXPECT_EQ(TryEnterRecord(record, kCaller), test.isEntered);
     EXPECT_EQ(record, test.after);
   }
+}
+
+// The record may be written by anybody of the user's.
+TEST(OptexRecord, DoesNotSpinForEver) {
+  OptexRecord record{0xFFFFFFFF, 1, kOther, 1};
+  const uint32_t start = os::TickCount();
+  EXPECT_FALSE(TryEnterRecord(record, kCaller));
+  EXPECT_LT(os::TickCount() - start, 2000u);
 }
 
 TEST(OptexRecord, CountsWhoComesBehindTheFastPath) {

@@ -8,10 +8,12 @@
 #include "platform/os/Clock.h"
 #include "platform/os/Event.h"
 #include "platform/os/HostFile.h"
+#include "platform/os/NamedLock.h"
 #include "platform/os/Thread.h"
 #include "tests/support/LockCounter.h"
 #include "tests/support/UniqueName.h"
 #include "tests/support/linux/ChildProcess.h"
+#include "tests/support/linux/HeldGuard.h"
 
 namespace kestra {
 namespace {
@@ -68,11 +70,13 @@ TEST(Optex, IsEnteredAgainByItsOwner) {
   EXPECT_TRUE(optex.Enter(0, nullptr, 0));
   EXPECT_TRUE(optex.TryEnter());
   optex.Leave();
+  EXPECT_TRUE(optex.IsHeldByCaller());
   EXPECT_EQ(seen.Get().ThreadId, os::CurrentThreadId());
   EXPECT_EQ(seen.Get().RecurseCount, 1u);
   EXPECT_EQ(seen.Get().LockCount, 1u);
   EXPECT_FALSE(EnterInThread(optex, 0));
   optex.Leave();
+  EXPECT_FALSE(optex.IsHeldByCaller());
   EXPECT_EQ(seen.Get().ThreadId, 0u);
 }
 
@@ -90,7 +94,7 @@ TEST(Optex, SpinsOnlyOnSeveralProcessors) {
   }
   const CScopedUniProcessor scope(-1);
   const Optex optex(kSpinCount);
-  EXPECT_EQ(Optex::UniProcessor, std::thread::hardware_concurrency() == 1 ? 1 : 0);
+  EXPECT_EQ(Optex::UniProcessor, os::OnlineProcessors() == 1 ? 1 : 0);
 }
 
 // After each of these the record keeps the count of who gave up, and the lock goes on to exclude.
@@ -163,6 +167,17 @@ TEST(Optex, WakesWhoWaits) {
     optex.Leave();
     waiter.join();
     EXPECT_TRUE(isEntered);
+  }
+}
+
+TEST(Optex, IsNeverEnteredWhereNoHandleIsLeft) {
+  for (const char* name : {"", "test.no-handle"}) {
+    EXPECT_EQ(test::RunWithoutDescriptors([&] {
+                Optex optex(name, 0);
+                return optex.IsOpen() || optex.TryEnter() || optex.Enter(0, nullptr, 0) ? 1 : 0;
+              }),
+              0)
+        << name;
   }
 }
 
@@ -239,6 +254,23 @@ TEST(AutoOptex, HoldsForAScope) {
     EXPECT_FALSE(none.Locked);
   }
   EXPECT_EQ(seen.Get().ThreadId, 0u);
+}
+
+TEST(AutoOptex, StopsWaitingForItsTurnToOpen) {
+  if (!test::IsRoot()) GTEST_SKIP() << "would hold up other tests";
+  std::unique_ptr<os::CNamedLock> turn;  // two such tests at once would hold up each other
+  ASSERT_EQ(os::AcquireNamedLock("test.held-guard", nullptr, 20'000, turn),
+            os::NamedLockResult::Held);
+  EXPECT_TRUE(test::RunAsOrdinaryUser([] {
+    const CUniqueName name;
+    const test::CHeldGuard guard;
+    os::CEvent cancel;
+    cancel.Set();
+    const os::CWaitable* const pCancel = &cancel;
+    const uint32_t start = os::TickCount();
+    const AutoOptex lock(1, &pCancel, os::kInfinite, true, name, kSpinCount);
+    return !lock.Locked && os::TickCount() - start < 250;
+  }));
 }
 
 TEST(AutoOptex, DoesNotLeaveWhatItDidNotGet) {

@@ -2,6 +2,7 @@
 
 #include <signal.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -56,11 +57,21 @@ int RunInChild(const std::function<int()>& body) {
   return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
+int RunWithoutDescriptors(const std::function<int()>& body) {
+  return RunInChild([&] {
+    const rlimit none{0, 0};
+    return setrlimit(RLIMIT_NOFILE, &none) == 0 ? body() : -1;
+  });
+}
+
+bool IsRoot() {
+  return geteuid() == 0;
+}
+
 bool RunAsOrdinaryUser(const std::function<bool()>& body) {
   constexpr uid_t kNobody = 65534;
   return RunInChild([&] {
-           const bool isRoot = geteuid() == 0;
-           if (isRoot && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) return 2;
+           if (IsRoot() && (setgid(kNobody) != 0 || setuid(kNobody) != 0)) return 2;
            return body() ? 0 : 1;
          }) == 0;
 }

@@ -33,6 +33,11 @@ class CChildProcess {
 // child did not get there.
 int RunInChild(const std::function<int()>& body);
 
+// The same in a child that can open no descriptor more.
+int RunWithoutDescriptors(const std::function<int()>& body);
+
+bool IsRoot();
+
 // Runs body in a forked child as a user without rights ("nobody") and answers whether it returned
 // true. As an ordinary user already, the child stays what it is.
 bool RunAsOrdinaryUser(const std::function<bool()>& body);

@@ -34,7 +34,7 @@ SystemError CopyBytes(int source, CFileWriter& writer, const os::CWaitable* pTer
   constexpr size_t kPiece = 1 << 18;
   std::string bytes(kPiece, '\0');
   for (;;) {
-    if (pTermination && os::WaitAny({pTermination}, 0) == 0) return kErrorCancelled;
+    if (pTermination && os::WaitAny({pTermination}, 0) != os::kWaitTimeOut) return kErrorCancelled;
     const ssize_t count = read(source, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) return LastError();

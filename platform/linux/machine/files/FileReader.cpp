@@ -10,6 +10,7 @@
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/UniqueFd.h"
 #include "platform/linux/machine/files/FileStatus.h"
+#include "platform/linux/machine/files/Place.h"
 
 namespace kestra {
 namespace {
@@ -47,26 +48,40 @@ class CLinuxFileReader final : public CFileReader {
   bool m_isHidden;
 };
 
+bool IsPlainFile(const Place& place) {
+  struct stat status {};
+  return fstatat(place.directory.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0 &&
+         S_ISREG(status.st_mode);
+}
+
+// Follows no link: one that came since the file was looked at is refused.
+SystemError OpenNamedFile(int directory, const std::string& name, CUniqueFd& file) {
+  constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW;
+  // A look at a file should not show as its last access. Only its owner may ask for that.
+  CUniqueFd fd(openat(directory, name.c_str(), kFlags | O_NOATIME));
+  if (!fd && errno == EPERM) fd = CUniqueFd(openat(directory, name.c_str(), kFlags));
+  if (!fd) return errno == ELOOP ? kErrorAccessDenied : LastError();
+  struct stat status {};
+  if (fstat(fd.get(), &status) != 0) return LastError();
+  if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
+  file = std::move(fd);
+  return kErrorSuccess;
+}
+
 }  // namespace
 
 SystemError OpenPlainFile(const std::string& path, LastLink lastLink, CUniqueFd& file) {
   if (HasNul(path)) return kErrorInvalidName;
   // Looked at first, since the opening of a device may already do something.
-  const bool refusesLinks = lastLink == LastLink::Refuse;
   struct stat status {};
-  if ((refusesLinks ? lstat(path.c_str(), &status) : stat(path.c_str(), &status)) != 0)
-    return LastErrorOfPath(path);
-  if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
-  const int flags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | (refusesLinks ? O_NOFOLLOW : 0);
-  // A look at a file should not show as its last access. Only its owner may ask for that.
-  CUniqueFd fd(open(path.c_str(), flags | O_NOATIME));
-  if (!fd && errno == EPERM) fd = CUniqueFd(open(path.c_str(), flags));
-  // A link that came in between.
-  if (!fd) return refusesLinks && errno == ELOOP ? kErrorAccessDenied : LastErrorOfPath(path);
-  if (fstat(fd.get(), &status) != 0) return LastError();
-  if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
-  file = std::move(fd);
-  return kErrorSuccess;
+  if (lstat(path.c_str(), &status) != 0) return LastErrorOfPath(path);
+  if (S_ISREG(status.st_mode)) return OpenNamedFile(AT_FDCWD, path, file);
+  if (!S_ISLNK(status.st_mode) || lastLink == LastLink::Refuse) return kErrorAccessDenied;
+  Place place;
+  SystemError error = OpenPlace(path, place);
+  if (error == kErrorSuccess) error = FollowLinks(place);
+  if (error == kErrorSuccess && !IsPlainFile(place)) error = kErrorAccessDenied;
+  return error == kErrorSuccess ? OpenNamedFile(place.directory.get(), place.name, file) : error;
 }
 
 SystemError OpenLinuxFile(const std::string& path, LastLink lastLink,

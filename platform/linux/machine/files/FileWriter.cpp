@@ -1,7 +1,6 @@
 #include "platform/linux/machine/files/FileWriter.h"
 
 #include <fcntl.h>
-#include <stdlib.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -10,31 +9,12 @@
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/UniqueFd.h"
+#include "platform/linux/machine/files/Place.h"
 #include "platform/linux/machine/files/ReplacedFile.h"
 #include "platform/linux/machine/files/TemporaryFile.h"
 
 namespace kestra {
 namespace {
-
-// A name in an open directory: all later steps are taken there, whatever the path comes to mean.
-struct Place {
-  CUniqueFd directory;
-  std::string name;
-};
-
-SystemError OpenPlace(const std::string& path, Place& place) {
-  const size_t slash = path.rfind('/');
-  place.name = path.substr(slash == std::string::npos ? 0 : slash + 1);
-  if (path.empty()) return kErrorPathNotFound;
-  if (place.name.empty() || place.name == "." || place.name == "..") return kErrorAccessDenied;
-  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
-  place.directory = CUniqueFd(open(directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-  // One may write where one may not list.
-  if (!place.directory && errno == EACCES)
-    place.directory = CUniqueFd(open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
-  if (place.directory) return kErrorSuccess;
-  return errno == ENOENT ? kErrorPathNotFound : LastError();
-}
 
 // The directory's entry has to be on the disk too. It is in place by now and whole in any case, so
 // that a failure here decides nothing but what a crash of the system would show.
@@ -105,12 +85,13 @@ class CLinuxFileWriter final : public CFileWriter {
   SystemError m_error = kErrorSuccess;  // what every later call answers
 };
 
-// The path that a link leads to at last.
-SystemError ResolveLink(const std::string& path, std::string& target) {
-  const std::unique_ptr<char, decltype(&free)> resolved(realpath(path.c_str(), nullptr), free);
-  // The link is there, so what is missing is what it leads to.
-  if (!resolved) return errno == ENOENT ? kErrorFileNotFound : LastError();
-  target = resolved.get();
+// The mode of what stands at the place; 0 for nothing.
+SystemError FindFile(const Place& place, mode_t& mode) {
+  struct stat status {};
+  const bool isThere =
+      fstatat(place.directory.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0;
+  if (!isThere && errno != ENOENT) return LastError();
+  mode = isThere ? status.st_mode : 0;
   return kErrorSuccess;
 }
 
@@ -132,26 +113,17 @@ SystemError BeginLinuxWrite(const std::string& path, LastLink lastLink, Existing
   Place place;
   SystemError error = OpenPlace(path, place);
   if (error != kErrorSuccess) return error;
-  struct stat status {};
-  const int found =
-      fstatat(place.directory.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW);
-  if (found != 0 && errno != ENOENT) return LastError();
-  CUniqueFd replaced;
-  if (found == 0) {
-    if (existing == Existing::Refuse) return kErrorFileExists;
-    if (S_ISLNK(status.st_mode)) {
-      if (lastLink == LastLink::Refuse) return kErrorAccessDenied;
-      std::string target;
-      error = ResolveLink(path, target);
-      // What it leads to is no link, and if it has become one it is refused.
-      return error == kErrorSuccess
-                 ? BeginLinuxWrite(target, LastLink::Refuse, existing, rights, writer)
-                 : error;
-    }
-    if (!S_ISREG(status.st_mode)) return kErrorAccessDenied;
-    error = OpenReplaced(place, replaced);
-    if (error != kErrorSuccess) return error;
+  mode_t found = 0;
+  error = FindFile(place, found);
+  if (error == kErrorSuccess && found != 0 && existing == Existing::Refuse) return kErrorFileExists;
+  if (error == kErrorSuccess && S_ISLNK(found) && lastLink == LastLink::Follow) {
+    error = FollowLinks(place);
+    if (error == kErrorSuccess) error = FindFile(place, found);
   }
+  if (error != kErrorSuccess) return error;
+  CUniqueFd replaced;
+  if (found != 0) error = S_ISREG(found) ? OpenReplaced(place, replaced) : kErrorAccessDenied;
+  if (error != kErrorSuccess) return error;
   auto made = std::make_unique<CLinuxFileWriter>(std::move(place), std::move(replaced), existing);
   error = made->Open(rights);
   if (error == kErrorSuccess) writer = std::move(made);
@@ -164,11 +136,11 @@ SystemError BeginLinuxCopy(const std::string& path, mode_t mode, const timespec&
   Place place;
   SystemError error = OpenPlace(path, place);
   if (error != kErrorSuccess) return error;
-  struct stat status {};
+  mode_t found = 0;
   // Looked at now so that nothing is copied for no use; Commit does not replace either.
-  if (fstatat(place.directory.get(), place.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) == 0)
-    return kErrorFileExists;
-  if (errno != ENOENT) return LastError();
+  error = FindFile(place, found);
+  if (error == kErrorSuccess && found != 0) error = kErrorFileExists;
+  if (error != kErrorSuccess) return error;
   auto made = std::make_unique<CLinuxFileWriter>(std::move(place), CUniqueFd(), Existing::Refuse);
   error = made->OpenCopy(mode, writeTime);
   if (error == kErrorSuccess) writer = std::move(made);

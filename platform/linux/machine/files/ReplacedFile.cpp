@@ -38,9 +38,11 @@ void CopyUserAttributes(int from, int to) {
   }
 }
 
-// The group keeps what others have too: for a group that is not the one its bits were meant for.
-mode_t WithoutGroupRights(mode_t mode) {
-  return (mode & ~mode_t{S_IRWXG}) | (mode & ((mode & S_IRWXO) << 3) & S_IRWXG);
+// Only what the group and all others both have: who was in the group counts as another now, and
+// the other way round.
+mode_t WithoutGroup(mode_t mode) {
+  const mode_t common = mode & ((mode & S_IRWXG) >> 3) & S_IRWXO;
+  return (mode & S_IRWXU) | common << 3 | common;
 }
 
 }  // namespace
@@ -48,16 +50,20 @@ mode_t WithoutGroupRights(mode_t mode) {
 SystemError TakeOverAttributes(int from, int to) {
   struct stat status {};
   if (fstat(from, &status) != 0) return LastError();
-  // As after a write by any ordinary user, the bits that lend the owner's rights are gone.
-  mode_t mode = status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
   // Who cannot give a file away may still give it to a group of his.
-  const bool hasGroup = fchown(to, status.st_uid, status.st_gid) == 0 ||
-                        fchown(to, static_cast<uid_t>(-1), status.st_gid) == 0;
-  // With an access list the group's bits are its mask, which without it would say too much.
-  const bool hasAccessList = CopyAttribute(from, to, kAccessList.data());
-  if (!hasGroup || !hasAccessList) mode = WithoutGroupRights(mode);
+  if (fchown(to, status.st_uid, status.st_gid) != 0) {
+    [[maybe_unused]] const int result = fchown(to, static_cast<uid_t>(-1), status.st_gid);
+  }
+  // What counts is whom it belongs to now: some file systems know one owner only.
+  struct stat made {};
+  if (fstat(to, &made) != 0) return LastError();
+  if (made.st_uid != status.st_uid) return kErrorAccessDenied;
+  if (!CopyAttribute(from, to, kAccessList.data())) return kErrorAccessDenied;
   CopyUserAttributes(from, to);
-  return fchmod(to, mode) == 0 ? kErrorSuccess : LastError();
+  // As after a write by any ordinary user, the bits that lend the owner's rights are gone.
+  const mode_t mode = status.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+  const bool hasGroup = made.st_gid == status.st_gid;
+  return fchmod(to, hasGroup ? mode : WithoutGroup(mode)) == 0 ? kErrorSuccess : LastError();
 }
 
 }  // namespace kestra

@@ -11,8 +11,10 @@
 namespace kestra {
 
 // A new file in a directory. It has no name where the file system can do that (O_TMPFILE of
-// open(2)), so that nothing is left of it when the process is killed; elsewhere it has one that
-// cannot be guessed. Without a MoveTo that succeeded it goes with the object.
+// open(2)); elsewhere it has one that cannot be guessed, ".kestra-" and 32 hexadecimal digits.
+// Without a MoveTo that succeeded it goes with the object. What a process leaves that is killed: a
+// file without a name leaves nothing, but that one which replaces another bears such a name for a
+// moment in MoveTo; a file that has a name from the beginning stays under it.
 class CTemporaryFile {
  public:
   // directory is borrowed and stays open for as long as this object. The umask applies to mode.

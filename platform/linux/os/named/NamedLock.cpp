@@ -69,7 +69,7 @@ NamedLockResult AcquireNamedLock(const std::string& name, const CWaitable* pTerm
     const uint32_t rest = timeOutMs == kInfinite ? kInfinite
                           : passed < timeOutMs   ? timeOutMs - passed
                                                  : 0;
-    const SystemError error = LockWithin(file.get(), pTermination, rest, kMaximumStepMs);
+    const SystemError error = LockWithin(file.get(), {&pTermination, 1}, rest, kMaximumStepMs);
     if (error != kErrorSuccess) return ResultOf(error);
     if (HasName(file.get())) {
       lock =

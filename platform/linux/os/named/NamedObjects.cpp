@@ -119,7 +119,7 @@ SystemError OpenNamedFile(int directory, const std::string& fileName, CUniqueFd&
   return kErrorSuccess;
 }
 
-SystemError LockWithin(int file, const CWaitable* pTermination, uint32_t timeOutMs,
+SystemError LockWithin(int file, std::span<const CWaitable* const> stops, uint32_t timeOutMs,
                        uint32_t maximumStepMs) {
   const uint32_t start = TickCount();
   for (uint32_t step = 1;; step = std::min(step * 2, maximumStepMs)) {
@@ -128,8 +128,8 @@ SystemError LockWithin(int file, const CWaitable* pTermination, uint32_t timeOut
     const uint32_t passed = TickCount() - start;
     if (timeOutMs != kInfinite && passed >= timeOutMs) return kErrorTimeout;
     const uint32_t wait = timeOutMs == kInfinite ? step : std::min(step, timeOutMs - passed);
-    const int result = WaitAny({pTermination}, wait);
-    if (result == 0) return kErrorCancelled;
+    const int result = WaitAny(stops, wait);
+    if (result >= 0) return kErrorCancelled;
     if (result != kWaitTimeOut) return kErrorInvalidHandle;
   }
 }

@@ -6,6 +6,7 @@
 #pragma once
 
 #include <cstdint>
+#include <span>
 #include <string>
 #include <string_view>
 
@@ -31,10 +32,10 @@ std::string NamedObjectFileName(std::string_view kind, std::string_view name);
 SystemError OpenNamedFile(int directory, const std::string& fileName, CUniqueFd& file);
 
 // flock(2) with LOCK_EX, as a wait that ends: kErrorTimeout after timeOutMs, kErrorCancelled when
-// pTermination (may be null) is signalled. flock cannot be polled, and a blocking one ends only by
-// a signal; so it is tried in steps that grow up to maximumStepMs, and the time between the tries
-// is spent waiting for the termination.
-SystemError LockWithin(int file, const CWaitable* pTermination, uint32_t timeOutMs,
+// one of stops (any may be null) is signalled. flock cannot be polled, and a blocking one ends only
+// by a signal; so it is tried in steps that grow up to maximumStepMs, and the time between the
+// tries is spent waiting for the stops.
+SystemError LockWithin(int file, std::span<const CWaitable* const> stops, uint32_t timeOutMs,
                        uint32_t maximumStepMs);
 
 }  // namespace kestra::os

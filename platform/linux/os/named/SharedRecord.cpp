@@ -2,58 +2,36 @@
 
 #include <fcntl.h>
 #include <poll.h>
-#include <sys/file.h>
 #include <sys/mman.h>
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <cerrno>
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/os/named/NamedObjects.h"
+#include "platform/linux/os/named/SharedFile.h"
 
-// The memory is a mapped file and the event a FIFO. Each user of a memory holds a shared flock(2)
-// on its file, which goes with the process however that ends; so who gets the exclusive one is
-// alone, and what the file holds is left over from the dead. To turn an exclusive lock into a
-// shared one is not one step, so all openings happen under the lock of a guard file.
+// The memory is a mapped file and the event a FIFO, each with the lock of its users (SharedFile.h).
 
 namespace kestra::os {
 namespace {
 
 constexpr size_t kMaximumSize = 4096;
-constexpr uint32_t kGuardTimeOutMs = 10'000;
-constexpr uint32_t kGuardStepMs = 5;
-constexpr char kGuardName[] = "guard";
+constexpr uint32_t kTimeOutMs = 10'000;
+constexpr uint32_t kTimeOutWithoutStopMs = 1000;
 
 class CMappedMemory final : public CSharedMemory {
  public:
-  CMappedMemory(CUniqueFd file, void* pData, size_t size)
+  CMappedMemory(CSharedFile file, void* pData, size_t size)
       : m_file(std::move(file)), m_pData(pData), m_size(size) {}
   ~CMappedMemory() override { munmap(m_pData, m_size); }
   void* Data() override { return m_pData; }
 
  private:
-  CUniqueFd m_file;  // holds the shared lock; a forked child that has it too is a user as well
+  CSharedFile m_file;
   void* m_pData;
   size_t m_size;
-};
-
-class CGuard {
- public:
-  CGuard() = default;
-  CGuard(const CGuard&) = delete;
-  CGuard& operator=(const CGuard&) = delete;
-  // Closing alone would not free it if another thread has forked meanwhile.
-  ~CGuard() {
-    if (m_file) flock(m_file.get(), LOCK_UN);
-  }
-  SystemError Enter(int directory) {
-    const SystemError error = OpenNamedFile(directory, kGuardName, m_file);
-    if (error != kErrorSuccess) return error;
-    return LockWithin(m_file.get(), nullptr, kGuardTimeOutMs, kGuardStepMs);
-  }
-
- private:
-  CUniqueFd m_file;
 };
 
 bool IsReadable(int fd) {
@@ -70,7 +48,7 @@ bool TakeSignal(int fifo) {
 // Open for reading and writing, a FIFO never tells of an end, and keeps what is in it.
 class CFifoEvent final : public CSharedEvent {
  public:
-  explicit CFifoEvent(CUniqueFd fifo) : m_fifo(std::move(fifo)) {}
+  explicit CFifoEvent(CSharedFile fifo) : m_fifo(std::move(fifo)) {}
   void Set() override {
     const char signal = 1;
     // A full FIFO refuses the byte, but then it is signalled already.
@@ -81,7 +59,7 @@ class CFifoEvent final : public CSharedEvent {
   bool Consume() const override { return TakeSignal(m_fifo.get()); }
 
  private:
-  CUniqueFd m_fifo;
+  CSharedFile m_fifo;
 };
 
 SystemError OpenFifo(int directory, const std::string& fileName, CUniqueFd& fifo) {
@@ -111,39 +89,73 @@ SystemError FillWithZeros(int file, size_t size) {
   return ErrorFromErrno(error);
 }
 
-// Takes the shared lock. isAlone: nobody else has it, and the file is reset. Under the guard.
-SystemError Join(int file, size_t size, bool& isAlone) {
-  isAlone = flock(file, LOCK_EX | LOCK_NB) == 0;
-  if (!isAlone && errno != EWOULDBLOCK) return LastError();
-  const SystemError error = isAlone ? FillWithZeros(file, size) : CheckSize(file, size);
+// A thread's number, by which owners know each other, is unique within a namespace of processes
+// only, and containers may share the directory.
+SystemError ProcessNamespace(std::string& number) {
+  struct stat status {};
+  if (stat("/proc/self/ns/pid", &status) != 0) return LastError();
+  number = std::to_string(status.st_ino);
+  return kErrorSuccess;
+}
+
+// isAlone: nobody else has it open, and it is reset. Under the guard.
+SystemError JoinMemory(const CSharedFile& file, size_t size, bool& isAlone) {
+  SystemError error = file.LearnIfAlone(isAlone);
   if (error != kErrorSuccess) return error;
-  return flock(file, LOCK_SH | LOCK_NB) == 0 ? kErrorSuccess : LastError();
+  error = isAlone ? FillWithZeros(file.get(), size) : CheckSize(file.get(), size);
+  return error == kErrorSuccess ? file.Join() : error;
+}
+
+bool HasAny(std::span<const CWaitable* const> stops) {
+  return std::any_of(stops.begin(), stops.end(), [](const CWaitable* p) { return p != nullptr; });
+}
+
+// Opens both files and joins their users. What was opened leaves again with its owner.
+SystemError OpenFiles(int directory, const std::string& memoryName, const std::string& eventName,
+                      size_t size, std::span<const CWaitable* const> stops, CSharedFile& memory,
+                      CSharedFile& fifo) {
+  CGuard guard;
+  SystemError error =
+      guard.Enter(directory, stops, HasAny(stops) ? kTimeOutMs : kTimeOutWithoutStopMs);
+  if (error != kErrorSuccess) return error;
+  CUniqueFd fifoFd;
+  error = OpenFifo(directory, eventName, fifoFd);
+  if (error != kErrorSuccess) return error;
+  fifo.Take(std::move(fifoFd));
+  error = fifo.Join();
+  CUniqueFd memoryFd;
+  if (error == kErrorSuccess) error = OpenNamedFile(directory, memoryName, memoryFd);
+  if (error != kErrorSuccess) return error;
+  memory.Take(std::move(memoryFd));
+  bool isAlone = false;
+  error = JoinMemory(memory, size, isAlone);
+  if (error == kErrorSuccess && isAlone) TakeSignal(fifo.get());
+  return error;
 }
 
 }  // namespace
 
 SystemError OpenSharedRecord(const std::string& memoryName, size_t size,
-                             const std::string& eventName, SharedRecord& record) {
+                             const std::string& eventName, SharedRecord& record,
+                             std::span<const CWaitable* const> stops) {
   if (size == 0 || size > kMaximumSize) return kErrorInvalidParameter;
-  CUniqueFd directory;
-  SystemError error = OpenNamedObjectDirectory(directory);
+  CUniqueFd directoryFd;
+  SystemError error = OpenNamedObjectDirectory(directoryFd);
+  std::string processNamespace;
+  if (error == kErrorSuccess) error = ProcessNamespace(processNamespace);
   if (error != kErrorSuccess) return error;
-  CGuard guard;
-  error = guard.Enter(directory.get());
-  CUniqueFd fifo;
-  if (error == kErrorSuccess)
-    error = OpenFifo(directory.get(), NamedObjectFileName("event", eventName), fifo);
-  CUniqueFd file;
-  if (error == kErrorSuccess)
-    error = OpenNamedFile(directory.get(), NamedObjectFileName("memory", memoryName), file);
-  bool isAlone = false;
-  if (error == kErrorSuccess) error = Join(file.get(), size, isAlone);
+  const auto directory = std::make_shared<const CUniqueFd>(std::move(directoryFd));
+  const std::string memoryFile = NamedObjectFileName("memory." + processNamespace, memoryName);
+  const std::string eventFile = NamedObjectFileName("event." + processNamespace, eventName);
+  CSharedFile memory(directory, memoryFile);
+  CSharedFile fifo(directory, eventFile);
+  error = OpenFiles(directory->get(), memoryFile, eventFile, size, stops, memory, fifo);
   if (error != kErrorSuccess) return error;
-  if (isAlone) TakeSignal(fifo.get());
-  void* const pData = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, file.get(), 0);
+  void* const pData = mmap(nullptr, size, PROT_READ | PROT_WRITE, MAP_SHARED, memory.get(), 0);
   if (pData == MAP_FAILED) return LastError();
-  record.memory = std::make_unique<CMappedMemory>(std::move(file), pData, size);
+  auto pMemory = std::make_unique<CMappedMemory>(std::move(memory), pData, size);
   record.event = std::make_unique<CFifoEvent>(std::move(fifo));
+  record.memory = std::move(pMemory);
   return kErrorSuccess;
 }
 

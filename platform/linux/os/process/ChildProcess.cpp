@@ -135,11 +135,11 @@ SystemError StartWords(std::vector<std::string>& words, const std::string& direc
 
 // "http://x" and "mailto:x", by the scheme of RFC 3986, section 3.1.
 bool IsAddress(const std::string& text) {
+  const auto isLetter = [](char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); };
   const size_t colon = text.find(':');
-  if (colon == std::string::npos || colon < 2) return false;
-  return std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [](char c) {
-    return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '+' ||
-           c == '-' || c == '.';
+  if (colon == std::string::npos || colon < 2 || !isLetter(text[0])) return false;
+  return std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(colon), [&](char c) {
+    return isLetter(c) || (c >= '0' && c <= '9') || c == '+' || c == '-' || c == '.';
   });
 }
 
@@ -173,13 +173,13 @@ SystemError OpenByShell(const std::string& file, const std::string& /*arguments*
                         const std::string& directory, uint32_t /*shellMask*/,
                         uint32_t /*showWindow*/, std::unique_ptr<CChildProcess>& child) {
   if (file.empty() || HasNul(file) || HasNul(directory)) return kErrorBadArguments;
-  if (!IsAddress(file)) {
-    const SystemError error = CheckExists(file, directory);
-    if (error != kErrorSuccess) return error;
-  }
+  // A directory that is missing would look like a missing xdg-open below.
+  SystemError error = directory.empty() ? kErrorSuccess : CheckExists(directory, "");
+  if (error == kErrorSuccess && !IsAddress(file)) error = CheckExists(file, directory);
+  if (error != kErrorSuccess) return error;
   // A file name that begins with a dash would be an option.
   std::vector<std::string> words{"xdg-open", (file.starts_with('-') ? "./" : "") + file};
-  const SystemError error = StartWords(words, directory, true, child);
+  error = StartWords(words, directory, true, child);
   return error == kErrorFileNotFound ? kErrorCallNotImplemented : error;
 }
 

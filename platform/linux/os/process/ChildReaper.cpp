@@ -6,14 +6,20 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <exception>
 #include <mutex>
+#include <new>
 #include <vector>
 
+#include "platform/os/Clock.h"
 #include "platform/os/Event.h"
 #include "platform/os/Thread.h"
 
 namespace kestra::os {
 namespace {
+
+// Between two tries of what the system refuses at present.
+constexpr uint32_t kMomentMs = 100;
 
 // True when the child is no more: reaped now, or by somebody else.
 bool TryReap(const CUniqueFd& pidFd) {
@@ -39,12 +45,22 @@ class CReaper {
   }
 
  private:
-  void Run() {
-    for (;;) {
-      std::vector<pollfd> polls = Sweep();
-      if (polls.empty()) return;
-      poll(polls.data(), polls.size(), -1);
+  void Run() noexcept {
+    while (SweepAndWait()) {
     }
+  }
+
+  // False when no child is left.
+  bool SweepAndWait() noexcept {
+    try {
+      std::vector<pollfd> polls = Sweep();
+      if (polls.empty()) return false;
+      // Fails where the host lowers its limit of descriptors below their number, for one.
+      if (poll(polls.data(), polls.size(), -1) < 0 && errno != EINTR) Sleep(kMomentMs);
+    } catch (const std::bad_alloc&) {
+      Sleep(kMomentMs);
+    }
+    return true;
   }
 
   // Reaps whom it can. Gives what to wait for; nothing when no child is left and the thread ends.
@@ -70,11 +86,15 @@ class CReaper {
 
 }  // namespace
 
-void ReapWhenEnded(CUniqueFd pidFd) {
+void ReapWhenEnded(CUniqueFd pidFd) noexcept {
   if (TryReap(pidFd)) return;
-  // Never destroyed: its thread may run to the very end of the process.
-  static CReaper* const pReaper = new CReaper;
-  pReaper->Add(std::move(pidFd));
+  try {
+    // Never destroyed: its thread may run to the very end of the process.
+    static CReaper* const pReaper = new CReaper;
+    pReaper->Add(std::move(pidFd));
+  } catch (const std::exception&) {
+    // Called by a destructor, which has nobody to tell.
+  }
 }
 
 }  // namespace kestra::os

@@ -5,7 +5,8 @@
 
 namespace kestra::os {
 
-// Takes over a child by its pidfd. When it ends it is reaped, so that no zombie stays.
-void ReapWhenEnded(CUniqueFd pidFd);
+// Takes over a child by its pidfd. When it ends it is reaped, so that no zombie stays; but where
+// there is no memory to keep the pidfd in, one stays as long as this process.
+void ReapWhenEnded(CUniqueFd pidFd) noexcept;
 
 }  // namespace kestra::os

@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sched.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
 #include <sys/xattr.h>
 #include <unistd.h>
@@ -101,23 +102,30 @@ TEST(LinuxFileWriter, KeepsOwnerModeAndAttributesOfWhatItReplaces) {
   EXPECT_EQ(StatusOf(directory / "created").st_mode & 07777, 0640u);
 }
 
-// Who may not give a file its former group does not hand that group's rights to another one.
-TEST(LinuxFileWriter, AGroupThatIsLostTakesItsRightsAlong) {
+// Who may not give a file its former owner does not save it; and who may not give it its former
+// group takes rights away from that one and gives none to others.
+TEST(LinuxFileWriter, AnOwnerOrGroupThatCannotBeKept) {
   if (geteuid() != 0) GTEST_SKIP() << "needs files of other users";
   const CTempDirectory directory;
   const std::string path = directory.Write("file", "old");
   ASSERT_EQ(chown(path.c_str(), 12345, 23456), 0);
   ASSERT_EQ(chmod(path.c_str(), 0666), 0);
   ASSERT_EQ(chmod(directory.Path().c_str(), 0777), 0);
-  const auto rewrite = [] { return WriteFile("file", "new") == kErrorSuccess; };
-  EXPECT_TRUE(RunAsOrdinaryUserIn(directory, rewrite));
+  EXPECT_TRUE(RunAsOrdinaryUserIn(directory,
+                                  [] { return WriteFile("file", "new") == kErrorAccessDenied; }));
+  EXPECT_EQ(ReadWholeFile(path), "old");
+  EXPECT_EQ(StatusOf(path).st_uid, 12345u);
   EXPECT_EQ(StatusOf(path).st_mode & 0777, 0666u);
-  // The directory's group is what a new file gets, here one that 0660 was not meant for.
-  ASSERT_EQ(chown(path.c_str(), 65534, 23456), 0);
-  ASSERT_EQ(chmod(path.c_str(), 0664), 0);
-  EXPECT_TRUE(RunAsOrdinaryUserIn(directory, rewrite));
-  EXPECT_EQ(StatusOf(path).st_gid, 65534u);
-  EXPECT_EQ(StatusOf(path).st_mode & 0777, 0644u);
+  EXPECT_EQ(NamesIn(directory.Path()), std::set<std::string>{"file"});
+  const mode_t cases[][2] = {{0664, 0644}, {0660, 0600}, {0604, 0600}, {0646, 0644}, {0777, 0777}};
+  for (const auto& [before, after] : cases) {
+    ASSERT_EQ(chown(path.c_str(), 65534, 23456), 0);
+    ASSERT_EQ(chmod(path.c_str(), before), 0);
+    EXPECT_TRUE(
+        RunAsOrdinaryUserIn(directory, [] { return WriteFile("file", "new") == kErrorSuccess; }));
+    EXPECT_EQ(StatusOf(path).st_gid, 65534u);
+    EXPECT_EQ(StatusOf(path).st_mode & 0777, after) << std::oct << before;
+  }
 }
 
 struct BeginCase {
@@ -173,6 +181,27 @@ TEST(LinuxFileWriter, RefusesWhatItMayNotReplace) {
     return WriteFile("new", "new") == kErrorSuccess &&
            WriteFile("file", "new") == kErrorAccessDenied;
   }));
+}
+
+// A file that cannot be put in the old one's place is refused, whatever rights it has itself.
+TEST(LinuxFileWriter, APlaceThatCannotBeTaken) {
+  if (geteuid() != 0) GTEST_SKIP() << "needs files of other users";
+  const CTempDirectory directory;
+  const std::string path = directory.Write("file", "old");
+  ASSERT_EQ(chmod(path.c_str(), 0666), 0);
+  ASSERT_EQ(chmod(directory.Path().c_str(), 0755), 0);
+  EXPECT_TRUE(RunAsOrdinaryUserIn(directory,
+                                  [] { return WriteFile("file", "new") == kErrorAccessDenied; }));
+  constexpr int kNoRights = 77;
+  const int status = test::RunInChild([&] {
+    if (unshare(CLONE_NEWNS) != 0) return kNoRights;
+    if (mount(nullptr, "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return kNoRights;
+    if (mount(path.c_str(), path.c_str(), nullptr, MS_BIND, nullptr) != 0) return kNoRights;
+    return WriteFile(path, "new") == kErrorBusy ? 0 : 1;
+  });
+  EXPECT_TRUE(status == 0 || status == kNoRights) << status;
+  EXPECT_EQ(ReadWholeFile(path), "old");
+  EXPECT_EQ(NamesIn(directory.Path()), std::set<std::string>{"file"});
 }
 
 TEST(LinuxFileWriter, FollowsALinkAndLeavesIt) {

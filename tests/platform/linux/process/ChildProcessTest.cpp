@@ -1,11 +1,18 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <signal.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
+#include <time.h>
 #include <unistd.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <vector>
 
 #include "platform/os/Clock.h"
 #include "platform/os/Event.h"
+#include "platform/os/HostEnvironment.h"
 #include "platform/os/HostFile.h"
 #include "platform/os/Thread.h"
 #include "platform/os/process/ChildProcess.h"
@@ -97,6 +104,32 @@ TEST(ChildProcess, GetsItsWordsAndItsDirectory) {
   EXPECT_EQ(test::ReadWholeFile(directory / "out"), "[a b][c\"d][][$HOME]");
 }
 
+TEST(ChildProcess, OfTheShellTellsWhatIsMissing) {
+  const CTempDirectory directory;
+  const std::string document = directory.Write("document", "x");
+  const std::string former = *ReadEnvironment("PATH");
+  setenv("PATH", directory.Path().c_str(), 1);
+  const struct {
+    std::string file;
+    std::string directory;
+    SystemError error;
+  } kCases[] = {
+      {document, "", kErrorCallNotImplemented},
+      {"http://localhost/", directory.Path(), kErrorCallNotImplemented},
+      {"http://localhost/", directory / "missing", kErrorFileNotFound},
+      {document, directory / "missing", kErrorFileNotFound},
+      {"12:30", "", kErrorFileNotFound},  // no scheme: it does not begin with a letter
+      {"+x:30", "", kErrorFileNotFound},
+      {"x+1:30", "", kErrorCallNotImplemented},
+  };
+  for (const auto& test : kCases) {
+    std::unique_ptr<CChildProcess> child;
+    EXPECT_EQ(OpenByShell(test.file, "", test.directory, 0, 0, child), test.error)
+        << test.file << " in " << test.directory;
+  }
+  setenv("PATH", former.c_str(), 1);
+}
+
 TEST(ChildProcess, InheritsNothing) {
   const CTempDirectory directory;
   const int leak = open("/dev/null", O_RDONLY);  // without O_CLOEXEC
@@ -137,6 +170,37 @@ TEST(ChildProcess, LeavesNoZombieWhenItIsDropped) {
     Sleep(1);
   }
   EXPECT_TRUE(pids.empty());
+}
+
+int64_t ProcessorMs() {
+  timespec used{};
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &used);
+  return used.tv_sec * 1000 + used.tv_nsec / 1'000'000;
+}
+
+// poll(2) refuses more descriptors than the process may have.
+TEST(ChildProcess, IsReapedWhereTheSystemRefusesToPoll) {
+  std::vector<uint32_t> pids;
+  for (const char* commandLine : {"sleep 0.7", "sleep 0.7", "sleep 0.7", "sleep 0.7", "true"}) {
+    std::unique_ptr<CChildProcess> child;
+    ASSERT_EQ(StartChild(commandLine, "", {}, child), kErrorSuccess);
+    pids.push_back(child->Id());
+  }
+  rlimit former{};
+  ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &former), 0);
+  const rlimit few{3, former.rlim_max};
+  ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &few), 0);
+  const uint32_t fifth = pids.back();
+  const int64_t before = ProcessorMs();
+  Sleep(600);
+  const int64_t used = ProcessorMs() - before;
+  const bool isFifthReaped = !IsInProcessTable(fifth);
+  for (int i = 0; i < 1000 && std::any_of(pids.begin(), pids.end(), IsInProcessTable); ++i)
+    Sleep(10);
+  setrlimit(RLIMIT_NOFILE, &former);
+  EXPECT_TRUE(isFifthReaped);
+  EXPECT_LT(used, 100);
+  EXPECT_TRUE(std::none_of(pids.begin(), pids.end(), IsInProcessTable));
 }
 
 TEST(ChildProcess, HasNoCodeWhereTheHostIgnoresChildren) {

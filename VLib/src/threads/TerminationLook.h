@@ -7,7 +7,8 @@
 
 namespace kestra {
 
-// One thread at a time.
+// One thread at a time. A handle that the system refuses to wait for counts as signalled: nobody
+// could end what would go on then.
 class CTerminationLook {
  public:
   // The event may be null, and is borrowed.
@@ -21,8 +22,10 @@ class CTerminationLook {
     m_bytes = 0;
     return IsOverNow();
   }
+  // The same without a look put off, for work that comes in large pieces.
   bool IsOverNow() {
-    if (m_pTermination && !m_isOver) m_isOver = os::WaitAny({m_pTermination}, 0) == 0;
+    if (m_pTermination && !m_isOver)
+      m_isOver = os::WaitAny({m_pTermination}, 0) != os::kWaitTimeOut;
     return m_isOver;
   }
 

@@ -1,0 +1,175 @@
+#include "Modules/Files/DirectoryItem.h"
+
+#include <memory>
+#include <typeinfo>
+#include <utility>
+
+#include "Modules/Files/FileAttributes.h"
+#include "Modules/Files/FileChanges.h"
+#include "Modules/Files/FileClasses.h"
+#include "Modules/Files/FileItem.h"
+#include "Modules/Files/FilePaths.h"
+#include "Modules/Files/ListingErrors.h"
+#include "VLib/src/text/Text.h"
+#include "platform/machine/SystemFacts.h"
+
+namespace kestra {
+namespace {
+
+// How many entries are looked at between two looks at the clock and the event.
+constexpr uint32_t kEntriesPerLook = 16;
+
+}  // namespace
+
+CDirectoryItem::CDirectoryItem(Ref<CMachine> machine, Ref<const FilesOptions> options,
+                               std::string path, uint32_t level, FoundBy foundBy,
+                               const std::optional<FileInfo>& info, const CFillDeadline& deadline)
+    : CVDiagItem(kDirectoryClass.Get()->Params),
+      m_poClass(kDirectoryClass.Get()),
+      m_poMachine(std::move(machine)),
+      m_poOptions(std::move(options)),
+      m_path(std::move(path)),
+      m_level(level),
+      m_foundBy(foundBy),
+      m_info(info),
+      m_deadline(deadline) {}
+
+bool CDirectoryItem::Init(bool bInitChild, QueryMessage& message) {
+  Children.Clear();
+  Params.Clear();
+  IsInitialized = false;
+  const CFillDeadline deadline =
+      std::exchange(m_deadline, std::nullopt).value_or(CFillDeadline(m_poOptions->timeOutMs));
+  FileInfo info;
+  if (!ReadInfo(info, message)) return false;
+  SetProperties(info);
+  const bool isDirectory = info.kind == FileKind::Directory;
+  if ((isDirectory || m_foundBy == FoundBy::Name) && !List(deadline, message)) return false;
+  return IsInitialized = !bInitChild || InitChildren(message);
+}
+
+bool CDirectoryItem::ReadInfo(FileInfo& info, QueryMessage& message) {
+  const std::optional<FileInfo> known = std::exchange(m_info, std::nullopt);
+  if (known) {
+    info = *known;
+    return true;
+  }
+  CFileSystem* pFiles = m_poMachine->Files();
+  const SystemError error = pFiles ? pFiles->Info(m_path, info) : kErrorFileNotFound;
+  m_hasVanished = IsGone(error);
+  return error == kErrorSuccess || (!m_hasVanished && message.Fail(error));
+}
+
+void CDirectoryItem::SetProperties(const FileInfo& info) {
+  static const DiagParamDefs& defs = *kDirectoryClass.Get()->Params;
+  static const DiagParamDef* const pPath = defs.Find("Path", false);
+  static const DiagParamDef* const pName = defs.Find("Name", false);
+  static const DiagParamDef* const pCreationTime = defs.Find("CreationTime", false);
+  static const DiagParamDef* const pAttributes = defs.Find("Attributes", false);
+  Params.Set(MakeRef<DiagParam>(pPath, m_path), false);
+  std::string name(LastPart(m_path, m_poMachine->System().PathSeparator()));
+  if (!name.empty()) Params.Set(MakeRef<DiagParam>(pName, std::move(name)), false);
+  SetTimeIfKnown(Params, pCreationTime, info.creationTime);
+  Params.Set(MakeRef<DiagParam>(pAttributes, AttributeOptions(info.attributes)), false);
+}
+
+// The listing is closed before anything below is filled: however deep the walk goes, one is open.
+bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) {
+  if (message.IsTerminatedInLoop()) return false;
+  if (deadline.IsOver()) return true;
+  std::unique_ptr<CDirectoryListing> listing;
+  SystemError error = m_poMachine->Files()->OpenDirectory(m_path, listing);
+  if (IsGone(error)) {
+    m_hasVanished = true;
+    Params.Clear();
+    return false;
+  }
+  std::string name;
+  for (uint32_t i = 0; error == kErrorSuccess; ++i) {
+    if (i % kEntriesPerLook == 0) {
+      if (message.IsTerminatedInLoop()) return false;
+      if (deadline.IsOver()) return true;
+    }
+    error = listing->Next(name);
+    if (error == kErrorSuccess && !name.empty() && name.front() != '.')
+      AddEntry(*listing, name, deadline);
+  }
+  // A directory that is removed while it is listed has no more names.
+  if (error == kErrorNoMoreFiles || IsGone(error)) return true;
+  const bool isRefused = error == kErrorAccessDenied || error == kErrorDirectory;
+  if (!isRefused && (m_foundBy == FoundBy::Name || !MayPassOver(error))) return message.Fail(error);
+  LogPassedOver(m_path, error);
+  return true;
+}
+
+void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& name,
+                              const CFillDeadline& deadline) {
+  const bool isDeeper = m_level < m_poOptions->levels;
+  const bool isWanted = m_poOptions->MatchesName(name);
+  if (!isDeeper && !isWanted) return;  // whatever it is
+  FileInfo info;
+  SystemError known = listing.Info(info);
+  const char separator = m_poMachine->System().PathSeparator();
+  if (known != kErrorSuccess && !IsGone(known))
+    known = m_poMachine->Files()->Info(JoinPath(m_path, name, separator), info);
+  if (IsGone(known)) return;
+  // What may not be looked at is a file that has a name and no more.
+  const bool isKnown = known == kErrorSuccess;
+  if (isKnown && (info.attributes & kFileAttributeDirectory)) {
+    if (!isDeeper) return;
+    Children.Add(
+        MakeRef<CDirectoryItem>(m_poMachine, m_poOptions, JoinPath(m_path, name, separator),
+                                m_level + 1, FoundBy::Walk, info, deadline),
+        false);
+    return;
+  }
+  if (!isWanted) return;
+  auto file =
+      MakeRef<CFileItem>(m_poMachine, m_path, name, isKnown ? std::optional(info) : std::nullopt);
+  if (m_poOptions->WantsText() || m_poOptions->WantsLines())
+    file->ReadContent(m_poOptions, deadline);
+  Children.Add(std::move(file), false);
+}
+
+bool CDirectoryItem::InitChildren(QueryMessage& message) {
+  bool isFilled = true;
+  DiagItems listed;
+  listed.Swap(Children);
+  Children.Reserve(listed.Count());
+  for (size_t i = 0; i < listed.Count(); ++i) {
+    if (i % kEntriesPerLook == 0 && message.IsTerminatedInLoop()) return false;
+    CVDiagItem& child = *listed.Get(i);
+    bool isChildFilled = false, hasVanished = false;
+    if (typeid(child) == typeid(CFileItem)) {
+      // Nobody else has it yet, so that its lock and a look at the event per file are saved.
+      isChildFilled = child.Init(true, message);
+      hasVanished = static_cast<CFileItem&>(child).HasVanished();
+    } else {
+      isChildFilled = child.Init(true, false, message);
+      hasVanished = static_cast<CDirectoryItem&>(child).HasVanished();
+    }
+    if (!isChildFilled && hasVanished) continue;
+    isFilled = isFilled && isChildFilled;
+    Children.Add(Ref<CVDiagItem>(&child), false);
+  }
+  return isFilled;
+}
+
+bool CDirectoryItem::OnAddOfType(const std::string& newItemType, const DiagParams& params,
+                                 QueryMessage& message) {
+  if (EqualsNoCase(newItemType, kFileClass.name))
+    return AddFile(*m_poMachine, m_path, params, message);
+  if (EqualsNoCase(newItemType, kDirectoryClass.name))
+    return AddDirectory(*m_poMachine, m_path, params, message);
+  return message.Fail(kErrorCallNotImplemented);
+}
+
+bool CDirectoryItem::OnUpdate(const DiagParams& params, QueryMessage& message) {
+  return UpdateFile(*m_poMachine, m_path, "Name", params, message);
+}
+
+bool CDirectoryItem::OnDelete(QueryMessage& message) {
+  return DeleteDirectoryAt(*m_poMachine, m_path, message);
+}
+
+}  // namespace kestra

@@ -1,0 +1,200 @@
+#include "Modules/Files/FileChanges.h"
+
+#include <memory>
+#include <optional>
+
+#include "Modules/Files/FileAttributes.h"
+#include "Modules/Files/FilePaths.h"
+#include "VLib/src/paths/ExpandPath.h"
+#include "VLib/src/paths/RenameAtBoot.h"
+#include "VLib/src/text/Text.h"
+#include "platform/machine/FileSystem.h"
+
+namespace kestra {
+namespace {
+
+const std::string* TextOf(const DiagParams& params, const char* name) {
+  const DiagParam* pParam = params.Find(name, true);
+  return pParam ? &pParam->StringValue : nullptr;
+}
+
+std::optional<uint32_t> OptionsOf(const DiagParams& params) {
+  const DiagParam* pParam = params.Find("Attributes", true);
+  return pParam ? std::optional(pParam->DWordValue) : std::nullopt;
+}
+
+bool IsBlankOrDots(std::string_view name) {
+  return TrimBlanks(name).empty() || name == "." || name == "..";
+}
+
+// One name, and no way into another directory.
+bool IsName(const std::string& name, char separator) {
+  return !IsBlankOrDots(name) && !HasSeparator(name, separator);
+}
+
+// A path that a statement gives, as the machine writes it.
+bool ReadPath(CMachine& machine, const std::string& text, std::string& path,
+              QueryMessage& message) {
+  const char separator = machine.System().PathSeparator();
+  const bool isForeign = separator == '\\' && text.find('/') != std::string::npos;
+  if (TrimBlanks(text).empty() || isForeign || !ExpandPath(text, path, machine))
+    return message.Fail(kErrorInvalidName);
+  path = TrimSeparators(std::move(path), separator);
+  return !IsBlankOrDots(LastPart(path, separator)) || message.Fail(kErrorInvalidName);
+}
+
+// The path that the properties name in a directory; an empty name stands where none is given.
+bool BuildPath(CMachine& machine, const std::string& directory, const std::string* pName,
+               const std::string* pPath, const char* nameProperty, std::string& path,
+               QueryMessage& message) {
+  const char separator = machine.System().PathSeparator();
+  if (pName && !IsName(*pName, separator)) return message.Fail(kErrorInvalidName);
+  if (pPath && !ReadPath(machine, *pPath, path, message)) return false;
+  if (pName && pPath && LastPart(path, separator) != *pName) {
+    message.RaiseMessage(11002, {nameProperty, "Path"});
+    return false;
+  }
+  if (!pPath) {
+    if (directory.empty()) {
+      message.RaiseMessage(11000, {"Path"});
+      return false;
+    }
+    path = JoinPath(directory, *pName, separator);
+  }
+  // The limit counts the end of the text.
+  if (path.size() >= machine.System().MaxPath()) return message.Fail(kErrorFilenameExceedsRange);
+  return true;
+}
+
+bool ReadNewPath(CMachine& machine, const std::string& directory, const DiagParams& params,
+                 const char* nameProperty, std::string& path, QueryMessage& message) {
+  const std::string* pName = TextOf(params, nameProperty);
+  const std::string* pPath = TextOf(params, "Path");
+  if (!pName && !pPath) {
+    message.RaiseMessage(11000, {std::string(nameProperty) + " or Path"});
+    return false;
+  }
+  return BuildPath(machine, directory, pName, pPath, nameProperty, path, message);
+}
+
+SystemError MakeEmptyFile(CFileSystem& files, const std::string& path) {
+  std::unique_ptr<CFileWriter> writer;
+  const SystemError error =
+      files.BeginWrite(path, LastLink::Refuse, Existing::Refuse, NewRights::Usual, writer);
+  return error == kErrorSuccess ? writer->Commit() : error;
+}
+
+// What is new has the attributes that it came with, and these.
+SystemError GiveAttributes(CFileSystem& files, const std::string& path, uint32_t options) {
+  if (options & kCompressedOption) return kErrorNotSupported;
+  if (options == 0) return kErrorSuccess;
+  FileInfo info;
+  const SystemError error = files.Info(path, info);
+  if (error != kErrorSuccess) return error;
+  return files.SetAttributes(path, info.attributes | SettableAttributes(options));
+}
+
+SystemError ChangeAttributes(CFileSystem& files, const std::string& path, const FileInfo& info,
+                             uint32_t options) {
+  const uint32_t all = SettableAttributes(kReadOnlyOption | kHiddenOption | kSystemOption);
+  const uint32_t changed = AttributeOptions(info.attributes) ^ options;
+  if (changed & kCompressedOption) return kErrorNotSupported;
+  if (changed == 0) return kErrorSuccess;
+  return files.SetAttributes(path, (info.attributes & ~all) | SettableAttributes(options));
+}
+
+// A file cannot be made out of a resource of a program yet.
+bool ReadSource(CMachine& machine, const DiagParams& params, std::string& source,
+                QueryMessage& message) {
+  if (TextOf(params, "ResName") || TextOf(params, "ResType"))
+    return message.Fail(kErrorCallNotImplemented);
+  const std::string* pSource = TextOf(params, "Source");
+  if (!pSource) return true;
+  if (pSource->empty() || !ExpandPath(*pSource, source, machine) || source.empty())
+    return message.Fail(kErrorInvalidName);
+  return true;
+}
+
+}  // namespace
+
+bool AddFile(CMachine& machine, const std::string& directory, const DiagParams& params,
+             QueryMessage& message) {
+  std::string path, source;
+  if (!ReadNewPath(machine, directory, params, "FileName", path, message) ||
+      !ReadSource(machine, params, source, message))
+    return false;
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles) return message.Fail(kErrorCallNotImplemented);
+  SystemError error = source.empty()
+                          ? MakeEmptyFile(*pFiles, path)
+                          : pFiles->CopyPlainFile(source, path, message.TerminationEvent());
+  if (error != kErrorSuccess) return message.Fail(error);
+  error = GiveAttributes(*pFiles, path, OptionsOf(params).value_or(0));
+  if (error == kErrorSuccess) return true;
+  pFiles->RemoveFile(path);
+  return message.Fail(error);
+}
+
+bool AddDirectory(CMachine& machine, const std::string& directory, const DiagParams& params,
+                  QueryMessage& message) {
+  std::string path;
+  if (!ReadNewPath(machine, directory, params, "Name", path, message)) return false;
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles || TextOf(params, "Source")) return message.Fail(kErrorCallNotImplemented);
+  SystemError error = pFiles->MakeDirectory(path, NewRights::Usual);
+  if (error != kErrorSuccess) return message.Fail(error);
+  error = GiveAttributes(*pFiles, path, OptionsOf(params).value_or(0));
+  if (error == kErrorSuccess) return true;
+  pFiles->RemoveEmptyDirectory(path);
+  return message.Fail(error);
+}
+
+bool UpdateFile(CMachine& machine, const std::string& path, const char* nameProperty,
+                const DiagParams& params, QueryMessage& message) {
+  const std::string* pName = TextOf(params, nameProperty);
+  const std::string* pPath = TextOf(params, "Path");
+  const std::string directory = ParentPath(path, machine.System().PathSeparator());
+  std::string target = path;
+  // A relative path of one part has no directory to name.
+  const bool isBare = directory.empty() && pName && !pPath;
+  if (isBare && !IsName(*pName, machine.System().PathSeparator()))
+    return message.Fail(kErrorInvalidName);
+  if (isBare) target = *pName;
+  if ((pName || pPath) && !isBare &&
+      !BuildPath(machine, directory, pName, pPath, nameProperty, target, message))
+    return false;
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles) return message.Fail(kErrorCallNotImplemented);
+  FileInfo info;
+  SystemError error = pFiles->Info(path, info);
+  if (error != kErrorSuccess) return message.Fail(error);
+  const std::optional<uint32_t> options = OptionsOf(params);
+  if (options) error = ChangeAttributes(*pFiles, path, info, *options);
+  if (error != kErrorSuccess) return message.Fail(error);
+  if (target == path) return true;
+  error = pFiles->Rename(path, target);
+  if (error == kErrorSuccess) return true;
+  if (options) pFiles->SetAttributes(path, info.attributes);
+  return message.Fail(error);
+}
+
+bool DeleteFileAt(CMachine& machine, const std::string& path, QueryMessage& message) {
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles) return message.Fail(kErrorCallNotImplemented);
+  const SystemError error = pFiles->RemoveFile(path);
+  if (error == kErrorSuccess) return true;
+  const bool isInUse = error == kErrorSharingViolation;
+  if (isInUse &&
+      RenameAtBoot(machine, path, std::string(), message.TerminationEvent()) == kErrorSuccess)
+    return message.Restart = true;
+  return message.Fail(error);
+}
+
+bool DeleteDirectoryAt(CMachine& machine, const std::string& path, QueryMessage& message) {
+  CFileSystem* pFiles = machine.Files();
+  if (!pFiles) return message.Fail(kErrorCallNotImplemented);
+  const SystemError error = pFiles->RemoveEmptyDirectory(path);
+  return error == kErrorSuccess || message.Fail(error);
+}
+
+}  // namespace kestra

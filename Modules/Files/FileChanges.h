@@ -1,0 +1,33 @@
+// What active statements do with files and directories. All of these answer false with the message
+// set when they fail, and leave everything as it was then.
+#pragma once
+
+#include <string>
+
+#include "model/items/Param.h"
+#include "model/items/QueryMessage.h"
+#include "platform/machine/Machine.h"
+
+namespace kestra {
+
+// Makes a file out of the properties of an INSERT: FileName in the directory given (empty: none is
+// known), or Path; Attributes; Source for a copy. 11000 with "FileName or Path" without a name,
+// 11002 when the two name different files.
+bool AddFile(CMachine& machine, const std::string& directory, const DiagParams& params,
+             QueryMessage& message);
+// The same for a directory, with Name and Path. One out of a Source is not to be had
+// (kErrorCallNotImplemented).
+bool AddDirectory(CMachine& machine, const std::string& directory, const DiagParams& params,
+                  QueryMessage& message);
+
+// What an UPDATE gives: another path or last part (nameProperty) of the path, and Attributes.
+bool UpdateFile(CMachine& machine, const std::string& path, const char* nameProperty,
+                const DiagParams& params, QueryMessage& message);
+
+// Removes a file, or a link. One that is in use goes when the machine starts next, where it can do
+// that.
+bool DeleteFileAt(CMachine& machine, const std::string& path, QueryMessage& message);
+// Removes a directory that is empty: what is in one is not lost by the way.
+bool DeleteDirectoryAt(CMachine& machine, const std::string& path, QueryMessage& message);
+
+}  // namespace kestra

@@ -1,0 +1,81 @@
+#include "platform/linux/machine/files/Place.h"
+
+#include <fcntl.h>
+#include <limits.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "platform/linux/ErrnoMap.h"
+#include "platform/linux/Trust.h"
+
+namespace kestra {
+namespace {
+
+constexpr int kMostLinks = 40;  // as the kernel follows: path_resolution(7)
+
+SystemError OpenPlaceFrom(int base, const std::string& path, Place& place) {
+  const size_t slash = path.rfind('/');
+  place.name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+  if (path.empty()) return kErrorPathNotFound;
+  if (place.name.empty() || place.name == "." || place.name == "..") return kErrorAccessDenied;
+  const std::string directory = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+  place.directory = CUniqueFd(openat(base, directory.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+  // One may write where one may not list.
+  if (!place.directory && errno == EACCES)
+    place.directory = CUniqueFd(openat(base, directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC));
+  if (place.directory) return kErrorSuccess;
+  return errno == ENOENT ? kErrorPathNotFound : LastError();
+}
+
+// Whether nobody but the caller and the system's administrator can have put the link there.
+bool IsTrustedLink(const struct stat& link, const struct stat& directory) {
+  return link.st_uid == geteuid() || link.st_uid == 0 ||
+         !OthersCanChange(directory.st_uid, directory.st_gid, directory.st_mode);
+}
+
+// What the link at the place leads to; empty when there is something else. Opened first, so that
+// the link that is read is the one that was looked at.
+SystemError ReadLink(const Place& place, std::string& target) {
+  constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+  const CUniqueFd link(openat(place.directory.get(), place.name.c_str(), kFlags));
+  struct stat status {};
+  struct stat directory {};
+  if (!link || fstat(link.get(), &status) != 0 || fstat(place.directory.get(), &directory) != 0)
+    return LastError();
+  target.clear();
+  if (!S_ISLNK(status.st_mode)) return kErrorSuccess;
+  if (!IsTrustedLink(status, directory)) return kErrorAccessDenied;
+  char buffer[PATH_MAX];
+  const ssize_t size = readlinkat(link.get(), "", buffer, sizeof buffer);
+  if (size < 0) return LastError();
+  if (size == 0) return kErrorFileNotFound;
+  if (size == sizeof buffer) return kErrorFilenameExceedsRange;
+  target.assign(buffer, static_cast<size_t>(size));
+  return kErrorSuccess;
+}
+
+}  // namespace
+
+SystemError OpenPlace(const std::string& path, Place& place) {
+  return OpenPlaceFrom(AT_FDCWD, path, place);
+}
+
+SystemError FollowLinks(Place& place) {
+  for (int i = 0; i <= kMostLinks; ++i) {
+    std::string target;
+    SystemError error = ReadLink(place, target);
+    if (error != kErrorSuccess || target.empty()) return error;
+    Place next;
+    error = OpenPlaceFrom(place.directory.get(), target, next);
+    // The link is there, so what is missing is what it leads to.
+    if (error == kErrorPathNotFound) return kErrorFileNotFound;
+    if (error != kErrorSuccess) return error;
+    place = std::move(next);
+  }
+  return kErrorCannotResolveFilename;
+}
+
+}  // namespace kestra
