@@ -96,8 +96,11 @@ bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) 
   }
   // A directory that is removed while it is listed has no more names.
   if (error == kErrorNoMoreFiles || IsGone(error)) return true;
-  const bool isRefused = error == kErrorAccessDenied || error == kErrorDirectory;
-  if (!isRefused && (m_foundBy == FoundBy::Name || !MayPassOver(error))) return message.Fail(error);
+  // What was named and may not be listed is not the same as what is empty.
+  const bool isPassedOver = m_foundBy == FoundBy::Name
+                                ? error == kErrorDirectory
+                                : error == kErrorAccessDenied || MayPassOver(error);
+  if (!isPassedOver && error != kErrorDirectory) return message.Fail(error);
   LogPassedOver(m_path, error);
   return true;
 }

@@ -5,6 +5,7 @@
 
 #include "Modules/Files/FileAttributes.h"
 #include "Modules/Files/FilePaths.h"
+#include "VLib/src/paths/AbsolutePath.h"
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/paths/RenameAtBoot.h"
 #include "VLib/src/text/Text.h"
@@ -37,7 +38,9 @@ bool ReadPath(CMachine& machine, const std::string& text, std::string& path,
               QueryMessage& message) {
   const char separator = machine.System().PathSeparator();
   const bool isForeign = separator == '\\' && text.find('/') != std::string::npos;
-  if (TrimBlanks(text).empty() || isForeign || !ExpandPath(text, path, machine))
+  // A path that is not absolute would mean another place for each host.
+  if (TrimBlanks(text).empty() || isForeign || !ExpandPath(text, path, machine) ||
+      !IsAbsolutePath(path, separator))
     return message.Fail(kErrorInvalidName);
   path = TrimSeparators(std::move(path), separator);
   return !IsBlankOrDots(LastPart(path, separator)) || message.Fail(kErrorInvalidName);
@@ -110,7 +113,8 @@ bool ReadSource(CMachine& machine, const DiagParams& params, std::string& source
     return message.Fail(kErrorCallNotImplemented);
   const std::string* pSource = TextOf(params, "Source");
   if (!pSource) return true;
-  if (pSource->empty() || !ExpandPath(*pSource, source, machine) || source.empty())
+  if (pSource->empty() || !ExpandPath(*pSource, source, machine) ||
+      !IsAbsolutePath(source, machine.System().PathSeparator()))
     return message.Fail(kErrorInvalidName);
   return true;
 }

@@ -136,8 +136,11 @@ bool CFileItem::FillContent(QueryMessage& message) {
       Params.SetText("FileText", std::move(text));
   }
   if (options.WantsLines() && files.OpenFile(m_path, LastLink::Refuse, reader) == kErrorSuccess) {
-    ReadLines(*reader, options, stop,
-              [this](uint32_t number, std::string line) { AddLine(number, std::move(line)); });
+    const SystemError error =
+        ReadLines(*reader, options, stop,
+                  [this](uint32_t number, std::string line) { AddLine(number, std::move(line)); });
+    // A part would look like a shorter file.
+    if (error != kErrorSuccess && !stop()) Children.Clear();
   }
   return !message.IsTerminated();
 }

@@ -1,6 +1,7 @@
 // The directory of the cache: its index, and how entries come into it and go.
 #include <fmt/format.h>
 
+#include "VLib/src/paths/AbsolutePath.h"
 #include "VLib/src/text/Text.h"
 #include "model/cache/ResultCache.h"
 #include "platform/machine/FileSystem.h"
@@ -11,11 +12,6 @@ namespace kestra {
 namespace {
 
 constexpr uint32_t kLockWaitMs = 600'000;
-
-bool IsAbsolute(const std::string& path, char separator) {
-  if (separator == '/') return path.starts_with('/');
-  return path.size() >= 3 && IsAsciiLetter(path[0]) && path[1] == ':' && path[2] == separator;
-}
 
 // A name that can be a file's, wherever the directory lies.
 bool IsPlainName(std::string_view name) {
@@ -45,7 +41,7 @@ bool IsEntryOf(const CfgNode& section, std::string_view moduleName, const CfgNod
 
 bool ResultCache::Open(const std::string& directory) {
   m_separator = m_poMachine->System().PathSeparator();
-  if (!m_poMachine->Files() || !IsAbsolute(directory, m_separator)) return false;
+  if (!m_poMachine->Files() || !IsAbsolutePath(directory, m_separator)) return false;
   uint32_t flags = 0;
   if (Files().VolumeFlags(directory.substr(0, 3), flags) != kErrorSuccess) return false;
   m_hasAcls = (flags & kFilePersistentAcls) != 0;

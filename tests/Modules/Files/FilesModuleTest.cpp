@@ -103,6 +103,25 @@ TEST(FilesModule, ShowsWhatIsAskedFor) {
   }
 }
 
+// What is named and may not be listed is not empty.
+TEST(FilesModule, ADirectoryThatIsRefusedFailsOnlyWhereItIsNamed) {
+  auto machine = MakeRef<CFakeMachine>(SystemFamily::Linux);
+  machine->files.Add("/d/a", {});
+  const auto failing = MakeRef<CFailingMachine>(machine);
+  for (const char* pPath : {"/d", "/"}) {
+    uint32_t failed = 0;
+    for (uint32_t n = 1; n < 20; ++n) {
+      const auto module = MakeFiles(failing, std::string("Levels=3,DirPath='") + pPath + "'");
+      failing->FailCall(n, kErrorAccessDenied, test::Facility::Files);
+      QueryMessage message;
+      if (Fill(*module, message)) continue;
+      ++failed;
+      EXPECT_EQ(message.SystemError, kErrorAccessDenied);
+    }
+    EXPECT_GT(failed, 0u) << pPath;
+  }
+}
+
 TEST(FilesModule, ReadsTextAndLines) {
   const FillCase cases[] = {
       {SystemFamily::Linux, "FilePath='/d/sub/b.TXT',CharFrom=5,CharCount=100", true,

@@ -76,17 +76,20 @@ TEST(LiveProcess, IsFoundWithItsPropertiesAndEnded) {
   ASSERT_TRUE(sleeper.IsThere());
   auto module = LiveModule(kLongEnough);
   CVDiagItem* pItem = nullptr;
-  // The child becomes "sleep" a moment after it is there.
+  // The child becomes "sleep" a moment after it is there, and has its arguments and its memory a
+  // moment after its name.
   for (int i = 0; i < 500; ++i) {
     pItem = FindProcess(*module, sleeper.PID());
-    if (pItem && TextOf(*pItem, "ImageName") == "sleep") break;
+    if (pItem && TextOf(*pItem, "CommandLine") == "sleep 1000") break;
     os::Sleep(10);
   }
   ASSERT_TRUE(pItem);
   EXPECT_EQ(TextOf(*pItem, "ImageName"), "sleep");
-  EXPECT_EQ(TextOf(*pItem, "CommandLine"), "sleep 1000");
+  ASSERT_EQ(TextOf(*pItem, "CommandLine"), "sleep 1000");
   EXPECT_NE(TextOf(*pItem, "User"), "<none>");
-  EXPECT_GT(pItem->Params.Find("MemoryUsage", false)->DWordValue, 0u);
+  const DiagParam* pMemory = pItem->Params.Find("MemoryUsage", false);
+  ASSERT_TRUE(pMemory);
+  EXPECT_GT(pMemory->DWordValue, 0u);
   EXPECT_TRUE(pItem->Params.Find("ParentProcessID", false));
 
   QueryMessage message;

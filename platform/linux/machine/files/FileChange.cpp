@@ -45,6 +45,16 @@ SystemError CopyBytes(int source, CFileWriter& writer, const os::CWaitable* pTer
   }
 }
 
+// Whether a file was written to since: what was copied is then neither the old nor the new. The
+// files of /proc and the like have no size, and change their time at every look.
+bool HasChanged(int fd, const struct stat& before) {
+  struct stat now {};
+  if (fstat(fd, &now) != 0) return true;
+  const bool isSameTime =
+      now.st_mtim.tv_sec == before.st_mtim.tv_sec && now.st_mtim.tv_nsec == before.st_mtim.tv_nsec;
+  return now.st_size != before.st_size || (before.st_size > 0 && !isSameTime);
+}
+
 }  // namespace
 
 SystemError RenameLinuxPath(const std::string& from, const std::string& to) {
@@ -70,6 +80,7 @@ SystemError CopyLinuxFile(const std::string& from, const std::string& to,
   std::unique_ptr<CFileWriter> writer;
   error = BeginLinuxCopy(to, status.st_mode & kAllRights, status.st_mtim, writer);
   if (error == kErrorSuccess) error = CopyBytes(source.get(), *writer, pTermination);
+  if (error == kErrorSuccess && HasChanged(source.get(), status)) error = kErrorSharingViolation;
   return error == kErrorSuccess ? writer->Commit() : error;
 }
 
