@@ -32,7 +32,8 @@ KESTRA_EXPORT BSTR GetModuleTypeInfo(BSTR module) {
 #elif defined FAULT_TYPE_ARGUMENT
   return module;
 #elif defined FAULT_TYPE_NOISE
-  return SysAllocStringByteLen("\xff\xfe\0[[[=]\n[Faulty\n[_Params]\n[x]\nType=Colour", 45);
+  static const char noise[] = "\xff\xfe\0[[[=]\n[Faulty\n[_Params]\n[x]\nType=Colour";
+  return SysAllocStringByteLen(noise, sizeof noise - 1);
 #elif defined FAULT_TYPE_HALF
   return Text("[Faulty]\n[_Args]\n[Limit]\nType=Dword\n");
 #elif defined FAULT_NO_CLEAR
