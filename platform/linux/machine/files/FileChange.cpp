@@ -13,6 +13,7 @@
 #include "platform/linux/machine/files/FileReader.h"
 #include "platform/linux/machine/files/FileStatus.h"
 #include "platform/linux/machine/files/FileWriter.h"
+#include "platform/linux/machine/files/Place.h"
 
 namespace kestra {
 namespace {
@@ -21,12 +22,13 @@ constexpr mode_t kAllRights = S_IRWXU | S_IRWXG | S_IRWXO;
 constexpr mode_t kWriteRights = S_IWUSR | S_IWGRP | S_IWOTH;
 
 // For a file system that cannot tell whether a rename would replace: a link never does.
-SystemError RenameByLink(const std::string& from, const std::string& to) {
-  if (link(from.c_str(), to.c_str()) != 0)
+SystemError RenameByLink(const Place& from, const Place& to) {
+  const int source = from.directory.get(), target = to.directory.get();
+  if (linkat(source, from.name.c_str(), target, to.name.c_str(), 0) != 0)
     return errno == EPERM || errno == EOPNOTSUPP ? kErrorNotSupported : LastError();
-  if (unlink(from.c_str()) == 0) return kErrorSuccess;
+  if (unlinkat(source, from.name.c_str(), 0) == 0) return kErrorSuccess;
   const SystemError error = LastError();
-  unlink(to.c_str());
+  unlinkat(target, to.name.c_str(), 0);
   return error;
 }
 
@@ -59,15 +61,21 @@ bool HasChanged(int fd, const struct stat& before) {
 
 SystemError RenameLinuxPath(const std::string& from, const std::string& to) {
   if (HasNul(from) || HasNul(to)) return kErrorInvalidName;
-  if (renameat2(AT_FDCWD, from.c_str(), AT_FDCWD, to.c_str(), RENAME_NOREPLACE) == 0)
+  Place source, target;
+  SystemError error = OpenPlaceToChange(from, source);
+  if (error == kErrorSuccess) error = OpenPlaceToChange(to, target);
+  if (error != kErrorSuccess) return error;
+  if (renameat2(source.directory.get(), source.name.c_str(), target.directory.get(),
+                target.name.c_str(), RENAME_NOREPLACE) == 0)
     return kErrorSuccess;
   const int number = errno;
   struct stat status {};
-  if (lstat(from.c_str(), &status) != 0) return LastErrorOfPath(from);
+  if (fstatat(source.directory.get(), source.name.c_str(), &status, AT_SYMLINK_NOFOLLOW) != 0)
+    return LastError();
   if (number == ENOENT) return kErrorPathNotFound;
   if (number != EINVAL && number != ENOSYS) return ErrorFromErrno(number);
   // A directory into itself is EINVAL too.
-  return S_ISDIR(status.st_mode) ? kErrorNotSupported : RenameByLink(from, to);
+  return S_ISDIR(status.st_mode) ? kErrorNotSupported : RenameByLink(source, target);
 }
 
 SystemError CopyLinuxFile(const std::string& from, const std::string& to,
@@ -86,9 +94,13 @@ SystemError CopyLinuxFile(const std::string& from, const std::string& to,
 
 SystemError SetLinuxAttributes(const std::string& path, uint32_t attributes) {
   if (HasNul(path)) return kErrorInvalidName;
+  Place place;
+  const SystemError error = OpenPlaceToChange(path, place);
+  if (error != kErrorSuccess) return error;
   // Neither opens it, nor follows a link that came in between.
-  const CUniqueFd fd(open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
-  if (!fd) return LastErrorOfPath(path);
+  const CUniqueFd fd(
+      openat(place.directory.get(), place.name.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC));
+  if (!fd) return LastError();
   struct stat status {};
   FileInfo info;
   if (fstat(fd.get(), &status) != 0 || !ReadFileInfo(fd.get(), IsHiddenName(path), info))

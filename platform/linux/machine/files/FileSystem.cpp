@@ -15,6 +15,7 @@
 #include "platform/linux/machine/files/FileReader.h"
 #include "platform/linux/machine/files/FileStatus.h"
 #include "platform/linux/machine/files/FileWriter.h"
+#include "platform/linux/machine/files/Place.h"
 
 namespace kestra {
 namespace {
@@ -73,7 +74,11 @@ class CLinuxFileSystem final : public CFileSystem {
   }
   SystemError RemoveFile(const std::string& path) override {
     if (HasNul(path)) return kErrorInvalidName;
-    return unlink(path.c_str()) == 0 ? kErrorSuccess : LastErrorOfPath(path);
+    Place place;
+    const SystemError error = OpenPlaceToChange(path, place);
+    if (error != kErrorSuccess) return error;
+    return unlinkat(place.directory.get(), place.name.c_str(), 0) == 0 ? kErrorSuccess
+                                                                       : LastError();
   }
   SystemError MakeDirectory(const std::string& path, NewRights rights) override {
     if (HasNul(path)) return kErrorInvalidName;
@@ -83,7 +88,11 @@ class CLinuxFileSystem final : public CFileSystem {
   }
   SystemError RemoveEmptyDirectory(const std::string& path) override {
     if (HasNul(path)) return kErrorInvalidName;
-    if (rmdir(path.c_str()) == 0) return kErrorSuccess;
+    Place place;
+    const SystemError error = OpenPlaceToChange(path, place);
+    if (error != kErrorSuccess) return error;
+    if (unlinkat(place.directory.get(), place.name.c_str(), AT_REMOVEDIR) == 0)
+      return kErrorSuccess;
     if (errno == EEXIST) return kErrorDirNotEmpty;  // another word for it, says rmdir(2)
     return errno == ENOTDIR ? NoDirectoryError(path) : LastErrorOfPath(path);
   }

@@ -7,6 +7,7 @@
 
 #include <cerrno>
 #include <utility>
+#include <vector>
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/Trust.h"
@@ -57,7 +58,60 @@ SystemError ReadLink(const Place& place, std::string& target) {
   return kErrorSuccess;
 }
 
+// The parts of a path, the next one last.
+std::vector<std::string> PartsOf(const std::string& path) {
+  std::vector<std::string> parts;
+  for (size_t end = path.size(); end > 0;) {
+    const size_t slash = path.rfind('/', end - 1);
+    const size_t start = slash == std::string::npos ? 0 : slash + 1;
+    if (start < end) parts.push_back(path.substr(start, end - start));
+    end = slash == std::string::npos ? 0 : slash;
+  }
+  return parts;
+}
+
+CUniqueFd OpenStart(const std::string& path) {
+  return CUniqueFd(open(path.starts_with('/') ? "/" : ".", O_PATH | O_DIRECTORY | O_CLOEXEC));
+}
+
+// Goes into the directory, part by part, and through links that can be trusted.
+SystemError OpenDirectoryByParts(const std::string& path, CUniqueFd& directory) {
+  constexpr int kFlags = O_PATH | O_NOFOLLOW | O_CLOEXEC;
+  directory = OpenStart(path);
+  std::vector<std::string> parts = PartsOf(path);
+  for (int links = 0; directory && !parts.empty();) {
+    Place place{std::move(directory), std::move(parts.back())};
+    parts.pop_back();
+    CUniqueFd next(openat(place.directory.get(), place.name.c_str(), kFlags));
+    struct stat status {};
+    if (!next || fstat(next.get(), &status) != 0)
+      return errno == ENOENT ? kErrorPathNotFound : LastError();
+    if (!S_ISLNK(status.st_mode)) {
+      if (!S_ISDIR(status.st_mode)) return kErrorPathNotFound;
+      directory = std::move(next);
+      continue;
+    }
+    if (++links > kMostLinks) return kErrorCannotResolveFilename;
+    std::string target;
+    const SystemError error = ReadLink(place, target);
+    if (error != kErrorSuccess) return error;
+    directory = target.starts_with('/') ? OpenStart(target) : std::move(place.directory);
+    for (std::string& part : PartsOf(target)) parts.push_back(std::move(part));
+  }
+  return directory ? kErrorSuccess : LastError();
+}
+
 }  // namespace
+
+SystemError OpenPlaceToChange(std::string path, Place& place) {
+  while (path.size() > 1 && path.back() == '/') path.pop_back();
+  const size_t slash = path.rfind('/');
+  place.name = path.substr(slash == std::string::npos ? 0 : slash + 1);
+  if (path.empty()) return kErrorPathNotFound;
+  if (place.name.empty() || place.name == "." || place.name == "..") return kErrorAccessDenied;
+  return OpenDirectoryByParts(path.substr(0, slash == std::string::npos ? 0 : slash + 1),
+                              place.directory);
+}
 
 SystemError OpenPlace(const std::string& path, Place& place) {
   return OpenPlaceFrom(AT_FDCWD, path, place);

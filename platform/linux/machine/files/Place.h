@@ -19,6 +19,12 @@ struct Place {
 // anything of that name is not looked at.
 SystemError OpenPlace(const std::string& path, Place& place);
 
+// The place of something that is to be changed: as above, but no directory on the way is reached by
+// a link that another user may have put there, which is kErrorAccessDenied. So a tree of another
+// user's can be taken away by root while its owner swaps its directories for links. Separators at
+// the end of path are passed over.
+SystemError OpenPlaceToChange(std::string path, Place& place);
+
 // Goes on, link by link, to the place of what is no link. A link that another user may have put
 // there (LastLink::Follow in FileSystem.h) is refused with kErrorAccessDenied, the first one as any
 // on the way; kErrorFileNotFound when the last one leads nowhere, and kErrorCannotResolveFilename

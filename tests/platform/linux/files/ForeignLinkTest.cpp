@@ -58,6 +58,8 @@ class CForeignLinkTest : public testing::Test {
       ASSERT_EQ(chown((directory / name).c_str(), kCaller, kCaller), 0);
     MakeLink("../own/file", directory / "foreign/link", test.linkOwner);
     MakeLink("../foreign/link", directory / "own/chain", kRoot);
+    MakeLink("../own", directory / "foreign/way", test.linkOwner);
+    MakeLink("../foreign/way/./../own", directory / "own/longer", kRoot);
     const std::string foreign = directory / "foreign";
     ASSERT_EQ(chown(foreign.c_str(), test.directoryOwner, test.directoryOwner), 0);
     ASSERT_EQ(chmod(foreign.c_str(), test.directoryMode), 0);
@@ -83,10 +85,27 @@ SystemError Copy(const std::string& path) {
   return error;
 }
 
+// Whatever changes something behind a link on the way. The file is there again afterwards.
+SystemError Change(const std::string& way) {
+  const auto files = MakeLinuxFileSystem();
+  const SystemError renamed = files->Rename(way + "/file", "own/moved");
+  EXPECT_EQ(files->Rename("own/moved", way + "/file"), renamed);
+  EXPECT_EQ(files->SetAttributes(way + "/file", kFileAttributeNormal), renamed);
+  EXPECT_EQ(files->MakeDirectory("own/empty", NewRights::Usual), kErrorSuccess);
+  EXPECT_EQ(files->RemoveEmptyDirectory(way + "/empty//"), renamed);
+  rmdir("own/empty");
+  std::filesystem::copy_file("own/file", "own/doomed");
+  EXPECT_EQ(files->RemoveFile(way + "/doomed"), renamed);
+  EXPECT_EQ(std::filesystem::remove("own/doomed"), renamed != kErrorSuccess);
+  return renamed;
+}
+
 bool AllAnswer(SystemError expected) {
   for (const char* path : {"foreign/link", "own/chain"})
     for (const auto operation : {Open, Rewrite, Copy})
       if (operation(path) != expected) return false;
+  for (const char* way : {"foreign/way", "own/longer"})
+    if (Change(way) != expected || testing::Test::HasFailure()) return false;
   return true;
 }
 
