@@ -15,6 +15,10 @@ except (OSError, ET.ParseError) as error:
 counts = {"run": 0, "fail": 0, "skipped": 0}
 for case in cases:
     status = case.get("status")
+    skipped = case.find("skipped")
+    # A test that skips itself; one whose program is missing is told by another message.
+    if skipped is not None and skipped.get("message") == "SKIP_REGULAR_EXPRESSION_MATCHED":
+        status = "skipped"
     counts[status if status in counts else "fail"] += 1
     if status not in ("run", "skipped"):
         print(f"FAILED: {preset}: {case.get('name')}", file=sys.stderr)
