@@ -27,10 +27,6 @@ void* FindExport(NativeLibrary library, const std::string& name);
 // Byte strings that libraries and this one hand each other: BSTRs of 8-bit text. On Windows they
 // are OLE's; elsewhere they are made by the functions that include/kestra/plugin.h declares.
 using ByteString = char*;
-// Null when there is no memory.
-ByteString MakeByteString(std::string_view bytes);
-uint32_t ByteStringLength(ByteString text);  // bytes; 0 for null
-void FreeByteString(ByteString text);
 
 // Owns one. The library that a call gives it to reads it and leaves it alone.
 class CByteString {
@@ -46,7 +42,7 @@ class CByteString {
     std::swap(m_pText, other.m_pText);
     return *this;
   }
-  ~CByteString() { FreeByteString(m_pText); }
+  ~CByteString();
 
   ByteString get() const { return m_pText; }
   // All of its bytes; nothing for null.

@@ -59,21 +59,14 @@ void* FindExport(NativeLibrary library, const std::string& name) {
   return library ? dlsym(library, name.c_str()) : nullptr;
 }
 
-ByteString MakeByteString(std::string_view bytes) {
-  if (bytes.size() > std::numeric_limits<uint32_t>::max()) return nullptr;
-  return SysAllocStringByteLen(bytes.data(), static_cast<uint32_t>(bytes.size()));
-}
-
-uint32_t ByteStringLength(ByteString text) {
-  return SysStringByteLen(text);
-}
-
-void FreeByteString(ByteString text) {
-  SysFreeString(text);
-}
-
-CByteString::CByteString(std::string_view bytes) : m_pText(MakeByteString(bytes)) {
+CByteString::CByteString(std::string_view bytes) {
+  const bool fits = bytes.size() <= std::numeric_limits<uint32_t>::max();
+  if (fits) m_pText = SysAllocStringByteLen(bytes.data(), static_cast<uint32_t>(bytes.size()));
   if (!m_pText) throw std::bad_alloc();
+}
+
+CByteString::~CByteString() {
+  SysFreeString(m_pText);
 }
 
 CByteString CByteString::Take(ByteString text) {
@@ -84,7 +77,7 @@ CByteString CByteString::Take(ByteString text) {
 
 std::optional<std::string> CByteString::Text() const {
   if (!m_pText) return std::nullopt;
-  return std::string(m_pText, ByteStringLength(m_pText));
+  return std::string(m_pText, SysStringByteLen(m_pText));
 }
 
 }  // namespace kestra::os

@@ -12,20 +12,16 @@
 #include "platform/linux/machine/Facilities.h"
 #include "platform/machine/FileSystem.h"
 #include "platform/os/Event.h"
+#include "tests/platform/linux/files/NamesIn.h"
 #include "tests/support/TempDirectory.h"
 
 namespace kestra {
 namespace {
 
 using test::CTempDirectory;
+using test::NamesIn;
 using test::ReadWholeFile;
 namespace fs = std::filesystem;
-
-std::set<std::string> NamesIn(const std::string& directory) {
-  std::set<std::string> names;
-  for (const auto& entry : fs::directory_iterator(directory)) names.insert(entry.path().filename());
-  return names;
-}
 
 struct stat StatusOf(const std::string& path) {
   struct stat status {};
