@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes VLib/src/text/CaseFoldingTable.inc from the Unicode Character Database.
+"""Writes platform/base/text/CaseFoldingTable.inc from the Unicode Character Database.
 
-    tools/make_case_folding.py /usr/share/unicode/CaseFolding.txt > VLib/src/text/CaseFoldingTable.inc
+    tools/make_case_folding.py /usr/share/unicode/CaseFolding.txt > platform/base/text/CaseFoldingTable.inc
 
 Takes the mappings of status C (common) and S (simple), which together are the simple case folding
 that the head of CaseFolding.txt describes. Neighbouring mappings of one distance become one row

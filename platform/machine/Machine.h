@@ -23,6 +23,9 @@ class CProcesses;
 class CMachine : public CCounted<CMachine> {
  public:
   virtual ~CMachine() = default;
+  // Nothing of it can be changed, and nothing is tried: every active operation fails with
+  // kErrorWriteProtect before it begins.
+  virtual bool IsReadOnly() const { return false; }
   virtual CSystemFacts& System() = 0;
   virtual CFileSystem* Files() = 0;
   virtual CRegistry* Registry() = 0;

@@ -35,7 +35,13 @@ inline constexpr uint32_t kRegSz = 1;
 inline constexpr uint32_t kRegExpandSz = 2;
 inline constexpr uint32_t kRegBinary = 3;
 inline constexpr uint32_t kRegDword = 4;
+inline constexpr uint32_t kRegDwordBigEndian = 5;
+inline constexpr uint32_t kRegLink = 6;
 inline constexpr uint32_t kRegMultiSz = 7;
+inline constexpr uint32_t kRegResourceList = 8;
+inline constexpr uint32_t kRegFullResourceDescriptor = 9;
+inline constexpr uint32_t kRegResourceRequirementsList = 10;
+inline constexpr uint32_t kRegQword = 11;
 
 struct RegistryKeyInfo {
   std::string className;
@@ -44,8 +50,10 @@ struct RegistryKeyInfo {
   FileTime lastWriteTime;
 };
 
-// An open key; closed by its destructor. One thread at a time. Names and string data are UTF-8;
-// string data carries its terminators as stored. Every method answers kErrorSuccess or the error
+// An open key; closed by its destructor. One thread at a time. Names are UTF-8, and so are the data
+// of kRegSz, kRegExpandSz and kRegMultiSz, which carry their terminators, one NUL each, as stored:
+// there may be none, and an odd last byte of the stored UTF-16 is left out. A registry that is only
+// read answers every change with kErrorWriteProtect. Every method answers kErrorSuccess or the error
 // that the registry function of the same name would give: kErrorFileNotFound for a key or value
 // that is not there, kErrorNoMoreItems behind the last one.
 class CRegistryKey {

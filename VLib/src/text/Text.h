@@ -9,21 +9,9 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base/text/Characters.h"
+
 namespace kestra {
-
-// The one case-blind comparison of the system (the stand-in for lstrcmpiA, the same on every
-// system): both texts are folded by Unicode simple case folding and compared by code point. Bytes
-// that are not UTF-8 order behind all characters. Negative, 0 or positive.
-int CompareNoCase(std::string_view a, std::string_view b);
-inline bool EqualsNoCase(std::string_view a, std::string_view b) {
-  return CompareNoCase(a, b) == 0;
-}
-
-// The character that begins at text[position], which must be inside the text. position moves
-// behind it. A byte that begins no character gives 0x110000 plus the byte.
-uint32_t NextCharacter(std::string_view text, size_t& position);
-uint32_t FoldCharacter(uint32_t character);
-size_t CountCharacters(std::string_view text);
 
 // The one wildcard matcher of the system: "*" stands for any run of characters, "?" for any one.
 // With escape, a backslash in the pattern makes the character behind it an ordinary one. Time is

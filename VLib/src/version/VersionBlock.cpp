@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "VLib/src/text/Text.h"
-#include "VLib/src/text/Utf16.h"
+#include "platform/base/text/Utf16.h"
 #include "platform/base/ByteSource.h"
 
 namespace kestra {

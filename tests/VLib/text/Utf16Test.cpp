@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "VLib/src/text/Utf16.h"
+#include "platform/base/text/Utf16.h"
 #include "tests/VLib/version/BlockWriter.h"
 
 namespace kestra {

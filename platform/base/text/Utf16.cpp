@@ -1,4 +1,4 @@
-#include "VLib/src/text/Utf16.h"
+#include "platform/base/text/Utf16.h"
 
 #include <cstdint>
 

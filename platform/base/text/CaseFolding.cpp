@@ -1,7 +1,7 @@
 #include <algorithm>
 #include <iterator>
 
-#include "VLib/src/text/Text.h"
+#include "platform/base/text/Characters.h"
 
 namespace kestra {
 namespace {
@@ -15,7 +15,7 @@ struct FoldingRow {
 };
 
 constexpr FoldingRow kFoldingRows[] = {
-#include "VLib/src/text/CaseFoldingTable.inc"
+#include "platform/base/text/CaseFoldingTable.inc"
 };
 
 inline unsigned char FoldAscii(unsigned char c) {
