@@ -19,9 +19,6 @@
 
 namespace kestra::test {
 
-// Source: the Win32 page "System Error Codes (1000-1299)".
-inline constexpr SystemError kErrorKeyDeleted = 1018;
-
 struct FakeRegistryValue {
   std::string name;
   uint32_t type = 0;
