@@ -54,6 +54,8 @@ bool IsPlainFile(const Place& place) {
          S_ISREG(status.st_mode);
 }
 
+}  // namespace
+
 // Follows no link: one that came since the file was looked at is refused.
 SystemError OpenNamedFile(int directory, const std::string& name, CUniqueFd& file) {
   constexpr int kFlags = O_RDONLY | O_NONBLOCK | O_CLOEXEC | O_NOCTTY | O_NOFOLLOW;
@@ -67,8 +69,6 @@ SystemError OpenNamedFile(int directory, const std::string& name, CUniqueFd& fil
   file = std::move(fd);
   return kErrorSuccess;
 }
-
-}  // namespace
 
 SystemError OpenPlainFile(const std::string& path, LastLink lastLink, CUniqueFd& file) {
   if (HasNul(path)) return kErrorInvalidName;
@@ -84,12 +84,15 @@ SystemError OpenPlainFile(const std::string& path, LastLink lastLink, CUniqueFd&
   return error == kErrorSuccess ? OpenNamedFile(place.directory.get(), place.name, file) : error;
 }
 
+std::unique_ptr<CFileReader> MakeFileReader(CUniqueFd file, bool isHidden) {
+  return std::make_unique<CLinuxFileReader>(std::move(file), isHidden);
+}
+
 SystemError OpenLinuxFile(const std::string& path, LastLink lastLink,
                           std::unique_ptr<CFileReader>& reader) {
   CUniqueFd fd;
   const SystemError error = OpenPlainFile(path, lastLink, fd);
-  if (error == kErrorSuccess)
-    reader = std::make_unique<CLinuxFileReader>(std::move(fd), IsHiddenName(path));
+  if (error == kErrorSuccess) reader = MakeFileReader(std::move(fd), IsHiddenName(path));
   return error;
 }
 

@@ -69,16 +69,17 @@ bool IsHiddenName(const std::string& path) {
   return name.starts_with('.') && name != "." && name != "..";
 }
 
-bool ReadFileInfo(int directory, const char* path, bool isHidden, FileInfo& info) {
+bool ReadFileInfo(int directory, const char* path, bool isHidden, FileInfo& info,
+                  LinkTarget target) {
   struct statx status {};
   if (statx(directory, path, kStatxFlags | AT_SYMLINK_NOFOLLOW, kWanted, &status) != 0)
     return false;
   info = InfoOf(status);
   bool isDirectory = info.kind == FileKind::Directory;
-  if (info.kind == FileKind::Link) {
-    struct statx target {};
+  if (info.kind == FileKind::Link && target == LinkTarget::Look) {
+    struct statx end {};
     isDirectory =
-        statx(directory, path, kStatxFlags, STATX_TYPE, &target) == 0 && S_ISDIR(target.stx_mode);
+        statx(directory, path, kStatxFlags, STATX_TYPE, &end) == 0 && S_ISDIR(end.stx_mode);
   }
   info.attributes = AttributesOf(status, info.kind, isDirectory, isHidden);
   return true;

@@ -9,10 +9,13 @@ namespace kestra {
 
 // A name with a leading dot, in a path's last place.
 bool IsHiddenName(const std::string& path);
+// Whether the question if a link counts as a directory is asked of what it leads to.
+enum class LinkTarget { Look, Leave };
 // Of the entry that path names in the directory (AT_FDCWD: as the process sees it). A link is
-// described itself, but for the question whether it counts as a directory. Nothing is opened, so
-// that a FIFO does not wait and a device does not act. False with errno set.
-bool ReadFileInfo(int directory, const char* path, bool isHidden, FileInfo& info);
+// described itself, but for that question. Nothing is opened, so that a FIFO does not wait and a
+// device does not act. False with errno set.
+bool ReadFileInfo(int directory, const char* path, bool isHidden, FileInfo& info,
+                  LinkTarget target = LinkTarget::Look);
 // Of an open file.
 bool ReadFileInfo(int file, bool isHidden, FileInfo& info);
 
