@@ -1,5 +1,6 @@
 #include "query/Evaluate.h"
 
+#include "platform/machine/Machine.h"
 #include "platform/os/Clock.h"
 #include "query/parse/Chart.h"
 #include "query/parse/ColumnNames.h"
@@ -56,6 +57,7 @@ void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& roo
   try {
     QueryContext context(text, root, timeOut, std::move(message));
     context.Message->ClearState();
+    context.Message->IsMachineReadOnly = root && root->Machine() && root->Machine()->IsReadOnly();
     Evaluate(result, context);
     if (pReport) *pReport = std::move(context.Report);
   } catch (...) {

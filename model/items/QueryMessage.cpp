@@ -35,7 +35,7 @@ bool QueryMessage::IsTerminatedInLoop() {
 }
 
 bool QueryMessage::RequireActive() {
-  if (AllowActive) return true;
+  if (AllowActive) return !IsMachineReadOnly || Fail(kErrorWriteProtect);
   RaiseMessage(11015);
   return false;
 }

@@ -22,7 +22,8 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
       : AllowActive(allowActive), m_poHostEvent(std::move(termination)) {}
 
   bool AllowActive = false;
-  bool Restart = false;  // the change needs a restart of the machine
+  bool IsMachineReadOnly = false;  // nothing of the machine can be changed, allowed or not
+  bool Restart = false;            // the change needs a restart of the machine
 
   // The termination event, for waits; null if there is none.
   const os::CWaitable* TerminationEvent() const;
@@ -34,7 +35,9 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   // The same for loops that look at every turn: a host's event is polled every few milliseconds
   // only.
   bool IsTerminatedInLoop();
-  // False, with message 11015, unless active operations are allowed.
+  bool MayChange() const { return AllowActive && !IsMachineReadOnly; }
+  // Whether an active operation may begin. False with message 11015 unless they are allowed, and
+  // with kErrorWriteProtect for a machine that is only read.
   bool RequireActive();
   // Sets failure with a message of this library's.
   void RaiseMessage(uint32_t id, std::initializer_list<std::string> inserts = {});

@@ -87,6 +87,12 @@ std::optional<std::string> Call(Value& out, ParseNode& node, bool& result) {
     return std::nullopt;
   }
   const Value arguments = out;
+  // The library would be one of this machine, and not of the one that is asked about.
+  if (node.Context->Message->IsMachineReadOnly) {
+    node.Context->Message->Fail(kErrorWriteProtect);
+    result = Fail(out);
+    return std::nullopt;
+  }
   const auto callee = reinterpret_cast<Callee>(os::FindExport(FindLibrary(library), function));
   std::string block;
   if (!callee) {

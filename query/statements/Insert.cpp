@@ -5,6 +5,7 @@
 #include "query/eval/Actions.h"
 #include "query/rows/Arguments.h"
 #include "query/rows/ModuleRowSource.h"
+#include "query/statements/ChangedModules.h"
 #include "query/statements/Statement.h"
 
 namespace kestra {
@@ -82,6 +83,8 @@ bool InsertRow(Value& out, ParseNode& node, CVDiagItem& parent, const InsertTarg
   for (size_t i = 0; i < columns.Count(); ++i) {
     if (!ApplyArgument(out, columns[i].asString(), values[i], params)) return false;
   }
+  CChangedModules changed(*node.Context);
+  changed.Add(target.diagClass);
   if (!parent.Add(target.className, params, *node.Context->Message)) {
     return FailWithMessage(out, node);
   }

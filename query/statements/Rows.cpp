@@ -2,6 +2,7 @@
 // each row's item, in order. The first that fails ends the statement; what is done stays done.
 #include "query/eval/Actions.h"
 #include "query/rows/Arguments.h"
+#include "query/statements/ChangedModules.h"
 #include "query/statements/Statement.h"
 
 namespace kestra {
@@ -9,8 +10,11 @@ namespace {
 
 bool DeleteItems(Value& out, ParseNode& node, const Value& rows) {
   const ValueVector& items = rows.asVector();
+  CChangedModules changed(*node.Context);
   for (size_t r = 0; r < items.Count(); ++r) {
-    if (!items[r].asVDIagItem()->Delete(*node.Context->Message)) return FailWithMessage(out, node);
+    CVDiagItem& item = *items[r].asVDIagItem();
+    changed.Add(item);
+    if (!item.Delete(*node.Context->Message)) return FailWithMessage(out, node);
   }
   return CountResult(out, items.Count());
 }
@@ -29,6 +33,7 @@ bool UpdateItems(Value& out, ParseNode& node, const Value& rows, const Value& fr
   constexpr size_t kArgumentsSymbol = 3;
   const CFromReader reader(fromResult);
   const ValueVector& items = rows.asVector();
+  CChangedModules changed(*node.Context);
   for (size_t r = 0; r < items.Count(); ++r) {
     if (!EvalOnRow(out, r, reader, node, kArgumentsSymbol)) return FailKeepingMessage(out);
     if (!out.IsVector()) return Fail(out);
@@ -38,6 +43,7 @@ bool UpdateItems(Value& out, ParseNode& node, const Value& rows, const Value& fr
     if (!diagClass) return Fail(out);
     DiagParams params{Ref<const DiagParamDefs>(diagClass->Params)};
     if (!ApplyArguments(out, pairs.asVector(), params)) return false;
+    changed.Add(item);
     if (!item.Update(params, *node.Context->Message)) return FailWithMessage(out, node);
   }
   return CountResult(out, items.Count());
@@ -96,10 +102,11 @@ bool ExecuteAction(Value& out, ParseNode& node) {
     }
     if (!ApplyArguments(out, pairs.asVector(), params)) return false;
   }
+  CChangedModules changed(*node.Context);
   for (size_t r = 0; r < items.Count(); ++r) {
-    if (!items[r].asVDIagItem()->Execute(name, &params, *node.Context->Message)) {
-      return FailWithMessage(out, node);
-    }
+    CVDiagItem& item = *items[r].asVDIagItem();
+    changed.Add(item);
+    if (!item.Execute(name, &params, *node.Context->Message)) return FailWithMessage(out, node);
   }
   return CountResult(out, items.Count());
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <mutex>
 #include <stdexcept>
 #include <vector>
 
@@ -73,35 +74,55 @@ constinit const ClassDecl kSlow{.name = "Slow", .children = kManyChildren, .args
 constinit const ClassDecl kBroken{.name = "Broken", .children = kManyChildren};
 constinit const ClassDecl kThrows{.name = "Throws", .children = kManyChildren};
 
-class CPartItem : public CFilledItem {
+// What the module Test describes: it stays as it was changed, for the whole process, while items
+// come and go with each filling.
+class CStored : public CCounted<CStored> {
  public:
-  using CFilledItem::CFilledItem;
+  explicit CStored(const ClassDecl& storedDecl) : decl(storedDecl), params(decl.Get()->Params) {}
+  const ClassDecl& decl;
+  DiagParams params;
+  std::vector<Ref<CStored>> children;
+  bool isDeleted = false;
+};
+
+std::mutex g_storeLock;  // guards everything below the store
+
+void CopyParams(const DiagParams& from, DiagParams& to) {
+  for (size_t i = 0; i < from.Count(); ++i) to.Set(MakeRef<DiagParam>(*from.Get(i)), true);
+}
+
+Ref<CStored> MakeStored(const ClassDecl& decl, const DiagParams& params) {
+  auto stored = MakeRef<CStored>(decl);
+  CopyParams(params, stored->params);
+  return stored;
+}
+
+class CStoredItem : public CFilledItem {
+ public:
+  explicit CStoredItem(Ref<CStored> stored)
+      : CFilledItem(stored->decl.Get()), m_poStored(std::move(stored)) {
+    CopyParams(m_poStored->params, Params);
+    IsInitialized = true;
+  }
 
  protected:
   bool OnUpdate(const DiagParams& params, QueryMessage&) override {
-    for (size_t i = 0; i < params.Count(); ++i) {
-      Params.Set(MakeRef<DiagParam>(*params.Get(i)), true);
-    }
+    std::lock_guard lock(g_storeLock);
+    CopyParams(params, m_poStored->params);
+    CopyParams(params, Params);
     return true;
   }
   bool OnDelete(QueryMessage&) override {
-    Params.Clear();
-    return true;
+    std::lock_guard lock(g_storeLock);
+    return m_poStored->isDeleted = true;
   }
+
+  const Ref<CStored> m_poStored;
 };
 
-Ref<CVDiagItem> MakeItem(const ClassDecl& decl, const DiagParams& params) {
-  auto item = MakeRef<CPartItem>(decl.Get());
-  for (size_t i = 0; i < params.Count(); ++i) {
-    item->Params.Set(MakeRef<DiagParam>(*params.Get(i)), false);
-  }
-  item->IsInitialized = true;
-  return item;
-}
-
-class CRowItem : public CPartItem {
+class CRowItem : public CStoredItem {
  public:
-  CRowItem() : CPartItem(kRow.Get()) {}
+  using CStoredItem::CStoredItem;
 
  protected:
   Ref<CVDiagItem> OnAdd(const DiagParams& params, QueryMessage& message) override {
@@ -109,15 +130,19 @@ class CRowItem : public CPartItem {
       message.RaiseMessage(11000, {"Number"});
       return nullptr;
     }
-    return Ref<CVDiagItem>(Children.Add(MakeItem(kPart, params), false));
+    std::lock_guard lock(g_storeLock);
+    m_poStored->children.push_back(MakeStored(kPart, params));
+    return MakeRef<CStoredItem>(m_poStored->children.back());
   }
   bool OnDelete(QueryMessage& message) override { return message.Fail(kErrorAccessDenied); }
   bool OnExecute(const std::string& actionName, const DiagParams& args,
                  QueryMessage& message) override {
     if (actionName == "Break") return message.Fail(kErrorNotReady);
-    DiagParam* pSize = Params.Find("Size", true);
+    std::lock_guard lock(g_storeLock);
+    DiagParams& params = m_poStored->params;
+    DiagParam* pSize = params.Find("Size", true);
     if (pSize) pSize->DWordValue += args.Find("Step", true)->DWordValue;
-    if (DiagParam* pText = Params.Find("Text", true)) {
+    if (DiagParam* pText = params.Find("Text", true)) {
       pText->StringValue = args.Find("Note", true)->StringValue;
     }
     return true;
@@ -144,31 +169,53 @@ constexpr RowData kRows[] = {
      4294967295, -1, -1, 4102444800, nullptr, "3"},
 };
 
-Ref<CRowItem> MakeRow(const RowData& data, const std::string& prefix) {
-  auto row = MakeRef<CRowItem>();
-  row->Params.SetNumber("Id", data.id);
-  row->Params.SetText("Text", prefix + data.text);
+Ref<CStored> MakeRow(const RowData& data) {
+  auto row = MakeRef<CStored>(kRow);
+  row->params.SetNumber("Id", data.id);
+  row->params.SetText("Text", data.text);
   const auto setNumber = [&](const char* pName, int64_t number) {
-    if (number >= 0) row->Params.SetNumber(pName, static_cast<uint32_t>(number));
+    if (number >= 0) row->params.SetNumber(pName, static_cast<uint32_t>(number));
   };
   setNumber("Size", data.size);
   setNumber("Kind", data.kind);
   setNumber("Flags", data.flags);
   setNumber("Created", data.created);
-  if (data.release) row->Params.SetVersionIfAny("Release", data.release);
-  if (data.other) row->Params.SetVersionIfAny("Other", data.other);
-  row->IsInitialized = true;
+  if (data.release) row->params.SetVersionIfAny("Release", data.release);
+  if (data.other) row->params.SetVersionIfAny("Other", data.other);
   return row;
 }
 
-void AddPart(CVDiagItem& row, uint32_t number, uint32_t owner, const char* pLabel) {
-  auto part = MakeRef<CPartItem>(kPart.Get());
-  part->Params.SetNumber("Number", number);
-  part->Params.SetNumber("Owner", owner);
-  if (pLabel) part->Params.SetText("Label", pLabel);
-  part->Params.SetNumber("Grade", number % 2);
-  part->IsInitialized = true;
-  row.Children.Add(part, false);
+void AddPart(CStored& row, uint32_t number, uint32_t owner, const char* pLabel) {
+  auto part = MakeRef<CStored>(kPart);
+  part->params.SetNumber("Number", number);
+  part->params.SetNumber("Owner", owner);
+  if (pLabel) part->params.SetText("Label", pLabel);
+  part->params.SetNumber("Grade", number % 2);
+  row.children.push_back(std::move(part));
+}
+
+// With the lock held.
+std::vector<Ref<CStored>>& StoredRows() {
+  static auto* const pRows = [] {
+    auto* pNew = new std::vector<Ref<CStored>>;
+    for (const RowData& data : kRows) pNew->push_back(MakeRow(data));
+    AddPart(*(*pNew)[0], 1, 1, "bolt");
+    AddPart(*(*pNew)[0], 2, 1, "nut");
+    AddPart(*(*pNew)[1], 3, 2, nullptr);
+    (*pNew)[3]->children.push_back(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}));
+    return pNew;
+  }();
+  return *pRows;
+}
+
+Ref<CVDiagItem> MakeItem(const Ref<CStored>& stored) {
+  const bool isRow = &stored->decl == &kRow;
+  const Ref<CVDiagItem> item = isRow ? Ref<CVDiagItem>(MakeRef<CRowItem>(stored))
+                                     : Ref<CVDiagItem>(MakeRef<CStoredItem>(stored));
+  for (const Ref<CStored>& child : stored->children) {
+    if (!child->isDeleted) item->Children.Add(MakeItem(child), false);
+  }
+  return item;
 }
 
 class CTestModule : public DiagModule {
@@ -181,17 +228,13 @@ class CTestModule : public DiagModule {
     std::string prefix;
     GetArg("First", first);
     GetArg("Prefix", prefix);
-    for (const RowData& data : kRows) {
-      if (data.id < first) continue;
-      const Ref<CRowItem> row = MakeRow(data, prefix);
+    std::lock_guard lock(g_storeLock);
+    for (const Ref<CStored>& stored : StoredRows()) {
+      if (stored->params.Find("Id", true)->DWordValue < first) continue;
+      const Ref<CVDiagItem> row = MakeItem(stored);
+      if (DiagParam* pText = row->Params.Find("Text", true))
+        pText->StringValue = prefix + pText->StringValue;
       Children.Add(row, false);
-      if (data.id == 1) {
-        AddPart(*row, 1, 1, "bolt");
-        AddPart(*row, 2, 1, "nut");
-      }
-      if (data.id == 2) AddPart(*row, 3, 2, nullptr);
-      if (data.id == 4)
-        row->Children.Add(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}, ""), false);
     }
     return IsInitialized = true;
   }
@@ -200,12 +243,9 @@ class CTestModule : public DiagModule {
   bool OnAddOfType(const std::string& newItemType, const DiagParams& params,
                    QueryMessage& message) override {
     if (newItemType != "Row") return message.Fail(kErrorCallNotImplemented);
-    auto row = MakeRef<CRowItem>();
-    for (size_t i = 0; i < params.Count(); ++i) {
-      row->Params.Set(MakeRef<DiagParam>(*params.Get(i)), false);
-    }
-    row->IsInitialized = true;
-    return Children.Add(row, false) != nullptr;
+    std::lock_guard lock(g_storeLock);
+    StoredRows().push_back(MakeStored(kRow, params));
+    return true;
   }
 };
 

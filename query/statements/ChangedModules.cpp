@@ -1,0 +1,47 @@
+#include "query/statements/ChangedModules.h"
+
+#include <algorithm>
+
+#include "VLib/src/log/Log.h"
+
+namespace kestra {
+namespace {
+
+bool HoldsClass(const DiagClass& top, const std::vector<Ref<DiagClass>>& wanted) {
+  const auto isTop = [&](const Ref<DiagClass>& diagClass) { return diagClass.get() == &top; };
+  if (std::any_of(wanted.begin(), wanted.end(), isTop)) return true;
+  const auto children = top.ChildClasses();
+  return std::any_of(children.begin(), children.end(), [&](const Ref<DiagClass>& child) {
+    return child && HoldsClass(*child, wanted);
+  });
+}
+
+}  // namespace
+
+CChangedModules::~CChangedModules() {
+  if (m_classes.empty() || !m_context.RootClass) return;
+  for (const Ref<DiagClass>& module : m_context.RootClass->ChildClasses()) {
+    if (module && HoldsClass(*module, m_classes)) Forget(*module);
+  }
+}
+
+void CChangedModules::Add(const Ref<DiagClass>& diagClass) {
+  if (!diagClass || !m_context.Message->MayChange()) return;
+  if (std::find(m_classes.begin(), m_classes.end(), diagClass) == m_classes.end())
+    m_classes.push_back(diagClass);
+}
+
+void CChangedModules::Forget(const DiagClass& module) const {
+  m_context.Root->DropModules(module.Name, nullptr);
+  ResultCache* pCache = m_context.Root->Cache();
+  if (!pCache) return;
+  // The statement has done its work; an entry that stays is for the log. Not even a cancel leaves
+  // one that is known to be wrong.
+  QueryMessage message;
+  if (!pCache->ClearEntries(module.Name, nullptr, message)) {
+    g_Log.Warning("Cache entries of %s could not be removed: %s", module.Name.c_str(),
+                  message.GetText().c_str());
+  }
+}
+
+}  // namespace kestra
