@@ -29,6 +29,7 @@ CDirectoryItem::CDirectoryItem(Ref<CMachine> machine, Ref<const FilesOptions> op
       m_poMachine(std::move(machine)),
       m_poOptions(std::move(options)),
       m_path(std::move(path)),
+      m_poFolder(MakeRef<const CFolderPath>(m_path, m_poMachine->System().PathSeparator())),
       m_level(level),
       m_foundBy(foundBy),
       m_info(info),
@@ -127,8 +128,8 @@ void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& nam
     return;
   }
   if (!isWanted) return;
-  auto file =
-      MakeRef<CFileItem>(m_poMachine, m_path, name, isKnown ? std::optional(info) : std::nullopt);
+  auto file = MakeRef<CFileItem>(m_poMachine, m_poFolder, name,
+                                 isKnown ? std::optional(info) : std::nullopt);
   if (m_poOptions->WantsText() || m_poOptions->WantsLines())
     file->ReadContent(m_poOptions, deadline);
   Children.Add(std::move(file), false);

@@ -8,6 +8,7 @@
 #include <optional>
 #include <string>
 
+#include "Modules/Files/FileItem.h"
 #include "Modules/Files/FilesOptions.h"
 #include "model/classes/Class.h"
 #include "model/items/Item.h"
@@ -61,6 +62,7 @@ class CDirectoryItem : public CVDiagItem {
   const Ref<CMachine> m_poMachine;
   const Ref<const FilesOptions> m_poOptions;
   const std::string m_path;
+  const Ref<const CFolderPath> m_poFolder;  // the same, for its files
   const uint32_t m_level;
   const FoundBy m_foundBy;
   std::optional<FileInfo> m_info;           // until it is used

@@ -22,11 +22,12 @@ uint32_t SettableAttributes(uint32_t options) {
   return attributes;
 }
 
+std::optional<uint32_t> KnownTime(FileTime time) {
+  return time.ticks == 0 ? std::nullopt : DatimeFromFileTime(time);
+}
+
 void SetTimeIfKnown(DiagParams& params, const DiagParamDef* pDef, FileTime time) {
-  if (time.ticks == 0) return;
-  if (const auto datime = DatimeFromFileTime(time)) {
-    params.Set(MakeRef<DiagParam>(pDef, *datime), false);
-  }
+  if (const auto datime = KnownTime(time)) params.Set(MakeRef<DiagParam>(pDef, *datime), false);
 }
 
 }  // namespace kestra

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <optional>
 
 #include "model/items/Param.h"
 #include "platform/base/FileTime.h"
@@ -18,6 +19,8 @@ uint32_t AttributeOptions(uint32_t attributes);
 // The bits that stand for the options and can be set.
 uint32_t SettableAttributes(uint32_t options);
 
+// Nothing for a time that is not known, or that 32 bits of seconds do not hold.
+std::optional<uint32_t> KnownTime(FileTime time);
 // A time that is not known, or that 32 bits of seconds do not hold, sets nothing.
 void SetTimeIfKnown(DiagParams& params, const DiagParamDef* pDef, FileTime time);
 

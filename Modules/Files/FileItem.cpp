@@ -1,6 +1,7 @@
 #include "Modules/Files/FileItem.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <utility>
 
@@ -18,33 +19,37 @@
 namespace kestra {
 namespace {
 
-// The declarations that a filling sets, looked up once: a listing has thousands of files. Class
-// objects are never given back, so the pointers stay good.
-struct FileDefs {
-  explicit FileDefs(const DiagParamDefs& defs)
-      : pPath(defs.Find("Path", false)),
-        pShortPathName(defs.Find("ShortPathName", false)),
-        pFileName(defs.Find("FileName", false)),
-        pSize(defs.Find("Size", false)),
-        pCreationTime(defs.Find("CreationTime", false)),
-        pLastAccessTime(defs.Find("LastAccessTime", false)),
-        pLastWriteTime(defs.Find("LastWriteTime", false)),
-        pAttributes(defs.Find("Attributes", false)) {}
-  static constexpr size_t kCount = 8;
-
-  const DiagParamDef* pPath;
-  const DiagParamDef* pShortPathName;
-  const DiagParamDef* pFileName;
-  const DiagParamDef* pSize;
-  const DiagParamDef* pCreationTime;
-  const DiagParamDef* pLastAccessTime;
-  const DiagParamDef* pLastWriteTime;
-  const DiagParamDef* pAttributes;
+// What a listing tells of a file, in the order in which it is shown.
+enum Known : size_t {
+  kPath,
+  kShortPathName,
+  kFileName,
+  kSize,
+  kCreationTime,
+  kLastAccessTime,
+  kLastWriteTime,
+  kAttributes,
+  kKnownCount
 };
+constexpr const char* kKnownNames[kKnownCount] = {
+    "Path",         "ShortPathName",  "FileName",      "Size",
+    "CreationTime", "LastAccessTime", "LastWriteTime", "Attributes"};
+static_assert(kKnownCount <= CKnownValues::kMost);
 
-const FileDefs& Defs() {
-  static const FileDefs defs(*kFileClass.Get()->Params);
+// Class objects are never given back, so the pointers stay good.
+const std::array<const DiagParamDef*, kKnownCount>& Defs() {
+  static const auto defs = [] {
+    std::array<const DiagParamDef*, kKnownCount> found{};
+    for (size_t i = 0; i < kKnownCount; ++i)
+      found[i] = kFileClass.Get()->Params->Find(kKnownNames[i], false);
+    return found;
+  }();
   return defs;
+}
+
+FileTime TimeOf(const FileInfo& info, size_t index) {
+  if (index == kCreationTime) return info.creationTime;
+  return index == kLastAccessTime ? info.lastAccessTime : info.lastWriteTime;
 }
 
 constexpr VersionProperty kVersionProperties[] = {
@@ -66,14 +71,21 @@ bool MayBeProgram(const FileInfo& info) {
 
 }  // namespace
 
-CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
-                     std::optional<FileInfo> info)
+CFileItem::CFileItem(Ref<CMachine> machine, Ref<const CFolderPath> folder, std::string name,
+                     const std::optional<FileInfo>& info)
     : CVDiagItem(kFileClass.Get()->Params),
       m_poClass(kFileClass.Get()),
       m_poMachine(std::move(machine)),
-      m_path(JoinPath(std::move(directory), name, m_poMachine->System().PathSeparator())),
+      m_poFolder(std::move(folder)),
       m_name(std::move(name)),
-      m_info(std::move(info)) {}
+      m_info(info),
+      m_isInfoFresh(info.has_value()) {}
+
+CFileItem::CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
+                     const std::optional<FileInfo>& info)
+    : CFileItem(machine,
+                MakeRef<const CFolderPath>(std::move(directory), machine->System().PathSeparator()),
+                std::move(name), info) {}
 
 void CFileItem::ReadContent(Ref<const FilesOptions> options, const CFillDeadline& deadline) {
   m_poOptions = std::move(options);
@@ -86,39 +98,62 @@ bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
   IsInitialized = false;
 
   CFileSystem* pFiles = m_poMachine->Files();
-  std::optional<FileInfo> info = std::exchange(m_info, std::nullopt);
   m_hasVanished = !pFiles;
-  if (pFiles && !info) {
+  if (pFiles && !std::exchange(m_isInfoFresh, false)) {
     FileInfo fresh;
-    const SystemError error = pFiles->Info(m_path, fresh);
-    if (error == kErrorSuccess) info = fresh;
+    const SystemError error = pFiles->Info(Path(), fresh);
+    m_info = error == kErrorSuccess ? std::optional(fresh) : std::nullopt;
     m_hasVanished = error == kErrorFileNotFound || error == kErrorPathNotFound;
   }
   if (m_hasVanished) return false;
 
-  const FileDefs& defs = Defs();
-  Params.Reserve(FileDefs::kCount);
-  Params.Set(MakeRef<DiagParam>(defs.pPath, m_path), false);
-  std::string shortPath;
-  if (pFiles->ShortPath(m_path, shortPath) == kErrorSuccess && !shortPath.empty()) {
-    Params.Set(MakeRef<DiagParam>(defs.pShortPathName, std::move(shortPath)), false);
-  }
-  Params.Set(MakeRef<DiagParam>(defs.pFileName, m_name), false);
-  if (info) FillFrom(*info);
-  if (m_poOptions && (!info || info->kind == FileKind::File) && !FillContent(message)) return false;
-  if (info && MayBeProgram(*info)) Params.Defer(*this);
+  // Linux has none, and the path is not put together for that.
+  if (m_poMachine->System().Family() == SystemFamily::Windows &&
+      pFiles->ShortPath(Path(), m_shortPath) != kErrorSuccess)
+    m_shortPath.clear();
+  Params.SetKnown(*this);
+  if (m_poOptions && (!m_info || m_info->kind == FileKind::File) && !FillContent(message))
+    return false;
+  if (m_info && MayBeProgram(*m_info)) Params.Defer(*this);
   return IsInitialized = true;
 }
 
-void CFileItem::FillFrom(const FileInfo& info) {
-  const FileDefs& defs = Defs();
-  if (info.size <= UINT32_MAX) {
-    Params.Set(MakeRef<DiagParam>(defs.pSize, static_cast<uint32_t>(info.size)), false);
+std::span<const DiagParamDef* const> CFileItem::KnownDefs() const {
+  return Defs();
+}
+
+bool CFileItem::IsKnown(size_t index) const {
+  switch (index) {
+    case kPath:
+    case kFileName:
+      return true;
+    case kShortPathName:
+      return !m_shortPath.empty();
+    case kSize:
+      return m_info && m_info->size <= UINT32_MAX;
+    case kAttributes:
+      return m_info.has_value();
+    default:
+      return m_info && KnownTime(TimeOf(*m_info, index));
   }
-  SetTimeIfKnown(Params, defs.pCreationTime, info.creationTime);
-  SetTimeIfKnown(Params, defs.pLastAccessTime, info.lastAccessTime);
-  SetTimeIfKnown(Params, defs.pLastWriteTime, info.lastWriteTime);
-  Params.Set(MakeRef<DiagParam>(defs.pAttributes, AttributeOptions(info.attributes)), false);
+}
+
+Ref<DiagParam> CFileItem::MakeKnown(size_t index) const {
+  const DiagParamDef* pDef = Defs()[index];
+  switch (index) {
+    case kPath:
+      return MakeRef<DiagParam>(pDef, Path());
+    case kFileName:
+      return MakeRef<DiagParam>(pDef, m_name);
+    case kShortPathName:
+      return MakeRef<DiagParam>(pDef, m_shortPath);
+    case kSize:
+      return MakeRef<DiagParam>(pDef, static_cast<uint32_t>(m_info->size));
+    case kAttributes:
+      return MakeRef<DiagParam>(pDef, AttributeOptions(m_info->attributes));
+    default:
+      return MakeRef<DiagParam>(pDef, KnownTime(TimeOf(*m_info, index)).value_or(0));
+  }
 }
 
 // A file that cannot be read has no text and no lines, and neither has one without the time.
@@ -129,13 +164,13 @@ bool CFileItem::FillContent(QueryMessage& message) {
   const FilesOptions& options = *m_poOptions;
   CFileSystem& files = *m_poMachine->Files();
   std::unique_ptr<CFileReader> reader;
-  if (options.WantsText() && files.OpenFile(m_path, LastLink::Refuse, reader) == kErrorSuccess) {
+  if (options.WantsText() && files.OpenFile(Path(), LastLink::Refuse, reader) == kErrorSuccess) {
     const CFilesLock lock(message.TerminationEvent());
     std::string text;
     if (ReadCharacters(*reader, options.charFrom, options.charCount, stop, text) == kErrorSuccess)
       Params.SetText("FileText", std::move(text));
   }
-  if (options.WantsLines() && files.OpenFile(m_path, LastLink::Refuse, reader) == kErrorSuccess) {
+  if (options.WantsLines() && files.OpenFile(Path(), LastLink::Refuse, reader) == kErrorSuccess) {
     const SystemError error =
         ReadLines(*reader, options, stop,
                   [this](uint32_t number, std::string line) { AddLine(number, std::move(line)); });
@@ -157,11 +192,11 @@ void CFileItem::AddLine(uint32_t number, std::string line) {
 }
 
 bool CFileItem::OnUpdate(const DiagParams& params, QueryMessage& message) {
-  return UpdateFile(*m_poMachine, m_path, "FileName", params, message);
+  return UpdateFile(*m_poMachine, Path(), "FileName", params, message);
 }
 
 bool CFileItem::OnDelete(QueryMessage& message) {
-  return DeleteFileAt(*m_poMachine, m_path, message);
+  return DeleteFileAt(*m_poMachine, Path(), message);
 }
 
 bool CFileItem::MayHold(const DiagParamDef& def) const {
@@ -171,7 +206,7 @@ bool CFileItem::MayHold(const DiagParamDef& def) const {
 
 // A file that cannot be read shows the same as one that has no such resource.
 void CFileItem::ReadLate(DiagParams& values) {
-  SetVersionProperties(values, kVersionProperties, *m_poMachine, m_path, nullptr);
+  SetVersionProperties(values, kVersionProperties, *m_poMachine, Path(), nullptr);
 }
 
 }  // namespace kestra

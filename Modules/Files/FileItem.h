@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "Modules/Files/FilePaths.h"
 #include "Modules/Files/FilesOptions.h"
 #include "model/classes/Class.h"
 #include "model/items/Item.h"
@@ -20,12 +21,22 @@
 
 namespace kestra {
 
-class CFileItem : public CVDiagItem, private CLateValues {
+// The directory of files, with a separator at its end; shared by the items of a listing.
+class CFolderPath : public CCounted<CFolderPath> {
  public:
-  // directory may end in the machine's path separator or not. info is what a listing has said of
-  // the file already: the first filling takes it and does not ask again.
+  CFolderPath(std::string path, char separator) : text(JoinPath(std::move(path), {}, separator)) {}
+  const std::string text;
+};
+
+class CFileItem : public CVDiagItem, private CKnownValues, private CLateValues {
+ public:
+  // info is what a listing has said of the file already: the first filling takes it and does not
+  // ask again.
+  CFileItem(Ref<CMachine> machine, Ref<const CFolderPath> folder, std::string name,
+            const std::optional<FileInfo>& info = std::nullopt);
+  // For a single file. The directory may end in the machine's path separator or not.
   CFileItem(Ref<CMachine> machine, std::string directory, std::string name,
-            std::optional<FileInfo> info = std::nullopt);
+            const std::optional<FileInfo>& info = std::nullopt);
   // Has the fillings read what the options ask for. The first one ends with the deadline, a later
   // one has all the time that the options give.
   void ReadContent(Ref<const FilesOptions> options, const CFillDeadline& deadline);
@@ -48,17 +59,22 @@ class CFileItem : public CVDiagItem, private CLateValues {
   bool OnDelete(QueryMessage& message) override;
 
  private:
-  void FillFrom(const FileInfo& info);
+  std::string Path() const { return m_poFolder->text + m_name; }
   bool FillContent(QueryMessage& message);
+  std::span<const DiagParamDef* const> KnownDefs() const override;
+  bool IsKnown(size_t index) const override;
+  Ref<DiagParam> MakeKnown(size_t index) const override;
   void AddLine(uint32_t number, std::string line);
   bool MayHold(const DiagParamDef& def) const override;
   void ReadLate(DiagParams& values) override;
 
   const Ref<DiagClass> m_poClass;
   const Ref<CMachine> m_poMachine;
-  const std::string m_path;
+  const Ref<const CFolderPath> m_poFolder;
   const std::string m_name;
-  std::optional<FileInfo> m_info;  // of the listing, until it is used
+  std::string m_shortPath;         // empty where there is none
+  std::optional<FileInfo> m_info;  // nothing when the file may not be looked at
+  bool m_isInfoFresh;              // it is the listing's, and no filling has used it
   bool m_hasVanished = false;
   std::optional<CFillDeadline> m_deadline;  // of the first filling
   Ref<const FilesOptions> m_poOptions;      // null when the content is not asked for

@@ -4,24 +4,12 @@
 #include <cstdint>
 #include <string>
 
+#include "Modules/FillDeadline.h"
 #include "platform/base/Ref.h"
-#include "platform/os/Clock.h"
 
 namespace kestra {
 
 class DiagModule;
-
-// When a filling has to come to its end. A copy runs to the same moment.
-class CFillDeadline {
- public:
-  // From now on.
-  explicit CFillDeadline(uint32_t timeOutMs) : m_start(os::TickCount()), m_timeOutMs(timeOutMs) {}
-  bool IsOver() const { return os::TickCount() - m_start >= m_timeOutMs; }
-
- private:
-  uint32_t m_start;
-  uint32_t m_timeOutMs;
-};
 
 // Shared by the items of one filling, and not changed any more then.
 struct FilesOptions : CCounted<FilesOptions> {

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "Modules/PassOver.h"
 #include "VLib/src/log/Log.h"
 #include "platform/base/SystemError.h"
 
@@ -10,13 +11,6 @@ namespace kestra {
 
 inline bool IsGone(SystemError error) {
   return error == kErrorFileNotFound || error == kErrorPathNotFound;
-}
-
-// One directory that cannot be listed is no reason to show nothing of all the others; but when we
-// have run out of something ourselves, that would be wrong of all that follow, too.
-inline bool MayPassOver(SystemError error) {
-  return error != kErrorTooManyOpenFiles && error != kErrorNotEnoughMemory &&
-         error != kErrorOutOfMemory;
 }
 
 inline void LogPassedOver(const std::string& directory, SystemError error) {

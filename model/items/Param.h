@@ -1,8 +1,10 @@
 // Parameters: the values of one item.
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
+#include <span>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -56,14 +58,39 @@ class CLateValues {
   virtual void ReadLate(DiagParams& values) = 0;
 };
 
-// The values of one item, in the order of setting; late ones stand behind all others.
+// Values that their item knows without having a record of each: of the many thousands of items of a
+// listing few are ever looked at, and of those few values. A record is made when somebody looks.
+class CKnownValues {
+ public:
+  // How many there may be at most.
+  static constexpr size_t kMost = 8;
+
+  virtual ~CKnownValues() = default;
+  // What they are, in the order in which they are shown. Always the same for one object. From any
+  // thread, as the others.
+  virtual std::span<const DiagParamDef* const> KnownDefs() const = 0;
+  // Whether the one at index is set.
+  virtual bool IsKnown(size_t index) const = 0;
+  // The value at index, which is set. May be called more than once.
+  virtual Ref<DiagParam> MakeKnown(size_t index) const = 0;
+};
+
+// The values of one item, in the order of setting; known ones stand before all others, and late
+// ones behind them.
 class DiagParams : public CCounted<DiagParams> {
  public:
   DiagParams() = default;
   explicit DiagParams(Ref<const DiagParamDefs> defs) : m_poDefs(std::move(defs)) {}
+  ~DiagParams() { ForgetKnown(); }
+  DiagParams(const DiagParams&) = delete;
+  DiagParams& operator=(const DiagParams&) = delete;
+  // With a record of each value: known and late ones belong to the item that holds the list.
+  DiagParams(DiagParams&& other);
 
   const Ref<const DiagParamDefs>& Defs() const { return m_poDefs; }
-  size_t Count() const { return m_values.size() + (m_pLate ? LateValues().size() : 0); }
+  size_t Count() const {
+    return KnownCount() + m_values.size() + (m_pLate ? LateValues().size() : 0);
+  }
   // Null beyond the end.
   DiagParam* Get(size_t index) const;
   // The first of that name; null if there is none.
@@ -76,6 +103,8 @@ class DiagParams : public CCounted<DiagParams> {
   // Leaves to source, which must live as long as these parameters, what nobody may ever look at. To
   // be called at the end of a filling.
   void Defer(CLateValues& source);
+  // The same for what source knows. To be called at the beginning of a filling.
+  void SetKnown(const CKnownValues& source);
   void Reserve(size_t count) { m_values.reserve(count); }
   void Bind(Ref<const DiagParamDefs> defs);
   // At the first value that is outside its declaration: raises 11002 and answers false.
@@ -101,10 +130,23 @@ class DiagParams : public CCounted<DiagParams> {
     Values values;  // written under isRead
   };
   Values& LateValues() const;  // read now, if they were not before; only if there are any
-  void TakeLate();
+  // Has a record of each value in m_values.
+  void TakeAll();
+  // The records that were made of known values. A thread that makes one that another has made
+  // meanwhile drops its own.
+  struct Made {
+    std::atomic<DiagParam*> params[CKnownValues::kMost]{};
+  };
+  size_t KnownCount() const;
+  DiagParam* KnownAt(size_t index) const;
+  // Null if it is not among them.
+  DiagParam* FindKnown(const DiagParamDef& def) const;
+  void ForgetKnown();
 
   Values m_values;
-  std::unique_ptr<Late> m_pLate;  // null for nearly every item
+  const CKnownValues* m_pKnown = nullptr;       // null for most items
+  mutable std::atomic<Made*> m_pMade{nullptr};  // null until somebody looks; owned
+  std::unique_ptr<Late> m_pLate;                // null for nearly every item
   Ref<const DiagParamDefs> m_poDefs;
 };
 

@@ -26,7 +26,18 @@ DiagParam* FindIn(const std::vector<Ref<DiagParam>>& values, const DiagParamDef&
 
 }  // namespace
 
+DiagParams::DiagParams(DiagParams&& other) {
+  other.TakeAll();
+  m_values.swap(other.m_values);
+  m_poDefs = std::move(other.m_poDefs);
+}
+
 DiagParam* DiagParams::Get(size_t index) const {
+  if (m_pKnown) {
+    for (size_t known = 0; known < m_pKnown->KnownDefs().size(); ++known) {
+      if (m_pKnown->IsKnown(known) && index-- == 0) return KnownAt(known);
+    }
+  }
   if (index < m_values.size()) return m_values[index].get();
   if (!m_pLate) return nullptr;
   const Values& late = LateValues();
@@ -35,21 +46,71 @@ DiagParam* DiagParams::Get(size_t index) const {
 }
 
 DiagParam* DiagParams::Find(std::string_view name, bool ignoreCase) const {
-  DiagParam* pFound = FindIn(m_values, name, ignoreCase);
-  if (pFound || !m_pLate) return pFound;
-  const DiagParamDef* pDef = m_poDefs ? m_poDefs->Find(name, ignoreCase) : nullptr;
-  return pDef && m_pLate->pSource->MayHold(*pDef) ? FindIn(LateValues(), *pDef) : nullptr;
+  const DiagParamDef* pDef = nullptr;
+  if (m_pKnown || m_pLate) pDef = m_poDefs ? m_poDefs->Find(name, ignoreCase) : nullptr;
+  DiagParam* pFound = pDef ? FindKnown(*pDef) : nullptr;
+  if (!pFound) pFound = FindIn(m_values, name, ignoreCase);
+  if (pFound || !pDef || !m_pLate) return pFound;
+  return m_pLate->pSource->MayHold(*pDef) ? FindIn(LateValues(), *pDef) : nullptr;
 }
 
 DiagParam* DiagParams::Find(const DiagParamDef& def) const {
-  DiagParam* pFound = FindIn(m_values, def);
+  DiagParam* pFound = FindKnown(def);
+  if (!pFound) pFound = FindIn(m_values, def);
   if (pFound || !m_pLate || !m_pLate->pSource->MayHold(def)) return pFound;
   return FindIn(LateValues(), def);
 }
 
 void DiagParams::Clear() {
+  ForgetKnown();
   m_values.clear();
   m_pLate.reset();
+}
+
+void DiagParams::SetKnown(const CKnownValues& source) {
+  ForgetKnown();
+  m_pKnown = &source;
+}
+
+size_t DiagParams::KnownCount() const {
+  size_t count = 0;
+  const size_t most = m_pKnown ? m_pKnown->KnownDefs().size() : 0;
+  for (size_t i = 0; i < most; ++i) count += m_pKnown->IsKnown(i) ? 1 : 0;
+  return count;
+}
+
+DiagParam* DiagParams::KnownAt(size_t index) const {
+  Made* pMade = m_pMade.load(std::memory_order_acquire);
+  if (!pMade) {
+    auto fresh = std::make_unique<Made>();
+    if (m_pMade.compare_exchange_strong(pMade, fresh.get(), std::memory_order_acq_rel))
+      pMade = fresh.release();
+  }
+  std::atomic<DiagParam*>& place = pMade->params[index];
+  DiagParam* pParam = place.load(std::memory_order_acquire);
+  if (pParam) return pParam;
+  Ref<DiagParam> fresh = m_pKnown->MakeKnown(index);
+  if (place.compare_exchange_strong(pParam, fresh.get(), std::memory_order_acq_rel))
+    pParam = fresh.Detach();  // the count is the place's
+  return pParam;
+}
+
+DiagParam* DiagParams::FindKnown(const DiagParamDef& def) const {
+  if (!m_pKnown) return nullptr;
+  const auto defs = m_pKnown->KnownDefs();
+  for (size_t i = 0; i < defs.size(); ++i) {
+    if (defs[i] == &def) return m_pKnown->IsKnown(i) ? KnownAt(i) : nullptr;
+  }
+  return nullptr;
+}
+
+void DiagParams::ForgetKnown() {
+  m_pKnown = nullptr;
+  const std::unique_ptr<Made> made(m_pMade.exchange(nullptr));
+  if (!made) return;
+  for (const auto& param : made->params) {
+    if (const DiagParam* pParam = param.load(std::memory_order_relaxed)) pParam->Release();
+  }
 }
 
 void DiagParams::Defer(CLateValues& source) {
@@ -66,15 +127,17 @@ DiagParams::Values& DiagParams::LateValues() const {
   return m_pLate->values;
 }
 
-void DiagParams::TakeLate() {
-  if (!m_pLate) return;
-  for (auto& value : LateValues()) m_values.push_back(std::move(value));
-  m_pLate.reset();
+void DiagParams::TakeAll() {
+  if (!m_pKnown && !m_pLate) return;
+  Values all;
+  for (size_t i = 0; i < Count(); ++i) all.emplace_back(Get(i));
+  Clear();
+  m_values = std::move(all);
 }
 
 void DiagParams::Set(Ref<DiagParam> param, bool replace) {
   if (!param) return;
-  if (replace) TakeLate();
+  if (replace) TakeAll();
   if (replace && param->Def) {
     for (auto& value : m_values) {
       if (value->Def && EqualsNoCase(value->Def->Name, param->Def->Name)) {

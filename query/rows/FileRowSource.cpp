@@ -28,7 +28,9 @@ bool FileRowSource::AddOne(const std::string& directory, const std::string& name
   if (Context().Root->Machine()->Files()->Info(directory + name, info) != kErrorSuccess)
     return true;
   if (name.front() == '.' || (info.attributes & kFileAttributeDirectory)) return true;
-  return !Context().CheckTimeOut(error) && AddLeaf(directory, name, info);
+  if (Context().CheckTimeOut(error)) return false;
+  const char separator = Context().Root->Machine()->System().PathSeparator();
+  return AddLeaf(MakeRef<const CFolderPath>(directory, separator), name, info);
 }
 
 bool FileRowSource::AddMatching(const std::string& directory, const std::string& pattern,
@@ -36,6 +38,8 @@ bool FileRowSource::AddMatching(const std::string& directory, const std::string&
   std::unique_ptr<CDirectoryListing> listing;
   CFileSystem& files = *Context().Root->Machine()->Files();
   if (files.OpenDirectory(directory, listing) != kErrorSuccess) return true;
+  const char separator = Context().Root->Machine()->System().PathSeparator();
+  const auto folder = MakeRef<const CFolderPath>(directory, separator);
   std::string name;
   for (;;) {
     const SystemError status = listing->Next(name);
@@ -50,14 +54,14 @@ bool FileRowSource::AddMatching(const std::string& directory, const std::string&
     const bool isKnown = known == kErrorSuccess;
     if (isKnown && (info.attributes & kFileAttributeDirectory)) continue;
     if (Context().CheckTimeOut(error)) return false;
-    if (!AddLeaf(directory, name, isKnown ? std::optional(info) : std::nullopt)) return false;
+    if (!AddLeaf(folder, name, isKnown ? std::optional(info) : std::nullopt)) return false;
     if (IsFull()) return true;
   }
 }
 
-bool FileRowSource::AddLeaf(const std::string& directory, const std::string& name,
+bool FileRowSource::AddLeaf(const Ref<const CFolderPath>& folder, const std::string& name,
                             const std::optional<FileInfo>& info) {
-  auto item = MakeRef<CFileItem>(Context().Root->Machine(), directory, name, info);
+  auto item = MakeRef<CFileItem>(Context().Root->Machine(), folder, name, info);
   CVDiagItem& base = *item;
   if (!base.Init(false, false, *Context().Message)) return item->HasVanished();
   return AddRow(base);

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "Modules/Files/FileItem.h"
 #include "platform/machine/FileSystem.h"
 #include "query/rows/RowSource.h"
 
@@ -20,7 +21,7 @@ class FileRowSource : public RowSource {
   bool AddOne(const std::string& directory, const std::string& name, Value& error);
   bool AddMatching(const std::string& directory, const std::string& pattern, Value& error);
   // info is nothing for a file that may not be looked at.
-  bool AddLeaf(const std::string& directory, const std::string& name,
+  bool AddLeaf(const Ref<const CFolderPath>& folder, const std::string& name,
                const std::optional<FileInfo>& info);
 
   const std::string m_path;
