@@ -24,7 +24,8 @@ std::string CheckFormat(const std::string& name) {
 }
 
 struct RawOptions {
-  std::string query, file, format, logDirectory, pluginsDirectory, cacheDirectory;
+  std::string query, file, format, logDirectory, pluginsDirectory, cacheDirectory, imageDirectory,
+      imageUser;
 };
 
 void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
@@ -45,12 +46,23 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
   app.add_option("--log", raw.logDirectory, "Write the log into that directory")
       ->option_text("DIR")
       ->check(CLI::ExistingDirectory);
+  app.add_option("--image", raw.imageDirectory,
+                 "Ask about the Windows system whose volume is in that directory (a mounted disk, "
+                 "or a prefix of Wine), which is only read")
+      ->option_text("DIR")
+      ->check(CLI::ExistingDirectory);
+  app.add_option("--image-user", raw.imageUser,
+                 "Whose registry HKCU is there: a user's name or SID (default: the only user)")
+      ->option_text("NAME")
+      ->needs("--image");
   app.add_option("--plugins", raw.pluginsDirectory,
                  "Add the modules of the plug-ins in that directory")
+      ->excludes("--image")
       ->option_text("DIR")
       ->check(CLI::ExistingDirectory);
   app.add_option("--cache", raw.cacheDirectory,
                  "Keep results in that directory, for queries that ask for it: FROM Processes#60")
+      ->excludes("--image")
       ->option_text("DIR")
       ->check(CLI::ExistingDirectory);
   app.set_version_flag("--version", std::string("kestra ") + kestra_version(),
@@ -101,6 +113,8 @@ std::optional<int> ParseOptions(int argc, char** argv, Options& options) {
   options.logDirectory = ValueIfGiven(app, "--log", raw.logDirectory);
   options.pluginsDirectory = ValueIfGiven(app, "--plugins", raw.pluginsDirectory);
   options.cacheDirectory = ValueIfGiven(app, "--cache", raw.cacheDirectory);
+  options.imageDirectory = ValueIfGiven(app, "--image", raw.imageDirectory);
+  options.imageUser = ValueIfGiven(app, "--image-user", raw.imageUser);
   if (app.count("--format") != 0) options.format = FormatNames().at(raw.format);
   return std::nullopt;
 }

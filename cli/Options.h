@@ -21,6 +21,8 @@ struct Options {
   std::optional<std::string> logDirectory;
   std::optional<std::string> pluginsDirectory;
   std::optional<std::string> cacheDirectory;
+  std::optional<std::string> imageDirectory;  // nothing: this machine
+  std::optional<std::string> imageUser;
   bool allowActive = false;
   bool checkOnly = false;
   uint32_t timeOut = KESTRA_NO_TIMEOUT;  // milliseconds

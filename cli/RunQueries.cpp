@@ -22,7 +22,10 @@ CSessionHandle MakeSession(const Options& options) {
   const std::string cache = AbsolutePath(options.cacheDirectory);
   if (!log.empty()) settings.log_directory = log.c_str();
   if (!cache.empty()) settings.cache_directory = cache.c_str();
+  if (options.imageDirectory) settings.image_directory = options.imageDirectory->c_str();
+  if (options.imageUser) settings.image_user = options.imageUser->c_str();
   auto session = Take<CSessionHandle>(kestra_session_create, &settings);
+  if (!session) throw CUsageError(kestra_create_error());
   if (options.pluginsDirectory) {
     Check(kestra_session_set_plugins_dir(session.get(), options.pluginsDirectory->c_str()));
   }
@@ -62,6 +65,13 @@ void TellError(kestra_session* session, kestra_value* error) {
   }
 }
 
+// What there is to say of the machine, beside the answer.
+void TellNotices(kestra_session* session) {
+  const char* text = nullptr;
+  while (kestra_session_next_notice(session, &text) == KESTRA_OK)
+    std::fprintf(stderr, "kestra: %s\n", OneLine(text).c_str());
+}
+
 class CRunner {
  public:
   explicit CRunner(const Options& options)
@@ -70,9 +80,13 @@ class CRunner {
   int Run(std::string_view query) {
     bool wasInterrupted = false;
     const CValueHandle value = Evaluate(query, wasInterrupted);
-    if (Is(kestra_value_is_error, value.get())) {
+    const bool isError = Is(kestra_value_is_error, value.get());
+    // The first line of standard error is an Error's.
+    if (!isError) TellNotices(m_session.get());
+    if (isError) {
       m_output.Flush();
       TellError(m_session.get(), value.get());
+      TellNotices(m_session.get());
       return wasInterrupted ? kExitCancelled : kExitError;
     }
     if (!m_isFirst) RenderSeparator(m_render, m_output);

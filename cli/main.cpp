@@ -46,6 +46,9 @@ int RunBehindBarrier(int argc, char** argv) {
     return Run(argc, argv);
   } catch (const std::bad_alloc&) {
     std::fputs("kestra: out of memory\n", stderr);
+  } catch (const CUsageError& error) {
+    std::fprintf(stderr, "kestra: %s\n", error.what());
+    return kExitUsage;
   } catch (const std::exception& error) {
     std::fprintf(stderr, "kestra: %s\n", error.what());
   }

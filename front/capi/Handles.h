@@ -9,10 +9,17 @@
 
 #include "front/session/SorrelCOM.h"
 #include "include/kestra/kestra.h"
+#include "platform/machine/Machine.h"
 
 struct kestra_session {
-  explicit kestra_session(kestra::SessionSetup setup) : session(std::move(setup)) {}
+  explicit kestra_session(kestra::SessionSetup setup)
+      : notices(setup.notices),
+        isReadOnly(setup.machine->IsReadOnly()),
+        session(std::move(setup)) {}
+  const kestra::Ref<kestra::CNotices> notices;  // null for a machine that says nothing
+  const bool isReadOnly;
   kestra::CSorrelCOM session;
+  std::string lastNotice{};
   std::string lastMessage;
   kestra::QueryReport lastReport;
 };

@@ -26,6 +26,26 @@ const char* TextOption(const kestra_options* options, size_t offset) {
   return text;
 }
 
+std::string& CreateError() {
+  thread_local std::string text;
+  return text;
+}
+
+// The machine that the options name.
+kestra_status MakeSetup(const kestra_options* options, SessionSetup& setup) {
+  const char* cache = TextOption(options, offsetof(kestra_options, cache_directory));
+  const char* image = TextOption(options, offsetof(kestra_options, image_directory));
+  const char* user = TextOption(options, offsetof(kestra_options, image_user));
+  if (image) {
+    if (cache) return KESTRA_E_INVALIDARG;
+    return ImageSetup(image, user ? user : "", setup, CreateError()) ? KESTRA_OK
+                                                                     : KESTRA_E_NOTFOUND;
+  }
+  setup = LiveSetup();
+  if (cache) setup.cacheDirectory = cache;
+  return KESTRA_OK;
+}
+
 kestra_status RunQuery(kestra_session& session, const std::string& query,
                        const intptr_t* termination_event, uint32_t timeout_ms,
                        kestra_value** result) {
@@ -57,12 +77,24 @@ int32_t kestra_abi_version(void) {
 kestra_status kestra_session_create(const kestra_options* options, kestra_session** session) {
   return Barrier(session)([&] {
     *session = nullptr;
+    CreateError().clear();
     const char* log = TextOption(options, offsetof(kestra_options, log_directory));
-    const char* cache = TextOption(options, offsetof(kestra_options, cache_directory));
     if (log) OpenGlobalLog(log);
-    SessionSetup setup = LiveSetup();
-    if (cache) setup.cacheDirectory = cache;
+    SessionSetup setup;
+    if (const kestra_status status = MakeSetup(options, setup); status != KESTRA_OK) return status;
     *session = MakeSession(std::move(setup));
+    return KESTRA_OK;
+  });
+}
+
+const char* kestra_create_error(void) {
+  return CreateError().c_str();
+}
+
+kestra_status kestra_session_next_notice(kestra_session* session, const char** text) {
+  return Barrier(session, text)([&] {
+    if (!session->notices || !session->notices->Take(session->lastNotice)) return KESTRA_E_NOTFOUND;
+    *text = session->lastNotice.c_str();
     return KESTRA_OK;
   });
 }
@@ -118,6 +150,7 @@ kestra_status kestra_session_reinit_diag_root(kestra_session* session) {
 
 kestra_status kestra_session_set_plugins_dir(kestra_session* session, const char* directory) {
   return Barrier(session, directory)([&] {
+    if (session->isReadOnly) return KESTRA_E_INVALIDARG;
     if (session->session.SetPluginsDir(directory)) return KESTRA_OK;
     return os::DirectoryExists(directory) ? KESTRA_E_FAIL : KESTRA_E_NOTFOUND;
   });

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 
+#include "platform/machine/Machine.h"
 #include "platform/machine/SystemFacts.h"
 #include "platform/os/HostEnvironment.h"
 #include "platform/os/HostFile.h"
@@ -11,6 +12,7 @@ namespace kestra {
 // Null when a plug-in directory that is there cannot be read.
 Ref<DiagRoot> CSorrel::MakeRoot() const {
   auto root = MakeRef<DiagRoot>("*", m_setup.modules, m_setup.machine);
+  if (m_setup.machine->IsReadOnly()) return root;
   if (os::DirectoryExists(m_pluginsDirectory) && !root->SetPluginsDir(m_pluginsDirectory)) {
     return nullptr;
   }
@@ -40,7 +42,7 @@ bool CSorrel::Initialize(OldRoot& old) {
 }
 
 bool CSorrel::SetPluginsDir(const std::string& directory) {
-  if (!os::DirectoryExists(directory)) return false;
+  if (m_setup.machine->IsReadOnly() || !os::DirectoryExists(directory)) return false;
   std::string absolute = std::filesystem::absolute(directory).string();
   while (absolute.size() > os::RootLength(absolute) && absolute.back() == os::PathSeparator()) {
     absolute.pop_back();

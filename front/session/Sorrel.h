@@ -7,6 +7,7 @@
 #include <mutex>
 #include <string>
 
+#include "front/session/Notices.h"
 #include "model/root/Root.h"
 #include "query/Evaluate.h"
 
@@ -19,8 +20,15 @@ struct SessionSetup {
   Ref<CMachine> machine;
   // Where results are kept; empty: where the variable KESTRA_CacheDir says, if it is set.
   std::string cacheDirectory{};
+  // What the machine has to say; null for one that says nothing.
+  Ref<CNotices> notices{};
 };
 SessionSetup LiveSetup();
+// The Windows system whose volume is in a directory, for userName (empty: its only user). It has
+// neither plug-ins nor a cache: both speak of this machine. False, with a sentence that says why,
+// for a directory that holds none and a user that it does not know.
+bool ImageSetup(const std::string& directory, const std::string& userName, SessionSetup& setup,
+                std::string& refusal);
 
 // Any thread.
 class CSorrel {
@@ -33,8 +41,8 @@ class CSorrel {
   // class tree stay. True when there is a root.
   bool ReInitRoot();
   // Reads plug-ins from a directory; the root with all its modules is made anew. False, with
-  // everything as it was, for a path that is no directory; also when the new root could not be
-  // made.
+  // everything as it was, for a path that is no directory and for a machine that is only read; also
+  // when the new root could not be made.
   bool SetPluginsDir(const std::string& directory);
   // Back to the built-in modules alone. Nothing happens if there is no directory.
   void ClearPlugins();

@@ -91,10 +91,26 @@ typedef struct kestra_options {
    * Processes#60.Process: at most 60 seconds old). It is made when it is first needed. Null: the
    * environment variable KESTRA_CacheDir, or none. */
   const char* cache_directory;
+  /* Ask about the Windows system whose volume is in this directory (a mounted disk, a prefix of
+   * Wine, the drive_c of one) instead of this machine. It is only read: every change fails with
+   * system error 19. There are no plug-ins and no cache then, since both speak of this machine:
+   * KESTRA_E_INVALIDARG with a cache_directory. */
+  const char* image_directory;
+  /* Whose registry HKEY_CURRENT_USER is there: a user's name or SID. Null: the only user's. */
+  const char* image_user;
 } kestra_options;
 
+/* KESTRA_E_NOTFOUND for an image_directory that holds no Windows system, and for an image_user that
+ * it does not know: kestra_create_error tells. */
 KESTRA_API kestra_status kestra_session_create(const kestra_options* options,
                                                kestra_session** session);
+/* Why the last kestra_session_create of this thread failed, as a sentence; empty if there is nothing
+ * to say. Valid until the thread's next one. */
+KESTRA_API const char* kestra_create_error(void);
+/* What the session's machine has to say beside its answers, one sentence at a time, each told once:
+ * a registry hive that is damaged, or that was not closed. KESTRA_E_NOTFOUND when there is nothing
+ * new. Valid until the next call for the session. Worth a look after each query. */
+KESTRA_API kestra_status kestra_session_next_notice(kestra_session* session, const char** text);
 /* Waits up to ten seconds for what still runs. A null session is allowed. */
 KESTRA_API kestra_status kestra_session_destroy(kestra_session* session);
 
@@ -127,7 +143,7 @@ KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session
  * query. The libraries are loaded for a moment here, so the directory must be one that the host
  * trusts. KESTRA_E_NOTFOUND for a path that is no directory: nothing has changed then.
  * KESTRA_E_FAIL for one that cannot be read: every query fails until another one is set or the
- * plug-ins are cleared. */
+ * plug-ins are cleared. KESTRA_E_INVALIDARG for a session over an image_directory. */
 KESTRA_API kestra_status kestra_session_set_plugins_dir(kestra_session* session,
                                                         const char* directory);
 /* Back to the built-in modules alone. */

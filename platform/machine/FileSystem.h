@@ -28,6 +28,15 @@ inline constexpr uint32_t kFilePersistentAcls = 0x8;
 // directories descended into.
 enum class FileKind { File, Directory, Link, Other };
 
+// Which file it is, whatever its name: numbers that mean nothing but that two are equal or not. A
+// file that goes while nobody holds it open may leave its numbers to a later one. All 0 where the
+// system does not tell.
+struct FileIdentity {
+  uint64_t volume = 0;
+  uint64_t file = 0;
+  friend bool operator==(const FileIdentity&, const FileIdentity&) = default;
+};
+
 // What the file system says of one file. A time of 0 ticks is not known.
 struct FileInfo {
   FileKind kind = FileKind::File;
@@ -43,7 +52,17 @@ struct FileInfo {
   // There are bytes behind it. Not so for what a system makes up while it is read, as below /proc
   // and /sys, where a read may wait or set something off, and for a file that is one hole.
   bool isStored = true;
+  FileIdentity identity{};
+  // Another number after each change of the content or of the attributes, as far as the system's
+  // clock tells two moments apart (on Linux the time of the last status change); 0 is not known.
+  uint64_t changeStamp = 0;
 };
+
+// Whether two descriptions are of one file in one state.
+inline bool IsSameState(const FileInfo& a, const FileInfo& b) {
+  return a.identity == b.identity && a.changeStamp == b.changeStamp && a.size == b.size &&
+         a.lastWriteTime == b.lastWriteTime;
+}
 
 // The entries of one directory, "." and ".." among them only if the system lists them. One thread
 // at a time.
@@ -75,6 +94,13 @@ class CFileWriter {
  public:
   virtual ~CFileWriter() = default;
   virtual SystemError Write(std::string_view bytes) = 0;
+  // For what was read, changed and is written again: Commit answers kErrorSharingViolation, and
+  // changes nothing, unless the file in place is still the one that read told of (a reader's Info),
+  // in the same state, so that no other writer's change is lost that came in between. Keep that
+  // reader open until then. Of two writers that expect the same state at most one succeeds: they
+  // take turns by a lock on the old file (on Linux flock(2)), and a lock that is taken is a sharing
+  // violation too. Only with Existing::Replace, and before Commit.
+  virtual void ExpectUnchanged(const FileInfo& read) = 0;
   // Brings what was written to the disk, and then puts it in the name's place in one step. Only
   // once. After a failure the name stands for what it stood for before.
   virtual SystemError Commit() = 0;

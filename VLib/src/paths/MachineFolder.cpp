@@ -3,6 +3,7 @@
 #include "VLib/src/registry/RegistryText.h"
 #include "VLib/src/system/OsKind.h"
 #include "platform/machine/Machine.h"
+#include "platform/machine/Registry.h"
 
 namespace kestra {
 namespace {
@@ -43,11 +44,19 @@ constexpr ShellFolder kFolders[] = {
      "\\Application Data"},
 };
 
+// False where it is not known whose folders are meant: a volume of several users. A registry that
+// there is not, or that lacks the key, is another matter.
+bool HasRoot(CMachine& machine, RegistryRoot root) {
+  std::unique_ptr<CRegistryKey> key;
+  return !machine.Registry() || machine.Registry()->OpenRoot(root, key) != kErrorNoSuchUser;
+}
+
 std::optional<std::string> ShellFolderPath(Folder folder, CMachine& machine) {
   for (const ShellFolder& row : kFolders) {
     if (row.folder != folder) continue;
     std::optional<std::string> path;
     if (row.isAskedFor) path = machine.System().FolderPath(folder);
+    if (!path && !HasRoot(machine, row.root)) return std::nullopt;
     if (!path) path = ReadRegistryText(machine, row.root, kShellFolders, row.valueName);
     return path ? path : WindowsFolder(machine.System()) + row.belowWindows;
   }

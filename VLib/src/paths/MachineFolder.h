@@ -14,7 +14,8 @@ class CMachine;
 // Without trailing separator. Nothing if the machine has no such folder. On a Windows machine:
 // - the Windows, system and temporary folders are "C:" where the system does not tell them;
 // - the user's folders, and the settings for all users, are asked for, then looked up under "Shell
-//   Folders", and then supposed below the Windows folder. The desktop is never asked for;
+//   Folders", and then supposed below the Windows folder. The desktop is never asked for. There are
+//   none where nobody knows which user is meant;
 // - those for programs of one width are looked up in that width's view of the registry on a system
 //   of 64 bits. On one of 32 bits the first is the only one and the second is missing;
 // - the first optical drive is "D:" if there is none.

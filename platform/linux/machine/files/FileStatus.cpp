@@ -53,6 +53,10 @@ FileInfo InfoOf(const struct statx& status) {
   // A file system without a device of its own makes up its files, unless it says where their bytes
   // are.
   info.isStored = status.stx_blocks > 0 || status.stx_dev_major != 0;
+  info.identity = {uint64_t{status.stx_dev_major} << 32 | status.stx_dev_minor, status.stx_ino};
+  constexpr uint64_t kNanoseconds = 1'000'000'000;
+  info.changeStamp =
+      static_cast<uint64_t>(status.stx_ctime.tv_sec) * kNanoseconds + status.stx_ctime.tv_nsec;
   return info;
 }
 

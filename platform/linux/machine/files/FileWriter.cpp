@@ -1,6 +1,7 @@
 #include "platform/linux/machine/files/FileWriter.h"
 
 #include <fcntl.h>
+#include <sys/file.h>
 #include <sys/stat.h>
 
 #include <algorithm>
@@ -9,6 +10,7 @@
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/UniqueFd.h"
+#include "platform/linux/machine/files/FileStatus.h"
 #include "platform/linux/machine/files/Place.h"
 #include "platform/linux/machine/files/ReplacedFile.h"
 #include "platform/linux/machine/files/TemporaryFile.h"
@@ -51,6 +53,7 @@ class CLinuxFileWriter final : public CFileWriter {
     }
     return m_error;
   }
+  void ExpectUnchanged(const FileInfo& read) override { m_expected = read; }
   SystemError Commit() override {
     if (m_error != kErrorSuccess) return m_error;
     m_error = PutInPlace();
@@ -72,9 +75,19 @@ class CLinuxFileWriter final : public CFileWriter {
     }
     // EINVAL: a file system that has no disk to bring it to.
     if (fsync(m_file.File()) != 0 && errno != EINVAL) return LastError();
+    if (m_expected && !HoldUnchanged()) return kErrorSharingViolation;
     const SystemError error = m_file.MoveTo(m_place.name, m_existing);
     if (error == kErrorSuccess) SyncDirectory(m_place.directory.get(), m_file.File());
     return error;
+  }
+  // Holds the old file's lock, which goes with the descriptor, and looks at what is there: the name
+  // may have come to mean another file, or somebody may have written into this one.
+  bool HoldUnchanged() {
+    if (!m_replaced || flock(m_replaced.get(), LOCK_EX | LOCK_NB) != 0) return false;
+    FileInfo open, named;
+    return ReadFileInfo(m_replaced.get(), false, open) && IsSameState(open, *m_expected) &&
+           ReadFileInfo(m_place.directory.get(), m_place.name.c_str(), false, named) &&
+           IsSameState(named, *m_expected);
   }
 
   Place m_place;
@@ -82,6 +95,7 @@ class CLinuxFileWriter final : public CFileWriter {
   Existing m_existing;
   CTemporaryFile m_file;
   std::optional<timespec> m_writeTime;  // of a copy
+  std::optional<FileInfo> m_expected;   // what is replaced, or nothing is
   SystemError m_error = kErrorSuccess;  // what every later call answers
 };
 

@@ -1,0 +1,18 @@
+// Paths of a volume that stands for the drive C:.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "platform/base/SystemError.h"
+
+namespace kestra::image {
+
+// Takes a path such as "C:\Windows\System32\" apart into the names below the root. "." and ".." are
+// settled by the text alone, as Windows does it, and there is nothing above the root.
+// kErrorPathNotFound for another drive, a network path and one that does not begin with a drive;
+// kErrorInvalidName for a name that no Windows file has (with "/" or a NUL in it).
+SystemError SplitVolumePath(std::string_view path, std::vector<std::string>& names);
+
+}  // namespace kestra::image

@@ -1,0 +1,17 @@
+// Finds keys by their paths: through what is brought in from elsewhere, symbolic links and the two
+// views.
+#pragma once
+
+#include <string_view>
+
+#include "platform/image/registry/layout/VolumeLayout.h"
+
+namespace kestra::image {
+
+// The key at a path below start; empty: start itself. isNarrow: in the view of 32-bit programs.
+// kErrorFileNotFound if it is not there, kErrorCannotResolveFilename for links that go round in
+// circles, kErrorInvalidName for a path that is deeper than a registry can be.
+SystemError ResolveKey(CVolumeLayout& layout, const VolumeNode& start, std::string_view path,
+                       bool isNarrow, VolumeNode& node);
+
+}  // namespace kestra::image

@@ -1,0 +1,189 @@
+#include "platform/image/registry/hive/HiveTree.h"
+
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
+#include <mutex>
+
+#include "platform/base/ByteSource.h"
+#include "platform/image/registry/hive/HiveCells.h"
+#include "platform/image/registry/hive/HivexLibrary.h"
+
+namespace kestra::image {
+namespace {
+
+struct Freed {
+  void operator()(void* pMemory) const { std::free(pMemory); }
+};
+
+struct HiveCloser {
+  const HivexLibrary* pHivex = nullptr;
+  void operator()(hive_h* pHive) const { pHivex->close(pHive); }
+};
+using HiveHandle = std::unique_ptr<hive_h, HiveCloser>;
+
+HiveHandle OpenHandle(const HivexLibrary& hivex, const os::CMemoryFile& file, int flags) {
+  return HiveHandle(hivex.open(file.Path().c_str(), flags), HiveCloser{&hivex});
+}
+
+// The file ends before the cells that its header promises.
+bool IsCut(std::string_view bytes) {
+  constexpr uint64_t kHeaderSize = 0x1000;
+  uint32_t length = 0;
+  return !LoadLittle(bytes, 40, length) || bytes.size() < kHeaderSize + length;
+}
+
+SystemError ErrorFromHivex() {
+  return errno == ENOMEM ? kErrorNotEnoughMemory : kErrorRegistryCorrupt;
+}
+
+// Ids are hivex's handles, which are offsets in the file. A hive is read strictly, and what fails
+// so is tried again with the library's heuristics, which leave out what makes no sense.
+class CHiveTree final : public CKeyTree {
+ public:
+  CHiveTree(const HivexLibrary& hivex, std::unique_ptr<os::CMemoryFile> file,
+            std::function<void()> onDamage)
+      : m_hivex(hivex), m_file(std::move(file)), m_onDamage(std::move(onDamage)) {}
+
+  SystemError Open();
+
+  TreeId Root() const override { return m_root; }
+  bool IsLink(TreeId key) const override { return IsLinkCell(m_file->Bytes(), key); }
+  SystemError Facts(TreeId key, KeyFacts& facts) const override {
+    if (ReadKeyFacts(m_file->Bytes(), key, facts)) return kErrorSuccess;
+    m_onDamage();
+    return kErrorRegistryCorrupt;
+  }
+  SystemError SubKeys(TreeId key, std::vector<TreeEntry>& entries) const override {
+    return List(m_hivex.nodeChildren, ReadKeyName, key, entries);
+  }
+  SystemError Values(TreeId key, std::vector<TreeEntry>& entries) const override {
+    return List(m_hivex.nodeValues, ReadValueName, key, entries);
+  }
+  SystemError ReadValue(TreeId value, uint32_t& type, std::string& data) const override;
+
+ private:
+  template <class Result, class Call>
+  SystemError Ask(Call call, Result& result) const;
+  template <class Lister, class NameReader>
+  SystemError List(Lister lister, NameReader readName, TreeId key,
+                   std::vector<TreeEntry>& entries) const;
+
+  const HivexLibrary& m_hivex;
+  const std::unique_ptr<os::CMemoryFile> m_file;
+  const std::function<void()> m_onDamage;
+  TreeId m_root = 0;
+  mutable std::mutex m_lock;       // guards the handles: each is for one thread at a time
+  mutable HiveHandle m_strict;     // null if the file is too damaged for it
+  mutable HiveHandle m_heuristic;  // made when it is needed first
+};
+
+SystemError CHiveTree::Open() {
+  m_strict = OpenHandle(m_hivex, *m_file, 0);
+  if (m_strict) m_root = m_hivex.root(m_strict.get());
+  if (m_root != 0) {
+    if (IsCut(m_file->Bytes())) m_onDamage();
+    return kErrorSuccess;
+  }
+  m_strict.reset();
+  m_heuristic = OpenHandle(m_hivex, *m_file, HIVEX_OPEN_UNSAFE);
+  if (m_heuristic) m_root = m_hivex.root(m_heuristic.get());
+  if (m_root == 0) return ErrorFromHivex();
+  m_onDamage();
+  return kErrorSuccess;
+}
+
+// call is given a handle and answers a pointer that is the caller's to free, or null with errno.
+template <class Result, class Call>
+SystemError CHiveTree::Ask(Call call, Result& result) const {
+  {
+    std::lock_guard guard(m_lock);
+    errno = 0;
+    if (m_strict) result.reset(call(m_strict.get()));
+    if (result || (m_strict && errno == 0)) return kErrorSuccess;
+    if (!m_heuristic) m_heuristic = OpenHandle(m_hivex, *m_file, HIVEX_OPEN_UNSAFE);
+    errno = 0;
+    if (m_heuristic) result.reset(call(m_heuristic.get()));
+    if (!result && (!m_heuristic || errno != 0)) {
+      const SystemError error = ErrorFromHivex();
+      if (error != kErrorRegistryCorrupt) return error;
+    }
+  }
+  m_onDamage();
+  return result ? kErrorSuccess : kErrorRegistryCorrupt;
+}
+
+template <class Lister, class NameReader>
+SystemError CHiveTree::List(Lister lister, NameReader readName, TreeId key,
+                            std::vector<TreeEntry>& entries) const {
+  entries.clear();
+  std::unique_ptr<size_t, Freed> list;
+  const auto call = [&](hive_h* pHive) { return lister(pHive, static_cast<size_t>(key)); };
+  const SystemError error = Ask(call, list);
+  if (error != kErrorSuccess || !list) return error;
+  bool isWhole = true;
+  for (const size_t* pHandle = list.get(); *pHandle != 0; ++pHandle) {
+    TreeEntry entry{{}, *pHandle};
+    if (readName(m_file->Bytes(), *pHandle, entry.name)) {
+      entries.push_back(std::move(entry));
+    } else {
+      isWhole = false;
+    }
+  }
+  if (!isWhole) m_onDamage();
+  return kErrorSuccess;
+}
+
+SystemError CHiveTree::ReadValue(TreeId value, uint32_t& type, std::string& data) const {
+  hive_type hiveType = hive_t_REG_NONE;
+  size_t length = 0;
+  std::unique_ptr<char, Freed> bytes;
+  const auto call = [&](hive_h* pHive) {
+    return m_hivex.valueValue(pHive, static_cast<size_t>(value), &hiveType, &length);
+  };
+  if (const SystemError error = Ask(call, bytes)) return error;
+  // Types are any 32 bits, and the enumeration has no room for that.
+  static_assert(sizeof hiveType == sizeof type);
+  std::memcpy(&type, &hiveType, sizeof type);
+  data = bytes ? DataFromStored(type, {bytes.get(), length}) : std::string();
+  return kErrorSuccess;
+}
+
+}  // namespace
+
+bool RepairHeaderChecksum(std::string& head) {
+  constexpr size_t kPlace = 508;
+  uint32_t stored = 0;
+  if (!LoadLittle(head, kPlace, stored)) return false;
+  uint32_t checksum = 0;
+  for (size_t at = 0; at < kPlace; at += sizeof checksum) {
+    uint32_t word = 0;
+    LoadLittle(head, at, word);
+    checksum ^= word;
+  }
+  if (checksum == stored) return false;
+  for (size_t i = 0; i < sizeof checksum; ++i, checksum >>= 8) {
+    head[kPlace + i] = static_cast<char>(checksum & 0xFF);
+  }
+  return true;
+}
+
+bool IsDirtyHive(std::string_view bytes) {
+  // The header's two sequence numbers are equal once all changes are in the file.
+  uint32_t first = 0;
+  uint32_t second = 0;
+  return LoadLittle(bytes, 4, first) && LoadLittle(bytes, 8, second) && first != second;
+}
+
+SystemError OpenHive(std::unique_ptr<os::CMemoryFile> file, std::function<void()> onDamage,
+                     std::shared_ptr<CKeyTree>& tree) {
+  if (file->Bytes().substr(0, 4) != "regf") return kErrorRegistryCorrupt;
+  const HivexLibrary* pHivex = LoadHivex();
+  if (!pHivex) return kErrorCallNotImplemented;
+  auto hive = std::make_shared<CHiveTree>(*pHivex, std::move(file), std::move(onDamage));
+  const SystemError error = hive->Open();
+  if (error == kErrorSuccess) tree = std::move(hive);
+  return error;
+}
+
+}  // namespace kestra::image

@@ -1,0 +1,115 @@
+#include "platform/image/registry/wine/WineTree.h"
+
+#include <algorithm>
+
+#include "platform/image/registry/tree/FoldedName.h"
+
+namespace kestra::image {
+namespace {
+
+// A prefix has some tens of thousands of keys. Windows nests 512 deep.
+constexpr size_t kMostKeys = size_t{1} << 20;
+constexpr size_t kMostValues = size_t{1} << 22;
+constexpr size_t kDeepest = 512;
+
+std::vector<std::string_view> Pieces(std::string_view path) {
+  std::vector<std::string_view> pieces;
+  while (!path.empty()) {
+    const size_t end = std::min(path.find('\\'), path.size());
+    if (end != 0) pieces.push_back(path.substr(0, end));
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return pieces;
+}
+
+}  // namespace
+
+bool CWineTree::MakeKey(std::string_view path, TreeId& key) {
+  const std::vector<std::string_view> pieces = Pieces(path);
+  if (pieces.size() > kDeepest || m_keys.size() + pieces.size() > kMostKeys) return false;
+  // Keys stand in the order of their paths: most of the way is that of the key before.
+  uint32_t at = 0;
+  size_t depth = 0;
+  for (; depth < pieces.size() && depth < m_way.size(); ++depth) {
+    if (m_keys[m_way[depth]].name != pieces[depth]) break;
+    at = m_way[depth];
+  }
+  m_way.resize(depth);
+  for (; depth < pieces.size(); ++depth) {
+    at = MakeChild(at, pieces[depth]);
+    m_way.push_back(at);
+  }
+  key = at;
+  return true;
+}
+
+uint32_t CWineTree::MakeChild(uint32_t parent, std::string_view name) {
+  const auto next = static_cast<uint32_t>(m_keys.size());
+  const auto [found, isNew] =
+      m_childIndex.try_emplace(std::to_string(parent) + '\\' + FoldedName(name), next);
+  if (isNew) {
+    m_keys.emplace_back().name = name;
+    m_keys[parent].subKeys.push_back(next);
+  }
+  return found->second;
+}
+
+bool CWineTree::AddValue(TreeId key, std::string name, uint32_t type, std::string data) {
+  if (m_values.size() >= kMostValues) return false;
+  Key& owner = m_keys[key];
+  if (!owner.values.empty()) {
+    const bool isNext = CompareNoCase(m_values[owner.values.back()].name, name) < 0;
+    owner.isOrdered = owner.isOrdered && isNext;
+  }
+  owner.values.push_back(static_cast<uint32_t>(m_values.size()));
+  m_values.push_back({std::move(name), type, std::move(data)});
+  return true;
+}
+
+void CWineTree::Finish() {
+  m_childIndex = {};
+  m_way = {};
+  for (Key& key : m_keys) {
+    if (!key.isOrdered) KeepLastValues(key);
+  }
+}
+
+void CWineTree::KeepLastValues(Key& key) {
+  std::unordered_map<std::string, size_t> places;
+  std::vector<uint32_t> kept;
+  for (const uint32_t value : key.values) {
+    const auto [found, isNew] = places.try_emplace(FoldedName(m_values[value].name), kept.size());
+    if (isNew) {
+      kept.push_back(value);
+    } else {
+      kept[found->second] = value;
+    }
+  }
+  key.values = std::move(kept);
+}
+
+SystemError CWineTree::Facts(TreeId key, KeyFacts& facts) const {
+  facts = m_keys[key].facts;
+  return kErrorSuccess;
+}
+
+SystemError CWineTree::SubKeys(TreeId key, std::vector<TreeEntry>& entries) const {
+  entries.clear();
+  for (const uint32_t subKey : m_keys[key].subKeys)
+    entries.push_back({m_keys[subKey].name, subKey});
+  return kErrorSuccess;
+}
+
+SystemError CWineTree::Values(TreeId key, std::vector<TreeEntry>& entries) const {
+  entries.clear();
+  for (const uint32_t value : m_keys[key].values) entries.push_back({m_values[value].name, value});
+  return kErrorSuccess;
+}
+
+SystemError CWineTree::ReadValue(TreeId value, uint32_t& type, std::string& data) const {
+  type = m_values[value].type;
+  data = m_values[value].data;
+  return kErrorSuccess;
+}
+
+}  // namespace kestra::image
