@@ -27,16 +27,43 @@ std::string RunText(CSorrelCOM& session, const std::string& query, uint32_t time
   return "[" + text + "]";
 }
 
+constexpr char kReadText[] = "SELECT Text FROM Test.Row WHERE Id = 1";
+
+// Changes what the module Test describes, behind the back of every other session.
+void Describe(const std::string& text) {
+  CSorrelCOM other(TestSetup());
+  other.AllowActive(true);
+  ASSERT_EQ(RunText(other, "UPDATE Test.Row SET Text = '" + text + "' WHERE Id = 1"), "[1]");
+}
+
 TEST(Session, KeepsModulesUntilTheyAreDropped) {
   CSorrelCOM session(TestSetup());
-  session.AllowActive(true);
-  EXPECT_EQ(RunText(session, "DELETE Test.Part WHERE Number = 1"), "[1]");
-  EXPECT_EQ(RunText(session, "SELECT Number FROM Test.Part WHERE Number = 1"), "[]");
+  EXPECT_EQ(RunText(session, kReadText), "[Alpha one]");
+  Describe("second");
+  EXPECT_EQ(RunText(session, kReadText), "[Alpha one]");
   session.ReInitDiagRoot();
-  EXPECT_EQ(RunText(session, "SELECT Number FROM Test.Part WHERE Number = 1"), "[1]");
-  EXPECT_EQ(RunText(session, "UPDATE Test.Row SET Text = 'new' WHERE Id = 1"), "[1]");
+  EXPECT_EQ(RunText(session, kReadText), "[second]");
+  Describe("third");
+  EXPECT_EQ(RunText(session, kReadText), "[second]");
   EXPECT_EQ(RunText(session, "DROP MODULE Test"), "[1]");
-  EXPECT_EQ(RunText(session, "SELECT Text FROM Test.Row WHERE Id = 1"), "[Alpha one]");
+  EXPECT_EQ(RunText(session, kReadText), "[third]");
+  Describe("Alpha one");
+}
+
+// A statement that was not allowed, or reached no row, changed nothing: all is as it was filled.
+TEST(Session, FillsAnewOnlyWhatAStatementTouched) {
+  CSorrelCOM session(TestSetup());
+  EXPECT_EQ(RunText(session, kReadText), "[Alpha one]");
+  Describe("second");
+  RunText(session, "UPDATE Test.Row SET Text = 'x' WHERE Id = 1");
+  EXPECT_EQ(RunText(session, kReadText), "[Alpha one]");
+  session.AllowActive(true);
+  EXPECT_EQ(RunText(session, "UPDATE Test.Row SET Text = 'x' WHERE Id = 99"), "[0]");
+  EXPECT_EQ(RunText(session, kReadText), "[Alpha one]");
+  // One that fails may have changed a part.
+  RunText(session, "DELETE Test.Row WHERE Id = 2");
+  EXPECT_EQ(RunText(session, kReadText), "[second]");
+  Describe("Alpha one");
 }
 
 TEST(Session, HoldsOneModulePerArguments) {
@@ -54,11 +81,12 @@ TEST(Session, HoldsOneModulePerArguments) {
 
 TEST(Session, SessionsShareNothing) {
   CSorrelCOM one(TestSetup()), other(TestSetup());
+  RunText(one, kReadText);
   one.AllowActive(true);
-  EXPECT_EQ(RunText(one, "UPDATE Test.Row SET Text = 'x' WHERE Id = 1"), "[1]");
-  EXPECT_EQ(RunText(other, "SELECT Text FROM Test.Row WHERE Id = 1"), "[Alpha one]");
   EXPECT_NE(RunText(other, "UPDATE Test.Row SET Text = 'x' WHERE Id = 1").find("<ERROR: "),
             std::string::npos);
+  RunText(other, "DROP MODULE *");
+  EXPECT_EQ(RunText(one, "DROP MODULE Test"), "[1]");
 }
 
 TEST(Session, CancelWithNothingToCancelHasNoEffect) {
