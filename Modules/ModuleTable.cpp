@@ -7,10 +7,12 @@
 #include "Modules/Files/FileClasses.h"
 #include "Modules/Files/FilesModule.h"
 #include "Modules/IniFile/IniFileClasses.h"
+#include "Modules/IniFile/IniFileModule.h"
 #include "Modules/Network/NetworkClasses.h"
 #include "Modules/NetworkMap/NetworkMapClasses.h"
 #include "Modules/Processes/ProcessesModule.h"
 #include "Modules/Registry/RegistryClasses.h"
+#include "Modules/Registry/RegistryModule.h"
 #include "Modules/Security/SecurityClasses.h"
 #include "Modules/Services/ServicesClasses.h"
 #include "Modules/StartUpPrograms/StartUpProgramsClasses.h"
@@ -32,7 +34,7 @@ constexpr ModuleRow kModules[] = {
     {&kDesktopModule, nullptr},
     {&kDrivesModule, nullptr},
     {&kIDEDrivesModule, nullptr},
-    {&kIniFileModule, nullptr},
+    {&kIniFileModule, &Create<CIniFileModule>},
     {&kInstalledProgramsModule, nullptr},
     {&kUSBModule, nullptr},
     {&kLPTModule, nullptr},
@@ -73,7 +75,7 @@ constexpr ModuleRow kModules[] = {
     {&kFilesModule, &Create<CFilesModule>},
     {&kXMLFileModule, nullptr},
     {&kVistaFirewallModule, nullptr},
-    {&kRegistryModule, nullptr},
+    {&kRegistryModule, &Create<CRegistryModule>},
     {&kDNSResolveModule, nullptr},
     {&kWifiModule, nullptr},
     {&kIntelModule, nullptr},

@@ -33,6 +33,7 @@ CDirectoryItem::CDirectoryItem(Ref<CMachine> machine, Ref<const FilesOptions> op
       m_level(level),
       m_foundBy(foundBy),
       m_info(info),
+      m_isInfoFresh(info.has_value()),
       m_deadline(deadline) {}
 
 bool CDirectoryItem::Init(bool bInitChild, QueryMessage& message) {
@@ -50,13 +51,13 @@ bool CDirectoryItem::Init(bool bInitChild, QueryMessage& message) {
 }
 
 bool CDirectoryItem::ReadInfo(FileInfo& info, QueryMessage& message) {
-  const std::optional<FileInfo> known = std::exchange(m_info, std::nullopt);
-  if (known) {
-    info = *known;
+  if (std::exchange(m_isInfoFresh, false)) {
+    info = *m_info;
     return true;
   }
   CFileSystem* pFiles = m_poMachine->Files();
   const SystemError error = pFiles ? pFiles->Info(m_path, info) : kErrorFileNotFound;
+  m_info = error == kErrorSuccess ? std::optional(info) : std::nullopt;
   m_hasVanished = IsGone(error);
   return error == kErrorSuccess || (!m_hasVanished && message.Fail(error));
 }
@@ -80,6 +81,7 @@ bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) 
   if (deadline.IsOver()) return true;
   std::unique_ptr<CDirectoryListing> listing;
   SystemError error = m_poMachine->Files()->OpenDirectory(m_path, listing);
+  if (error == kErrorSuccess) error = CheckListing(*listing);
   if (IsGone(error)) {
     m_hasVanished = true;
     Params.Clear();
@@ -104,6 +106,16 @@ bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) 
   if (!isPassedOver && error != kErrorDirectory) return message.Fail(error);
   LogPassedOver(m_path, error);
   return true;
+}
+
+// What a walk found is a directory, and only that one is listed: not what has taken its name since,
+// or the place of one above it, such as a link that leads elsewhere.
+SystemError CDirectoryItem::CheckListing(CDirectoryListing& listing) const {
+  if (m_foundBy == FoundBy::Name || !m_info) return kErrorSuccess;
+  FileInfo own;
+  const SystemError error = listing.OwnInfo(own);
+  if (error != kErrorSuccess) return error;
+  return IsAnotherFile(*m_info, own) ? kErrorFileNotFound : kErrorSuccess;
 }
 
 void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& name,
@@ -169,11 +181,11 @@ bool CDirectoryItem::OnAddOfType(const std::string& newItemType, const DiagParam
 }
 
 bool CDirectoryItem::OnUpdate(const DiagParams& params, QueryMessage& message) {
-  return UpdateFile(*m_poMachine, m_path, "Name", params, message);
+  return UpdateFile(*m_poMachine, {m_path, m_info}, "Name", params, message);
 }
 
 bool CDirectoryItem::OnDelete(QueryMessage& message) {
-  return DeleteDirectoryAt(*m_poMachine, m_path, message);
+  return DeleteListedDirectory(*m_poMachine, {m_path, m_info}, message);
 }
 
 }  // namespace kestra

@@ -55,6 +55,7 @@ class CDirectoryItem : public CVDiagItem {
   bool ReadInfo(FileInfo& info, QueryMessage& message);
   void SetProperties(const FileInfo& info);
   bool List(const CFillDeadline& deadline, QueryMessage& message);
+  SystemError CheckListing(CDirectoryListing& listing) const;
   void AddEntry(CDirectoryListing& listing, const std::string& name, const CFillDeadline& deadline);
   bool InitChildren(QueryMessage& message);
 
@@ -65,7 +66,8 @@ class CDirectoryItem : public CVDiagItem {
   const Ref<const CFolderPath> m_poFolder;  // the same, for its files
   const uint32_t m_level;
   const FoundBy m_foundBy;
-  std::optional<FileInfo> m_info;           // until it is used
+  std::optional<FileInfo> m_info;
+  bool m_isInfoFresh;                       // it is the listing's, and no filling has used it
   std::optional<CFillDeadline> m_deadline;  // of the first filling
   bool m_hasVanished = false;
 };

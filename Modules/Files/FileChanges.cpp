@@ -106,6 +106,12 @@ SystemError ChangeAttributes(CFileSystem& files, const std::string& path, const 
   return files.SetAttributes(path, (info.attributes & ~all) | SettableAttributes(options));
 }
 
+SystemError FindListed(CFileSystem& files, const ListedFile& file, FileInfo& info) {
+  const SystemError error = files.Info(file.path, info);
+  if (error != kErrorSuccess) return error;
+  return file.info && IsAnotherFile(*file.info, info) ? kErrorFileNotFound : kErrorSuccess;
+}
+
 // A file cannot be made out of a resource of a program yet.
 bool ReadSource(CMachine& machine, const DiagParams& params, std::string& source,
                 QueryMessage& message) {
@@ -153,12 +159,12 @@ bool AddDirectory(CMachine& machine, const std::string& directory, const DiagPar
   return message.Fail(error);
 }
 
-bool UpdateFile(CMachine& machine, const std::string& path, const char* nameProperty,
+bool UpdateFile(CMachine& machine, const ListedFile& file, const char* nameProperty,
                 const DiagParams& params, QueryMessage& message) {
   const std::string* pName = TextOf(params, nameProperty);
   const std::string* pPath = TextOf(params, "Path");
-  const std::string directory = ParentPath(path, machine.System().PathSeparator());
-  std::string target = path;
+  const std::string directory = ParentPath(file.path, machine.System().PathSeparator());
+  std::string target = file.path;
   // A relative path of one part has no directory to name.
   const bool isBare = directory.empty() && pName && !pPath;
   if (isBare && !IsName(*pName, machine.System().PathSeparator()))
@@ -170,34 +176,37 @@ bool UpdateFile(CMachine& machine, const std::string& path, const char* nameProp
   CFileSystem* pFiles = machine.Files();
   if (!pFiles) return message.Fail(kErrorCallNotImplemented);
   FileInfo info;
-  SystemError error = pFiles->Info(path, info);
+  SystemError error = FindListed(*pFiles, file, info);
+  // First what can be taken back exactly.
+  if (error == kErrorSuccess && target != file.path) error = pFiles->Rename(file.path, target);
   if (error != kErrorSuccess) return message.Fail(error);
   const std::optional<uint32_t> options = OptionsOf(params);
-  if (options) error = ChangeAttributes(*pFiles, path, info, *options);
-  if (error != kErrorSuccess) return message.Fail(error);
-  if (target == path) return true;
-  error = pFiles->Rename(path, target);
+  if (options) error = ChangeAttributes(*pFiles, target, info, *options);
   if (error == kErrorSuccess) return true;
-  if (options) pFiles->SetAttributes(path, info.attributes);
+  if (target != file.path) pFiles->Rename(target, file.path);
   return message.Fail(error);
 }
 
-bool DeleteFileAt(CMachine& machine, const std::string& path, QueryMessage& message) {
+bool DeleteListedFile(CMachine& machine, const ListedFile& file, QueryMessage& message) {
   CFileSystem* pFiles = machine.Files();
   if (!pFiles) return message.Fail(kErrorCallNotImplemented);
-  const SystemError error = pFiles->RemoveFile(path);
+  FileInfo info;
+  SystemError error = FindListed(*pFiles, file, info);
+  if (error == kErrorSuccess) error = pFiles->RemoveFile(file.path);
   if (error == kErrorSuccess) return true;
   const bool isInUse = error == kErrorSharingViolation;
   if (isInUse &&
-      RenameAtBoot(machine, path, std::string(), message.TerminationEvent()) == kErrorSuccess)
+      RenameAtBoot(machine, file.path, std::string(), message.TerminationEvent()) == kErrorSuccess)
     return message.Restart = true;
   return message.Fail(error);
 }
 
-bool DeleteDirectoryAt(CMachine& machine, const std::string& path, QueryMessage& message) {
+bool DeleteListedDirectory(CMachine& machine, const ListedFile& directory, QueryMessage& message) {
   CFileSystem* pFiles = machine.Files();
   if (!pFiles) return message.Fail(kErrorCallNotImplemented);
-  const SystemError error = pFiles->RemoveEmptyDirectory(path);
+  FileInfo info;
+  SystemError error = FindListed(*pFiles, directory, info);
+  if (error == kErrorSuccess) error = pFiles->RemoveEmptyDirectory(directory.path);
   return error == kErrorSuccess || message.Fail(error);
 }
 

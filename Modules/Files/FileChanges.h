@@ -2,10 +2,12 @@
 // set when they fail, and leave everything as it was then.
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "model/items/Param.h"
 #include "model/items/QueryMessage.h"
+#include "platform/machine/FileSystem.h"
 #include "platform/machine/Machine.h"
 
 namespace kestra {
@@ -20,14 +22,22 @@ bool AddFile(CMachine& machine, const std::string& directory, const DiagParams& 
 bool AddDirectory(CMachine& machine, const std::string& directory, const DiagParams& params,
                   QueryMessage& message);
 
+// A file or directory that was shown to a user, and is to be changed for him: by its path, and only
+// if it is still the one that was shown. kErrorFileNotFound if another one has its name by now, as
+// far as that can be told; the look and the change are two steps of the system.
+struct ListedFile {
+  std::string path;
+  std::optional<FileInfo> info;  // nothing when it could not be looked at
+};
+
 // What an UPDATE gives: another path or last part (nameProperty) of the path, and Attributes.
-bool UpdateFile(CMachine& machine, const std::string& path, const char* nameProperty,
+bool UpdateFile(CMachine& machine, const ListedFile& file, const char* nameProperty,
                 const DiagParams& params, QueryMessage& message);
 
 // Removes a file, or a link. One that is in use goes when the machine starts next, where it can do
 // that.
-bool DeleteFileAt(CMachine& machine, const std::string& path, QueryMessage& message);
+bool DeleteListedFile(CMachine& machine, const ListedFile& file, QueryMessage& message);
 // Removes a directory that is empty: what is in one is not lost by the way.
-bool DeleteDirectoryAt(CMachine& machine, const std::string& path, QueryMessage& message);
+bool DeleteListedDirectory(CMachine& machine, const ListedFile& directory, QueryMessage& message);
 
 }  // namespace kestra

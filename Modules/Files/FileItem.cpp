@@ -192,11 +192,11 @@ void CFileItem::AddLine(uint32_t number, std::string line) {
 }
 
 bool CFileItem::OnUpdate(const DiagParams& params, QueryMessage& message) {
-  return UpdateFile(*m_poMachine, Path(), "FileName", params, message);
+  return UpdateFile(*m_poMachine, {Path(), m_info}, "FileName", params, message);
 }
 
 bool CFileItem::OnDelete(QueryMessage& message) {
-  return DeleteFileAt(*m_poMachine, Path(), message);
+  return DeleteListedFile(*m_poMachine, {Path(), m_info}, message);
 }
 
 bool CFileItem::MayHold(const DiagParamDef& def) const {

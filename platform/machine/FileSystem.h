@@ -64,11 +64,23 @@ inline bool IsSameState(const FileInfo& a, const FileInfo& b) {
          a.lastWriteTime == b.lastWriteTime;
 }
 
+// Whether something is another file than the one that was described before, where that can be told:
+// it has other numbers, or was made at another time (numbers are used again).
+inline bool IsAnotherFile(const FileInfo& before, const FileInfo& now) {
+  const FileIdentity unknown;
+  if (before.identity == unknown || now.identity == unknown) return false;
+  const uint64_t madeBefore = before.creationTime.ticks, madeNow = now.creationTime.ticks;
+  return before.identity != now.identity ||
+         (madeBefore != 0 && madeNow != 0 && madeBefore != madeNow);
+}
+
 // The entries of one directory, "." and ".." among them only if the system lists them. One thread
 // at a time.
 class CDirectoryListing {
  public:
   virtual ~CDirectoryListing() = default;
+  // Of the directory that is open, whatever its name has come to mean since.
+  virtual SystemError OwnInfo(FileInfo& info) = 0;
   // The next name, in the system's order. kErrorNoMoreFiles after the last one.
   virtual SystemError Next(std::string& name) = 0;
   // What the entry is that Next gave last. kErrorFileNotFound when it went away in between.

@@ -1,5 +1,8 @@
-// Rows of INIFILES.<class>('path').
+// Rows of INIFILES.<class>('path'): the module IniFile with default arguments, its sections or its
+// keys.
 #pragma once
+
+#include <string>
 
 #include "query/rows/RowSource.h"
 
@@ -7,9 +10,18 @@ namespace kestra {
 
 class IniRowSource : public RowSource {
  public:
-  using RowSource::RowSource;
-  // Reading an ini file is not built yet: it fails.
+  IniRowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit)
+      : RowSource(node, descriptor, limit),
+        m_className(descriptor.className),
+        m_path(descriptor.arguments.asString()) {}
+  // A file that is not there gives no rows, one that cannot be read none but its own; the query's
+  // message and the log tell why. When the time is over the rows found by then stay. False for a
+  // path that does not expand, and when the query was cancelled.
   bool Run(Value& error) override;
+
+ private:
+  const std::string m_className;
+  const std::string m_path;
 };
 
 }  // namespace kestra

@@ -1,33 +1,88 @@
 #include "query/rows/RegistryRowSource.h"
 
-#include <algorithm>
-#include <iterator>
+#include <optional>
+#include <utility>
 
+#include "Modules/PassOver.h"
+#include "Modules/Registry/RegistryKeyItem.h"
+#include "Modules/Registry/RegistryValueItem.h"
+#include "Modules/Registry/RegistryWalk.h"
 #include "VLib/src/text/Text.h"
-#include "platform/machine/Machine.h"
 
 namespace kestra {
-namespace {
 
-constexpr std::string_view kHives[] = {"HKLM", "HKEY_LOCAL_MACHINE",   "HKCU", "HKEY_CURRENT_USER",
-                                       "HKCR", "HKEY_CLASSES_ROOT",    "HKU",  "HKEY_USERS",
-                                       "HKCC", "HKEY_CURRENT_CONFIG",  "HKDD", "HKEY_DYN_DATA",
-                                       "HKPD", "HKEY_PERFORMANCE_DATA"};
-
-// The first word of a path, with or without "64" for the view of 64-bit programs.
-bool IsHive(std::string_view word) {
-  if (word.size() < 3) return false;
-  if (word.ends_with("64")) word.remove_suffix(2);
-  return std::any_of(std::begin(kHives), std::end(kHives),
-                     [&](std::string_view hive) { return EqualsNoCase(hive, word); });
+bool RegistryRowSource::ReadPath(RegistryOptions& options, std::string& keyPath) const {
+  const size_t end = m_path.find('\\');
+  std::optional<RegistryHive> hive = ReadHive(std::string_view(m_path).substr(0, end), Machine());
+  if (!hive) return false;
+  options.hive = std::move(*hive);
+  if (end != std::string::npos) keyPath = m_path.substr(end + 1);
+  if (m_valueLevels == 0) return true;
+  if (end == std::string::npos) return false;
+  const size_t last = keyPath.rfind('\\');
+  options.valuePattern = keyPath.substr(last == std::string::npos ? 0 : last + 1);
+  keyPath.resize(last == std::string::npos ? 0 : last);
+  return true;
 }
 
-}  // namespace
+bool RegistryRowSource::IsOver(Value& error) {
+  return m_isOver = m_isOver || Context().IsCancelled() || Context().CheckTimeOut(error);
+}
 
 bool RegistryRowSource::Run(Value& error) {
   error.SetError();
-  return IsHive(std::string_view(m_path).substr(0, m_path.find('\\'))) &&
-         !Context().Root->Machine()->Registry();
+  auto options = MakeRef<RegistryOptions>();
+  std::string keyPath;
+  if (!ReadPath(*options, keyPath)) return false;
+  m_poOptions = options;
+  if (!Machine().Registry()) return true;
+  bool isDone = true;
+  CRegistryWalk walk(Machine(), options->hive, [&] { return IsOver(error); });
+  SystemError found = walk.OpenHive();
+  if (found != kErrorSuccess) return Context().Message->Fail(found);
+  found = walk.Run(keyPath, [&](const std::string& path, std::unique_ptr<CRegistryKey> key) {
+    isDone = AddLeaf(path, std::move(key), error);
+    return isDone && !IsFull();
+  });
+  if (found != kErrorSuccess && !MayPassOver(found)) return Context().Message->Fail(found);
+  if (found != kErrorSuccess) LogUnread(m_path, found);
+  return isDone && !m_isOver;
+}
+
+// With the values below it, so that a join can ask for them.
+bool RegistryKeyRowSource::AddLeaf(const std::string& path, std::unique_ptr<CRegistryKey> key,
+                                   Value&) {
+  QueryMessage& message = *Context().Message;
+  auto item = MakeRef<CRegistryKeyItem>(Context().Root->Machine(), Options(), path, 0,
+                                        KeyFoundBy::Walk, CFillDeadline(Options()->timeOutMs));
+  return item->FillFrom(std::move(key), true, message) && AddRow(*item);
+}
+
+bool RegistryValueRowSource::AddLeaf(const std::string& path, std::unique_ptr<CRegistryKey> key,
+                                     Value& error) {
+  if (!HasWildcard(ValuePattern())) return AddValue(path, ValuePattern(), *key);
+  const auto stop = [&] { return IsOver(error); };
+  std::string name;
+  for (uint32_t i = 0; !IsFull(); ++i) {
+    if (IsOver(error)) return false;
+    const SystemError status = key->EnumValue(i, name);
+    if (status == kErrorNoMoreItems || IsGoneFromRegistry(status)) return true;
+    if (status != kErrorSuccess) {
+      if (!MayPassOver(status)) return Context().Message->Fail(status);
+      LogUnread(HivePath(Options()->hive, path), status);
+      return true;
+    }
+    if (MatchesName(name, ValuePattern(), stop) && !AddValue(path, name, *key)) return false;
+  }
+  return true;
+}
+
+// A value that is not there (any more) is no row.
+bool RegistryValueRowSource::AddValue(const std::string& path, const std::string& name,
+                                      CRegistryKey& key) {
+  auto item = MakeRef<CRegistryValueItem>(Context().Root->Machine(), Options(), path, name);
+  if (!item->FillFrom(key, *Context().Message)) return item->HasVanished();
+  return AddRow(*item);
 }
 
 }  // namespace kestra

@@ -94,11 +94,11 @@ std::unique_ptr<RowSource> MakeRowSource(ParseNode& node, const SourceDescriptor
     return std::make_unique<FileRowSource>(node, descriptor, limit);
   }
   if (EqualsNoCase(descriptor.moduleName, "REGISTRY") && hasPath) {
-    if (!EqualsNoCase(descriptor.className, "REGISTRYKEY") &&
-        !EqualsNoCase(descriptor.className, "REGISTRYVALUE")) {
-      return nullptr;
-    }
-    return std::make_unique<RegistryRowSource>(node, descriptor, limit);
+    if (EqualsNoCase(descriptor.className, "REGISTRYKEY"))
+      return std::make_unique<RegistryKeyRowSource>(node, descriptor, limit);
+    if (EqualsNoCase(descriptor.className, "REGISTRYVALUE"))
+      return std::make_unique<RegistryValueRowSource>(node, descriptor, limit);
+    return nullptr;
   }
   if (EqualsNoCase(descriptor.moduleName, "INIFILES")) {
     return std::make_unique<IniRowSource>(node, descriptor, limit);

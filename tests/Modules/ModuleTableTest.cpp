@@ -110,7 +110,8 @@ TEST(ModuleTable, EveryDeclarationHoldsTogether) {
 
 // What a user reads in the reference of a built class must be there.
 TEST(ModuleTable, BuiltClassesSayWhatTheyShow) {
-  for (const char* name : {"Process", "File", "Directory", "FileLine"}) {
+  for (const char* name :
+       {"Process", "File", "Directory", "FileLine", "RegistryKey", "RegistryValue"}) {
     for (const ModuleRow& row : BuiltInModules()) {
       const Ref<DiagClass> module = row.pClass->Get();
       const DiagClass* pClass = FindClass(module.get(), name);

@@ -18,6 +18,9 @@ class CFailingListing final : public CDirectoryListing {
  public:
   CFailingListing(CFaultPlan& plan, std::unique_ptr<CDirectoryListing> inner)
       : m_plan(plan), m_inner(std::move(inner)) {}
+  SystemError OwnInfo(FileInfo& info) override {
+    return Run(m_plan, Facility::Files, [&] { return m_inner->OwnInfo(info); });
+  }
   SystemError Next(std::string& name) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner->Next(name); });
   }
@@ -56,6 +59,7 @@ class CFailingWriter final : public CFileWriter {
   SystemError Write(std::string_view bytes) override {
     return Run(m_plan, Facility::Files, [&] { return m_inner->Write(bytes); });
   }
+  void ExpectUnchanged(const FileInfo& read) override { m_inner->ExpectUnchanged(read); }
   SystemError Commit() override {
     return Run(m_plan, Facility::Files, [&] { return m_inner->Commit(); });
   }

@@ -80,6 +80,7 @@ SystemError CFakeFileSystem::SetAttributes(const std::string& path, uint32_t att
   const uint32_t changed = (own ^ attributes) & kSettable;
   if (m_separator == '/' && (changed & ~kFileAttributeReadOnly)) return kErrorNotSupported;
   own ^= changed;
+  m_entries.at(KeyOf(path)).file.state = ++m_states;
   return kErrorSuccess;
 }
 

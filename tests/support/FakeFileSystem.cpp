@@ -8,8 +8,15 @@ namespace kestra::test {
 namespace {
 
 FileInfo InfoOf(const FakeFile& file) {
-  return {file.kind,           file.attributes,    file.size,     file.creationTime,
-          file.lastAccessTime, file.lastWriteTime, file.isTrusted};
+  return {.kind = file.kind,
+          .attributes = file.attributes,
+          .size = file.size,
+          .creationTime = file.creationTime,
+          .lastAccessTime = file.lastAccessTime,
+          .lastWriteTime = file.lastWriteTime,
+          .isTrusted = file.isTrusted,
+          .identity = {1, file.number},
+          .changeStamp = file.state};
 }
 
 struct ListedFile {
@@ -19,7 +26,13 @@ struct ListedFile {
 
 class CFakeListing final : public CDirectoryListing {
  public:
-  explicit CFakeListing(std::vector<ListedFile> files) : m_files(std::move(files)) {}
+  CFakeListing(const FileInfo& own, std::vector<ListedFile> files)
+      : m_own(own), m_files(std::move(files)) {}
+
+  SystemError OwnInfo(FileInfo& info) override {
+    info = m_own;
+    return kErrorSuccess;
+  }
 
   SystemError Next(std::string& name) override {
     if (m_next >= m_files.size()) return kErrorNoMoreFiles;
@@ -36,6 +49,7 @@ class CFakeListing final : public CDirectoryListing {
   }
 
  private:
+  FileInfo m_own;
   std::vector<ListedFile> m_files;
   size_t m_next = 0;
 };
@@ -77,10 +91,12 @@ class CFakeWriter final : public CFileWriter {
     m_content += bytes;
     return kErrorSuccess;
   }
+  void ExpectUnchanged(const FileInfo& read) override { m_expected = read; }
   SystemError Commit() override {
     if (m_isOver) return kErrorInvalidHandle;
     m_isOver = true;
-    return m_files.Put(m_path, m_existing, m_content);
+    if (m_files.beforeCommit) m_files.beforeCommit();
+    return m_files.Put(m_path, m_existing, m_content, m_expected);
   }
 
  private:
@@ -88,6 +104,7 @@ class CFakeWriter final : public CFileWriter {
   std::string m_path;
   Existing m_existing;
   std::string m_content;
+  std::optional<FileInfo> m_expected;
   bool m_isOver = false;
 };
 
@@ -104,7 +121,7 @@ SystemError CFakeFileSystem::OpenDirectory(const std::string& path,
     const Entry& entry = m_entries.at(child);
     if (child != key && entry.parent == key) files.push_back({entry.name, entry.file});
   }
-  listing = std::make_unique<CFakeListing>(std::move(files));
+  listing = std::make_unique<CFakeListing>(InfoOf(pEntry->file), std::move(files));
   return kErrorSuccess;
 }
 
@@ -222,6 +239,7 @@ void CFakeFileSystem::Add(const std::string& path, FakeFile file) {
 void CFakeFileSystem::Insert(const std::string& path, FakeFile file) {
   const std::string key = KeyOf(path);
   if (!m_entries.count(key)) m_order.push_back(key);
+  file.number = file.state = ++m_states;
   const std::string trimmed(TrimRight(path, std::string_view(&m_separator, 1)));
   m_entries[key] = {trimmed.substr(trimmed.rfind(m_separator) + 1), std::move(file),
                     ParentKeyOf(key)};
@@ -312,13 +330,16 @@ SystemError CFakeFileSystem::CheckReplacement(std::string& path, LastLink lastLi
 }
 
 SystemError CFakeFileSystem::Put(const std::string& path, Existing existing,
-                                 const std::string& content) {
+                                 const std::string& content,
+                                 const std::optional<FileInfo>& expected) {
   std::lock_guard guard(m_lock);
   std::string target = path;
   const SystemError error = CheckReplacement(target, LastLink::Refuse, existing);
   if (error != kErrorSuccess) return error;
   const auto found = m_entries.find(KeyOf(target));
   const bool isNew = found == m_entries.end();
+  if (expected && (isNew || !IsSameState(InfoOf(found->second.file), *expected)))
+    return kErrorSharingViolation;
   FakeFile file = isNew ? FakeFile{.creationTime = now} : found->second.file;
   const std::string name = target.substr(target.rfind(m_separator) + 1);
   if (isNew && m_separator == '/' && name.starts_with('.')) file.attributes = kFileAttributeHidden;

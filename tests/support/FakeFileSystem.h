@@ -8,9 +8,11 @@
 // The public members are set before threads come to use it.
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -32,6 +34,8 @@ struct FakeFile {
   bool isTrusted = true;
   std::string linkTarget{};  // where a link leads, an absolute path; empty: nowhere
   std::string content{};     // size follows it when there is any
+  uint64_t number = 0;       // which file it is; the file system's own, as the next one
+  uint64_t state = 0;        // another number after each change
 };
 
 class CFakeFileSystem final : public CFileSystem {
@@ -70,6 +74,8 @@ class CFakeFileSystem final : public CFileSystem {
   FileTime now{133'485'408'000'000'000};  // the write time of what is written: 2024-01-01
   uint32_t volumeFlags = 0;
   bool isReadOnly = false;  // every change is kErrorWriteProtect
+  // Called at the beginning of each Commit, for what happens between reading and writing.
+  std::function<void()> beforeCommit;
 
  private:
   friend class CFakeWriter;
@@ -88,11 +94,13 @@ class CFakeFileSystem final : public CFileSystem {
   SystemError FindFile(std::string& path, LastLink lastLink, const Entry*& pEntry) const;
   SystemError CheckReplacement(std::string& path, LastLink lastLink, Existing existing) const;
   // What a writer does at its end.
-  SystemError Put(const std::string& path, Existing existing, const std::string& content);
+  SystemError Put(const std::string& path, Existing existing, const std::string& content,
+                  const std::optional<FileInfo>& expected);
   void Insert(const std::string& path, FakeFile file);
 
   char m_separator;
   mutable std::mutex m_lock;               // guards all that follows
+  uint64_t m_states = 0;                   // how many were given to files
   std::map<std::string, Entry> m_entries;  // by normalised path
   std::vector<std::string> m_order;        // the keys as they were added
   std::vector<std::string> m_granted;

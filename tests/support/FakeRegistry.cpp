@@ -10,15 +10,20 @@ namespace {
 
 using KeyPointer = std::shared_ptr<FakeRegistryKey>;
 
-KeyPointer Walk(KeyPointer key, const std::string& path, bool make) {
+constexpr uint32_t kViews = kKeyWow64Key32 | kKeyWow64Key64;
+
+KeyPointer Walk(KeyPointer key, const std::string& path, uint32_t view, bool make) {
   if (path.empty()) return key;
   for (const std::string& name : Split(path, '\\')) {
-    KeyPointer next = key->FindSubKey(name);
+    KeyPointer next = key->FindSubKey(name, view);
     if (!next && !make) return nullptr;
     if (!next) {
       next = std::make_shared<FakeRegistryKey>();
       next->name = name;
-      key->subKeys.push_back(next);
+      // Keys of one view stand behind those of all.
+      const auto end = std::find_if(key->subKeys.begin(), key->subKeys.end(),
+                                    [](const KeyPointer& other) { return other->view != 0; });
+      key->subKeys.insert(end, next);
     }
     key = next;
   }
@@ -30,7 +35,7 @@ void Store(FakeRegistryKey& key, const std::string& name, uint32_t type, const s
     pValue->type = type;
     pValue->data = data;
   } else {
-    key.values.push_back({name, type, data});
+    key.values.push_back({.name = name, .type = type, .data = data});
   }
 }
 
@@ -43,68 +48,86 @@ FakeRegistryValue* FakeRegistryKey::FindValue(const std::string& valueName) {
   return found == values.end() ? nullptr : &*found;
 }
 
-KeyPointer FakeRegistryKey::FindSubKey(const std::string& subKeyName) const {
-  const auto found = std::find_if(subKeys.begin(), subKeys.end(), [&](const auto& key) {
-    return EqualsNoCase(key->name, subKeyName);
-  });
-  return found == subKeys.end() ? nullptr : *found;
+KeyPointer FakeRegistryKey::FindSubKey(const std::string& subKeyName, uint32_t wantedView) const {
+  KeyPointer shared;
+  for (const KeyPointer& key : subKeys) {
+    if (!EqualsNoCase(key->name, subKeyName)) continue;
+    if (key->view == 0) shared = key;
+    if (key->view != 0 && key->view == wantedView) return key;
+  }
+  return shared;
+}
+
+bool FakeRegistryKey::Shows(const FakeRegistryKey& subKey, uint32_t wantedView) const {
+  return FindSubKey(subKey.name, wantedView).get() == &subKey;
 }
 
 class CFakeRegistryKey final : public CRegistryKey {
  public:
-  CFakeRegistryKey(CFakeRegistry& registry, KeyPointer key)
-      : m_registry(registry), m_key(std::move(key)) {}
+  CFakeRegistryKey(CFakeRegistry& registry, KeyPointer key, uint32_t access)
+      : m_registry(registry), m_key(std::move(key)), m_access(access) {}
 
   SystemError OpenSubKey(const std::string& path, uint32_t access,
                          std::unique_ptr<CRegistryKey>& key) override {
     m_registry.lastAccess = access;
-    return Guarded([&] { return Open(Walk(m_key, path, false), key); });
+    return Guarded(0, [&] { return Open(path, access, false, key); });
   }
-  SystemError CreateSubKey(const std::string& path, uint32_t,
+  SystemError CreateSubKey(const std::string& path, uint32_t access,
                            std::unique_ptr<CRegistryKey>& key) override {
-    return Guarded([&] { return Open(Walk(m_key, path, true), key); });
+    return Guarded(kKeyCreateSubKey, [&] { return Open(path, access, true, key); });
   }
-  SystemError DeleteSubKey(const std::string& path, uint32_t) override {
-    return Guarded([&] { return Delete(path); });
+  SystemError DeleteSubKey(const std::string& path, uint32_t access) override {
+    return Guarded(0, [&] { return Delete(path, access & kViews); });
   }
   SystemError QueryInfo(RegistryKeyInfo& info) override {
-    return Guarded([&] {
+    return Guarded(kKeyQueryValue, [&] {
       info = {m_key->className, static_cast<uint32_t>(m_key->subKeys.size()),
               static_cast<uint32_t>(m_key->values.size()), m_key->lastWriteTime};
       return kErrorSuccess;
     });
   }
   SystemError EnumSubKey(uint32_t index, std::string& name) override {
-    return Guarded([&] {
-      if (index >= m_key->subKeys.size()) return kErrorNoMoreItems;
-      name = m_key->subKeys[index]->name;
-      return kErrorSuccess;
+    return Guarded(kKeyEnumerateSubKeys, [&] {
+      // Keys of one view stand behind those of all, which are counted without looking at each.
+      const auto& keys = m_key->subKeys;
+      if (keys.empty() || keys.back()->view == 0) {
+        if (index >= keys.size()) return kErrorNoMoreItems;
+        name = keys[index]->name;
+        return kErrorSuccess;
+      }
+      for (const KeyPointer& key : keys) {
+        if (!m_key->Shows(*key, m_access & kViews) || index-- != 0) continue;
+        name = key->name;
+        return kErrorSuccess;
+      }
+      return kErrorNoMoreItems;
     });
   }
   SystemError EnumValue(uint32_t index, std::string& name) override {
-    return Guarded([&] {
+    return Guarded(kKeyQueryValue, [&] {
       if (index >= m_key->values.size()) return kErrorNoMoreItems;
       name = m_key->values[index].name;
       return kErrorSuccess;
     });
   }
   SystemError QueryValue(const std::string& name, uint32_t& type, std::string& data) override {
-    return Guarded([&] {
+    return Guarded(kKeyQueryValue, [&] {
       const FakeRegistryValue* pValue = m_key->FindValue(name);
       if (!pValue) return kErrorFileNotFound;
+      if (pValue->readError != kErrorSuccess) return pValue->readError;
       type = pValue->type;
       data = pValue->data;
       return kErrorSuccess;
     });
   }
   SystemError SetValue(const std::string& name, uint32_t type, const std::string& data) override {
-    return Guarded([&] {
+    return Guarded(kKeySetValue, [&] {
       Store(*m_key, name, type, data);
       return kErrorSuccess;
     });
   }
   SystemError DeleteValue(const std::string& name) override {
-    return Guarded([&] {
+    return Guarded(kKeySetValue, [&] {
       const bool isFound = std::erase_if(m_key->values, [&](const auto& value) {
                              return EqualsNoCase(value.name, name);
                            }) != 0;
@@ -114,22 +137,27 @@ class CFakeRegistryKey final : public CRegistryKey {
 
  private:
   template <class Operation>
-  SystemError Guarded(Operation operation) {
+  SystemError Guarded(uint32_t needed, Operation operation) {
+    if (m_registry.onCall) m_registry.onCall();
     std::lock_guard guard(m_registry.m_lock);
-    return m_key->isDeleted ? kErrorKeyDeleted : operation();
+    if (m_key->isDeleted) return kErrorKeyDeleted;
+    return (m_access & needed) == needed ? operation() : kErrorAccessDenied;
   }
-  SystemError Open(const KeyPointer& found, std::unique_ptr<CRegistryKey>& key) {
+  SystemError Open(const std::string& path, uint32_t access, bool make,
+                   std::unique_ptr<CRegistryKey>& key) {
+    const uint32_t view = access & kViews;
+    const KeyPointer found = Walk(m_key, path, view, make);
     if (!found) return kErrorFileNotFound;
     if (found->openError != kErrorSuccess) return found->openError;
-    key = std::make_unique<CFakeRegistryKey>(m_registry, found);
+    key = std::make_unique<CFakeRegistryKey>(m_registry, found, access);
     return kErrorSuccess;
   }
-  SystemError Delete(const std::string& path) {
+  SystemError Delete(const std::string& path, uint32_t view) {
     const size_t last = path.rfind('\\');
     const bool isDirect = last == std::string::npos;
-    const KeyPointer parent = isDirect ? m_key : Walk(m_key, path.substr(0, last), false);
+    const KeyPointer parent = isDirect ? m_key : Walk(m_key, path.substr(0, last), view, false);
     const KeyPointer found =
-        parent ? parent->FindSubKey(path.substr(isDirect ? 0 : last + 1)) : nullptr;
+        parent ? parent->FindSubKey(path.substr(isDirect ? 0 : last + 1), view) : nullptr;
     if (!found) return kErrorFileNotFound;
     if (!found->subKeys.empty()) return kErrorAccessDenied;
     found->isDeleted = true;
@@ -139,17 +167,32 @@ class CFakeRegistryKey final : public CRegistryKey {
 
   CFakeRegistry& m_registry;
   KeyPointer m_key;
+  const uint32_t m_access;
 };
 
 SystemError CFakeRegistry::OpenRoot(RegistryRoot root, std::unique_ptr<CRegistryKey>& key) {
   std::lock_guard guard(m_lock);
-  key = std::make_unique<CFakeRegistryKey>(*this, Root(root));
+  const KeyPointer found = Root(root);
+  if (found->openError != kErrorSuccess) return found->openError;
+  key = std::make_unique<CFakeRegistryKey>(*this, found, ~kViews);
   return kErrorSuccess;
 }
 
 void CFakeRegistry::AddKey(RegistryRoot root, const std::string& path) {
   std::lock_guard guard(m_lock);
   Make(root, path);
+}
+
+KeyPointer CFakeRegistry::AddViewKey(uint32_t view, RegistryRoot root, const std::string& path) {
+  std::lock_guard guard(m_lock);
+  const size_t last = path.rfind('\\');
+  const bool isDirect = last == std::string::npos;
+  const KeyPointer parent = Walk(Root(root), isDirect ? "" : path.substr(0, last), view, true);
+  auto key = std::make_shared<FakeRegistryKey>();
+  key->name = path.substr(isDirect ? 0 : last + 1);
+  key->view = view;
+  parent->subKeys.push_back(key);
+  return key;
 }
 
 void CFakeRegistry::SetValue(RegistryRoot root, const std::string& path, const std::string& name,
@@ -175,9 +218,10 @@ void CFakeRegistry::DenyKey(RegistryRoot root, const std::string& path, SystemEr
   Make(root, path)->openError = error;
 }
 
-std::shared_ptr<FakeRegistryKey> CFakeRegistry::Find(RegistryRoot root, const std::string& path) {
+std::shared_ptr<FakeRegistryKey> CFakeRegistry::Find(RegistryRoot root, const std::string& path,
+                                                     uint32_t view) {
   std::lock_guard guard(m_lock);
-  return Walk(Root(root), path, false);
+  return Walk(Root(root), path, view, false);
 }
 
 std::shared_ptr<FakeRegistryKey> CFakeRegistry::Root(RegistryRoot root) {
@@ -187,7 +231,7 @@ std::shared_ptr<FakeRegistryKey> CFakeRegistry::Root(RegistryRoot root) {
 }
 
 std::shared_ptr<FakeRegistryKey> CFakeRegistry::Make(RegistryRoot root, const std::string& path) {
-  return Walk(Root(root), path, true);
+  return Walk(Root(root), path, 0, true);
 }
 
 }  // namespace kestra::test

@@ -1,14 +1,13 @@
-// The road between a tree and a file: the layers around the text, reading and saving.
+// The road between a tree and a file: reading and saving.
 
 #include <algorithm>
 #include <exception>
 #include <limits>
 
+#include "VLib/src/data/CfgLayers.h"
 #include "VLib/src/data/CfgNode.h"
 #include "VLib/src/data/CfgReader.h"
 #include "VLib/src/data/CfgWriter.h"
-#include "VLib/src/data/Compression.h"
-#include "VLib/src/data/Scramble.h"
 
 namespace kestra {
 namespace {
@@ -16,45 +15,6 @@ namespace {
 constexpr size_t kPiece = 1 << 20;  // read or written at once, between two looks
 // What the 32 bits of the compression header can count.
 constexpr uint64_t kLargestFile = std::numeric_limits<uint32_t>::max();
-
-// The mark of UTF-16 text, which this is not.
-bool HasUtf16Mark(std::string_view bytes) {
-  return bytes.starts_with("\xFF\xFE");
-}
-
-// Takes the layers off. False if it was terminated.
-bool Decode(std::string& bytes, uint32_t key, CTerminationLook& termination) {
-  if (key == 0) return true;
-  if (!Unscramble(bytes, key, termination)) return false;
-  std::optional<std::string> text = DecompressCfgText(bytes, termination);
-  if (text) bytes = std::move(*text);
-  return !termination.IsOverNow();
-}
-
-// Puts the layers around the text.
-bool Encode(std::string& text, uint32_t key, bool compress, CTerminationLook& termination) {
-  if (key == 0) return true;
-  std::optional<std::string> layer;
-  if (compress) layer = CompressCfgText(text, termination);
-  if (layer) text = std::move(*layer);
-  return !termination.IsOverNow() && Scramble(text, key, termination);
-}
-
-// The bytes of a file that reads back. By chance they may begin with the mark that a reader
-// refuses, or the text as a compressed one does: then empty lines, which mean nothing, come first.
-bool EncodeReadable(const std::string& text, uint32_t key, bool compress,
-                    CTerminationLook& termination, std::string& bytes) {
-  constexpr int kMostLines = 16;  // each is enough but for one in 65,536
-  std::string lines;
-  for (int i = 0; i < kMostLines; ++i, lines += "\r\n") {
-    bytes = lines + text;
-    const bool looksCompressed = key != 0 && HasCompressionHeader(bytes);
-    if (looksCompressed) continue;
-    if (!Encode(bytes, key, compress, termination)) return false;
-    if (!HasUtf16Mark(bytes)) return true;
-  }
-  return false;
-}
 
 bool ReadWholeFile(CFileReader& reader, CTerminationLook& termination, FileInfo& info,
                    std::string& bytes) {
@@ -114,7 +74,7 @@ bool Guarded(Operation operation) {
 
 bool LoadWithLook(CfgNode& node, std::string& bytes, std::string_view sectionPath, CfgMode mode,
                   uint32_t key, CfgLayout layout, CTerminationLook& termination) {
-  return !bytes.empty() && !HasUtf16Mark(bytes) && Decode(bytes, key, termination) &&
+  return !bytes.empty() && !HasUtf16Mark(bytes) && DecodeCfgLayers(bytes, key, termination) &&
          ReadCfgText(node, bytes, sectionPath, mode, 0, layout, termination);
 }
 
@@ -172,7 +132,7 @@ bool CfgNode::Save(CFileSystem& files, uint32_t key, bool compress, CfgLayout la
     std::string bytes;
     if (!WriteCfgText(*this, 0, 0, layout, termination, text)) return false;
     if (text.size() > kLargestFile) return false;
-    if (!EncodeReadable(text, key, compress, termination, bytes)) return false;
+    if (!EncodeCfgLayers(text, key, compress, termination, bytes)) return false;
     if (!WriteWholeFile(files, File->Path, bytes, termination)) return false;
     File->LastWrite = WriteTimeOf(files, File->Path);
     return true;

@@ -9,43 +9,9 @@
 namespace kestra {
 namespace {
 
-std::string_view Trim(std::string_view text) {
-  const size_t first = text.find_first_not_of(kCfgBlanks);
-  return first == std::string_view::npos ? std::string_view()
-                                         : TrimRight(text.substr(first), kCfgBlanks);
-}
-
 std::string_view TrimBackslashes(std::string_view path) {
   const size_t first = path.find_first_not_of('\\');
   return first == std::string_view::npos ? std::string_view() : TrimRight(path.substr(first), "\\");
-}
-
-std::string_view CutLine(std::string_view& rest) {
-  const size_t end = rest.find('\n');
-  const std::string_view line = rest.substr(0, end);
-  rest.remove_prefix(end == std::string_view::npos ? rest.size() : end + 1);
-  return line;
-}
-
-enum class LineKind { Nothing, Open, Close, Value };
-
-struct Line {
-  LineKind kind = LineKind::Nothing;
-  std::string_view name;  // of a section or key
-  std::string_view text;
-};
-
-Line ParseLine(std::string_view line) {
-  line = Trim(line);
-  if (line.empty() || line.front() == ';') return {};
-  if (line.front() == '[') {
-    const size_t close = line.find(']');
-    if (close == 1) return {LineKind::Close, {}, {}};
-    if (close != std::string_view::npos) return {LineKind::Open, line.substr(1, close - 1), {}};
-  }
-  const size_t equals = line.find('=');
-  if (equals == std::string_view::npos) return {};
-  return {LineKind::Value, Trim(line.substr(0, equals)), Trim(line.substr(equals + 1))};
 }
 
 std::string_view WithoutQuotes(std::string_view text) {
@@ -63,10 +29,10 @@ class CCfgReader {
     m_open.push_back({&root, TrimBackslashes(sectionPath), mode});
   }
 
-  void ReadLine(const Line& line) {
-    if (line.kind == LineKind::Value) AddValue(line);
-    if (line.kind == LineKind::Open) Open(line.name);
-    if (line.kind == LineKind::Close) Close();
+  void ReadLine(const CfgLine& line) {
+    if (line.kind == CfgLineKind::Value) AddValue(line);
+    if (line.kind == CfgLineKind::Open) Open(line.name);
+    if (line.kind == CfgLineKind::Close) Close();
   }
   // The outermost section was closed.
   bool IsAtEnd() const { return m_open.empty(); }
@@ -78,7 +44,7 @@ class CCfgReader {
     CfgMode mode;
   };
 
-  void AddValue(const Line& line) {
+  void AddValue(const CfgLine& line) {
     const Section& section = m_open.back();
     if (m_skipped > 0 || section.mode == CfgMode::Skip || !section.wanted.empty()) return;
     const std::string_view text =
@@ -135,9 +101,9 @@ bool ReadCfgText(CfgNode& node, std::string_view text, std::string_view sectionP
   CfgNode read(node.Name);
   CCfgReader reader(read, sectionPath, mode, quoteFlags, layout);
   while (!text.empty() && !reader.IsAtEnd()) {
-    const std::string_view line = CutLine(text);
+    const std::string_view line = CutCfgLine(text);
     if (termination.IsOver(line.size() + 1)) return false;
-    reader.ReadLine(ParseLine(line));
+    reader.ReadLine(ParseCfgLine(line));
   }
   node.Children.reserve(node.Children.size() + read.Children.size());
   MoveBehind(read.Values, node.Values);

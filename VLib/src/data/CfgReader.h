@@ -3,6 +3,7 @@
 
 #include <string_view>
 
+#include "VLib/src/data/CfgLine.h"
 #include "VLib/src/data/CfgNode.h"
 #include "VLib/src/threads/TerminationLook.h"
 
@@ -12,8 +13,5 @@ namespace kestra {
 // and also after an exception (std::bad_alloc).
 bool ReadCfgText(CfgNode& node, std::string_view text, std::string_view sectionPath, CfgMode mode,
                  uint32_t quoteFlags, CfgLayout layout, CTerminationLook& termination);
-
-// What a line is trimmed of at both ends.
-inline constexpr std::string_view kCfgBlanks = " \t\r\v";
 
 }  // namespace kestra

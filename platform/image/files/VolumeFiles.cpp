@@ -40,6 +40,9 @@ class CVolumeListing final : public CDirectoryListing {
   CVolumeListing(const CVolume& volume, std::vector<std::string> names, DIR* pDirectory)
       : m_volume(volume), m_names(std::move(names)), m_pDirectory(pDirectory) {}
 
+  SystemError OwnInfo(FileInfo& info) override {
+    return ReadEntry(m_volume, m_names, dirfd(m_pDirectory.get()), std::string(), info);
+  }
   SystemError Next(std::string& name) override {
     do {
       errno = 0;

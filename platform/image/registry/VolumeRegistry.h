@@ -12,8 +12,13 @@
 //   ".DEFAULT" again. HKU\SID\Software\Classes is the same as SID_Classes.
 // - HKCU: the user's own of HKU. HKCR: HKLM\Software\Classes, with the user's classes over it.
 // - HKCC: the current hardware profile of SYSTEM.
+// HKU lists everybody whose hive is there, loaded or not when the system ran. Keys and values that
+// a running system keeps in memory alone (HKLM\HARDWARE, say) are not there.
 // On a system of 64 bits kKeyWow64Key32 leads below "Wow6432Node" where the running system does,
 // and opens without a view flag or with kKeyWow64Key64 do not.
+//
+// A Wine prefix shows what Wine 8 shows: HKLM is system.reg, HKU has ".Default" and the one user,
+// the control set is no link, and the 32-bit view leads into every "Wow6432Node" and nowhere else.
 #pragma once
 
 #include <functional>

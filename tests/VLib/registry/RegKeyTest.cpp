@@ -68,7 +68,8 @@ TEST(CVRegKey, WritesAndDeletes) {
   CFakeRegistry registry;
   CVRegKey copy;
   {
-    const CVRegKey key = CVRegKey(registry, kMachine).CreateSubKey("A\\B", kKeySetValue);
+    const CVRegKey key =
+        CVRegKey(registry, kMachine).CreateSubKey("A\\B", kKeyQueryValue | kKeySetValue);
     copy = key;  // keeps the key open
   }
   copy.SetNumber("n", 258);
@@ -95,7 +96,8 @@ TEST(CVRegKey, EveryFailureIsAnException) {
   for (;; ++number) {
     machine->FailCall(number, kErrorNotReady, Facility::Registry);
     const SystemError error = ErrorOf([&] {
-      const CVRegKey key = CVRegKey(*machine->Registry(), kMachine).OpenSubKey("K", 0);
+      const CVRegKey key = CVRegKey(*machine->Registry(), kMachine)
+                               .OpenSubKey("K", kKeyQueryValue | kKeySetValue | kKeyCreateSubKey);
       key.ReadNumber("n", 0);
       key.ReadString("missing", "");
       key.ValueType("n");

@@ -24,10 +24,14 @@ TEST(Examples, RunOnThisMachine) {
     Value value;
     EvaluateQuery(value, example, root, 0, nullptr);
     EXPECT_TRUE(value.IsUndefined()) << example << ": " << value.asString();
-    // Without the right to change anything an active statement is refused, and that is right.
+    // Without the right to change anything an active statement is refused, and that is right; one
+    // that finds nothing to change comes to nothing.
     const bool isSelect = example.starts_with("SELECT") || example.starts_with("(SELECT");
     EvaluateQuery(value, example, root, kNoTimeOut, nullptr);
-    EXPECT_EQ(value.IsError(), !isSelect) << example << ": " << value.asString();
+    const bool isHarmless =
+        !value.IsError() && value.IsVector() && (isSelect || value.asVector()[0].asLong() == 0);
+    EXPECT_TRUE(isHarmless || (value.IsError() && !isSelect))
+        << example << ": " << value.asString();
   }
 }
 

@@ -31,6 +31,10 @@ Ref<CFakeMachine> Machine() {
     machine->files.Add(std::string("C:\\Dir\\") + pName, {.size = 5});
   }
   machine->files.AddDirectory("C:\\Dir\\Sub");
+  for (const char* pName : {"a", "b", "c"}) {
+    machine->registry.SetString(RegistryRoot::LocalMachine, std::string("Soft\\") + pName, "v",
+                                "x");
+  }
   return machine;
 }
 
@@ -110,6 +114,10 @@ INSTANTIATE_TEST_SUITE_P(
                     "SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 110",
                     "SELECT * FROM FILES.FILE('C:\\Dir\\*')",
                     "SELECT * FROM FILES.FILE('C:\\Dir\\a.txt')",
+                    "SELECT * FROM REGISTRY.REGISTRYKEY('HKLM\\Soft\\*')",
+                    "SELECT * FROM REGISTRY.REGISTRYVALUE('HKLM\\Soft\\*\\v')",
+                    "SELECT * FROM REGISTRY.REGISTRYVALUE('HKLM\\Soft\\*\\*')",
+                    "SELECT * FROM Registry(KeyPath='HKLM\\*', Levels=2).RegistryValue",
                     "SELECT f.FileName, p.PID FROM FILES.FILE('C:\\Dir\\*.txt') f JOIN "
                     "Processes.Process p ON p.PID > 4"));
 

@@ -7,6 +7,7 @@
 
 #include "platform/base/ByteSource.h"
 #include "platform/image/registry/hive/HiveCells.h"
+#include "platform/image/registry/hive/HiveRepair.h"
 #include "platform/image/registry/hive/HivexLibrary.h"
 
 namespace kestra::image {
@@ -33,8 +34,20 @@ bool IsCut(std::string_view bytes) {
   return !LoadLittle(bytes, 40, length) || bytes.size() < kHeaderSize + length;
 }
 
+// Most that hivex answers by errno means that the file is not as it must be.
 SystemError ErrorFromHivex() {
-  return errno == ENOMEM ? kErrorNotEnoughMemory : kErrorRegistryCorrupt;
+  switch (errno) {
+    case ENOMEM:
+      return kErrorNotEnoughMemory;
+    case EMFILE:
+    case ENFILE:
+      return kErrorTooManyOpenFiles;
+    case ENOENT:
+    case EACCES:
+      return kErrorGenFailure;  // there is no /proc to open the copy by
+    default:
+      return kErrorRegistryCorrupt;
+  }
 }
 
 // Ids are hivex's handles, which are offsets in the file. A hive is read strictly, and what fails
@@ -46,6 +59,7 @@ class CHiveTree final : public CKeyTree {
       : m_hivex(hivex), m_file(std::move(file)), m_onDamage(std::move(onDamage)) {}
 
   SystemError Open();
+  std::string_view Bytes() const { return m_file->Bytes(); }
 
   TreeId Root() const override { return m_root; }
   bool IsLink(TreeId key) const override { return IsLinkCell(m_file->Bytes(), key); }
@@ -149,24 +163,14 @@ SystemError CHiveTree::ReadValue(TreeId value, uint32_t& type, std::string& data
   return kErrorSuccess;
 }
 
-}  // namespace
-
-bool RepairHeaderChecksum(std::string& head) {
-  constexpr size_t kPlace = 508;
-  uint32_t stored = 0;
-  if (!LoadLittle(head, kPlace, stored)) return false;
-  uint32_t checksum = 0;
-  for (size_t at = 0; at < kPlace; at += sizeof checksum) {
-    uint32_t word = 0;
-    LoadLittle(head, at, word);
-    checksum ^= word;
-  }
-  if (checksum == stored) return false;
-  for (size_t i = 0; i < sizeof checksum; ++i, checksum >>= 8) {
-    head[kPlace + i] = static_cast<char>(checksum & 0xFF);
-  }
-  return true;
+// A copy in which hivex finds more; false if there is nothing to put right.
+bool RepairedCopy(std::string_view bytes, std::unique_ptr<os::CMemoryFile>& copy) {
+  std::string hive(bytes);
+  return RepairBins(hive) && os::MakeMemoryFile(copy) == kErrorSuccess &&
+         copy->Write(hive) == kErrorSuccess && copy->Seal() == kErrorSuccess;
 }
+
+}  // namespace
 
 bool IsDirtyHive(std::string_view bytes) {
   // The header's two sequence numbers are equal once all changes are in the file.
@@ -180,8 +184,14 @@ SystemError OpenHive(std::unique_ptr<os::CMemoryFile> file, std::function<void()
   if (file->Bytes().substr(0, 4) != "regf") return kErrorRegistryCorrupt;
   const HivexLibrary* pHivex = LoadHivex();
   if (!pHivex) return kErrorCallNotImplemented;
-  auto hive = std::make_shared<CHiveTree>(*pHivex, std::move(file), std::move(onDamage));
-  const SystemError error = hive->Open();
+  auto hive = std::make_shared<CHiveTree>(*pHivex, std::move(file), onDamage);
+  SystemError error = hive->Open();
+  std::unique_ptr<os::CMemoryFile> repaired;
+  if (error == kErrorRegistryCorrupt && RepairedCopy(hive->Bytes(), repaired)) {
+    hive = std::make_shared<CHiveTree>(*pHivex, std::move(repaired), onDamage);
+    error = hive->Open();
+    if (error == kErrorSuccess) onDamage();
+  }
   if (error == kErrorSuccess) tree = std::move(hive);
   return error;
 }

@@ -3,7 +3,6 @@
 
 #include <functional>
 #include <memory>
-#include <string>
 #include <string_view>
 
 #include "platform/image/registry/tree/KeyTree.h"
@@ -17,10 +16,6 @@ namespace kestra::image {
 // Takes a time in proportion to the file.
 SystemError OpenHive(std::unique_ptr<os::CMemoryFile> file, std::function<void()> onDamage,
                      std::shared_ptr<CKeyTree>& tree);
-
-// Makes the checksum of a hive's first bytes (512 are enough) right, without which hivex reads
-// nothing at all. True if it was wrong.
-bool RepairHeaderChecksum(std::string& head);
 
 // Whether the changes that the hive's transaction logs hold have not been brought into it.
 bool IsDirtyHive(std::string_view bytes);

@@ -136,6 +136,7 @@ SystemError CHiveLayout::LoadProfiles() {
 }
 
 HiveProfile* CHiveLayout::FindProfile(std::string_view sid) {
+  if (sid.empty() || LoadProfiles() != kErrorSuccess) return nullptr;
   for (HiveProfile& each : m_profiles) {
     if (EqualsNoCase(each.profile.user.sid, sid)) return &each;
   }

@@ -82,11 +82,12 @@ SystemError CWineLayout::Child(const VolumeNode& node, std::string_view name, Vo
   return EqualsNoCase(name, Sid()) ? RootNode(m_user, Zone::Plain, child) : kErrorFileNotFound;
 }
 
-// Wherever there is such a key, Wine goes there for all that a 32-bit program asks for.
+// Wherever there is such a key, Wine goes there for all that a 32-bit program asks for, but for
+// paths that name it themselves. It goes there from HKEY_CLASSES_ROOT without a look at the path.
 bool CWineLayout::IsNarrowed(const VolumeNode& node, std::string_view next) {
   VolumeNode narrow;
-  return !EqualsNoCase(next, kNarrowKey) && IsWide() &&
-         FindChild(node, kNarrowKey, narrow) == kErrorSuccess;
+  const bool isNamed = EqualsNoCase(next, kNarrowKey) && node.zone != Zone::Classes;
+  return !isNamed && IsWide() && FindChild(node, kNarrowKey, narrow) == kErrorSuccess;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "platform/image/registry/tree/RegistryFile.h"
 
+#include "platform/image/registry/hive/HiveRepair.h"
 #include "platform/image/registry/hive/HiveTree.h"
 #include "platform/image/registry/wine/WineRegistry.h"
 #include "platform/os/MemoryFile.h"

@@ -24,6 +24,9 @@ class CLinuxDirectoryListing final : public CDirectoryListing {
  public:
   explicit CLinuxDirectoryListing(DIR* pDirectory) : m_pDirectory(pDirectory) {}
 
+  SystemError OwnInfo(FileInfo& info) override {
+    return ReadFileInfo(dirfd(m_pDirectory.get()), false, info) ? kErrorSuccess : LastError();
+  }
   SystemError Next(std::string& name) override {
     errno = 0;
     const dirent* pEntry = readdir(m_pDirectory.get());

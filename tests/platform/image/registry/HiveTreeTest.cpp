@@ -143,6 +143,21 @@ TEST(HiveTree, ReadsTheBeginningOfACutHive) {
   EXPECT_GT(hive.damage, 0);
 }
 
+// A head of a bin that is lost costs the cells in it at most.
+TEST(HiveTree, ReadsOnBehindABinThatIsDamaged) {
+  const std::string whole = Made("lists");
+  for (const auto& [place, length] : {std::pair<size_t, size_t>{0, 4}, {4, 4}, {8, 4}, {0, 4096}}) {
+    for (size_t bin = 2; bin * 4096 < whole.size(); ++bin) {
+      std::string bytes = whole;
+      bytes.replace(bin * 4096 + place, length, length, '\x5A');
+      OpenedHive hive(bytes);
+      ASSERT_EQ(hive.error, kErrorSuccess) << bin << " " << place;
+      EXPECT_GT(hive.damage, 0) << bin << " " << place;
+      EXPECT_EQ(hive.SubKeys(hive.tree->Root()).size(), 4u) << bin << " " << place;
+    }
+  }
+}
+
 TEST(HiveTree, KnowsADirtyHeader) {
   std::string bytes = Made("names");
   EXPECT_FALSE(IsDirtyHive(bytes));

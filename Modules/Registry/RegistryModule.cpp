@@ -1,0 +1,89 @@
+#include "Modules/Registry/RegistryModule.h"
+
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include "Modules/Registry/FillLimit.h"
+#include "Modules/Registry/RegistryChanges.h"
+#include "Modules/Registry/RegistryClasses.h"
+#include "Modules/Registry/RegistryKeyItem.h"
+#include "Modules/Registry/RegistryWalk.h"
+#include "VLib/src/text/Text.h"
+
+namespace kestra {
+
+bool CRegistryModule::ReadKey(const std::string& text, RegistryHive& hive, std::string& path) {
+  const size_t end = text.find('\\');
+  std::optional<RegistryHive> found = ReadHive(std::string_view(text).substr(0, end), Machine());
+  if (!found) return false;
+  hive = std::move(*found);
+  path = end == std::string::npos ? std::string() : text.substr(end + 1);
+  return true;
+}
+
+// Exactly one of the two paths. A value's name begins behind the last backslash, even though names
+// may have some.
+bool CRegistryModule::ReadOptions(RegistryOptions& options, std::string& keyPath) {
+  std::string key, value;
+  if (!GetArg("KeyPath", key) || !GetArg("ValuePath", value) || key.empty() == value.empty() ||
+      !GetArg("ValueName", options.valuePattern) || !GetArg("Timeout", options.timeOutMs) ||
+      !GetArg("Levels", options.levels) || !GetArg("MultiSZSeparator", options.multiSzSeparator) ||
+      options.timeOutMs > RegistryOptions::kMostTimeOutMs ||
+      options.levels > RegistryOptions::kMostLevels)
+    return false;
+  if (!value.empty()) {
+    const size_t last = value.rfind('\\');
+    if (last == std::string::npos) return false;
+    options.valuePattern = value.substr(last + 1);
+    key = value.substr(0, last);
+  }
+  return ReadKey(key, options.hive, keyPath);
+}
+
+bool CRegistryModule::Init(bool bInitChild, QueryMessage& message) {
+  Children.Clear();
+  Params.Clear();
+  IsInitialized = false;
+  auto options = MakeRef<RegistryOptions>();
+  std::string keyPath;
+  if (!ReadOptions(*options, keyPath)) return false;
+  if (!Machine().Registry()) return IsInitialized = true;
+  const CFillDeadline deadline(options->timeOutMs);
+  CFillLimit limit(deadline, message);
+  bool isFilled = true;
+  const KeyFoundBy foundBy = HasWildcard(keyPath) ? KeyFoundBy::Walk : KeyFoundBy::Name;
+  const auto addKey = [&](const std::string& path, std::unique_ptr<CRegistryKey> key) {
+    auto item = MakeRef<CRegistryKeyItem>(MachineRef(), options, path, 0, foundBy, deadline);
+    if (!bInitChild) {
+      item->SetProperties(*key);
+    } else if (!item->FillFrom(std::move(key), true, message)) {
+      isFilled = false;
+    }
+    Children.Add(std::move(item), false);
+    return true;
+  };
+  CRegistryWalk walk(Machine(), options->hive, [&] { return limit.IsOver(); });
+  SystemError error = walk.OpenHive();
+  if (error == kErrorSuccess) error = walk.Run(keyPath, addKey);
+  if (error != kErrorSuccess) return message.Fail(error);
+  return IsInitialized = isFilled && !limit.HasEnded();
+}
+
+bool CRegistryModule::OnAddOfType(const std::string& newItemType, const DiagParams& params,
+                                  QueryMessage& message) {
+  if (!EqualsNoCase(newItemType, kRegistryKeyClass.name))
+    return message.Fail(kErrorCallNotImplemented);
+  std::string text, path;
+  RegistryHive hive;
+  GetArg("KeyPath", text);
+  if (text.empty()) {
+    message.RaiseMessage(11000, {"KeyPath"});
+    return false;
+  }
+  if (HasWildcard(text) || !ReadKey(text, hive, path)) return message.Fail(kErrorInvalidName);
+  path.resize(TrimRight(path, "\\").size());
+  return AddRegistryKey(Machine(), hive, path, params, message);
+}
+
+}  // namespace kestra
