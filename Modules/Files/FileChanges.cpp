@@ -206,7 +206,9 @@ bool DeleteListedDirectory(CMachine& machine, const ListedFile& directory, Query
   if (!pFiles) return message.Fail(kErrorCallNotImplemented);
   FileInfo info;
   SystemError error = FindListed(*pFiles, directory, info);
-  if (error == kErrorSuccess) error = pFiles->RemoveEmptyDirectory(directory.path);
+  if (error == kErrorSuccess)
+    error = info.kind == FileKind::Link ? pFiles->RemoveFile(directory.path)
+                                        : pFiles->RemoveEmptyDirectory(directory.path);
   return error == kErrorSuccess || message.Fail(error);
 }
 

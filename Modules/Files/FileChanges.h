@@ -37,7 +37,8 @@ bool UpdateFile(CMachine& machine, const ListedFile& file, const char* namePrope
 // Removes a file, or a link. One that is in use goes when the machine starts next, where it can do
 // that.
 bool DeleteListedFile(CMachine& machine, const ListedFile& file, QueryMessage& message);
-// Removes a directory that is empty: what is in one is not lost by the way.
+// Removes a directory that is empty: what is in one is not lost by the way. Of a link to a
+// directory the link goes.
 bool DeleteListedDirectory(CMachine& machine, const ListedFile& directory, QueryMessage& message);
 
 }  // namespace kestra

@@ -91,23 +91,36 @@ CUniqueFd OpenDirectory(const std::string& path) {
   return CUniqueFd(open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
 }
 
-// The directory that holds system.reg: the one that was given, or the one above its drive_c. The
-// files are opened there, with no link followed.
-std::optional<std::string> FindPrefix(const std::string& directory) {
-  const auto isPrefix = [](const std::string& path) {
-    CUniqueFd fd = OpenDirectory(path), file, drive;
-    return fd && OpenNamedFile(fd.get(), "system.reg", file) == kErrorSuccess &&
-           OpenDirectory(path + "/drive_c");
-  };
-  if (isPrefix(directory)) return directory;
-  const size_t slash = directory.rfind('/');
-  const std::string above = directory.substr(0, slash);
-  return directory.substr(slash + 1) == "drive_c" && isPrefix(above) ? std::optional(above)
-                                                                     : std::nullopt;
+// A prefix of Wine: its directory, and the drive in it. No link is followed below the directory
+// that the user named: one could lead anywhere on this machine.
+struct Prefix {
+  std::string path;
+  CUniqueFd directory;
+  CUniqueFd drive;
+};
+
+std::optional<Prefix> OpenPrefixAt(const std::string& path) {
+  Prefix prefix{path, OpenDirectory(path), {}};
+  if (!prefix.directory) return std::nullopt;
+  constexpr int kFlags = O_RDONLY | O_DIRECTORY | O_CLOEXEC | O_NOFOLLOW;
+  prefix.drive = CUniqueFd(openat(prefix.directory.get(), "drive_c", kFlags));
+  CUniqueFd file;
+  const bool hasRegistry =
+      OpenNamedFile(prefix.directory.get(), "system.reg", file) == kErrorSuccess;
+  return prefix.drive && hasRegistry ? std::optional(std::move(prefix)) : std::nullopt;
 }
 
-OpenRegistryFile OpenInPrefix(const std::string& prefix) {
-  const auto directory = std::make_shared<CUniqueFd>(OpenDirectory(prefix));
+// The directory that holds system.reg: the one that was given, or the one above its drive_c.
+std::optional<Prefix> FindPrefix(const std::string& directory) {
+  std::optional<Prefix> prefix = OpenPrefixAt(directory);
+  const size_t slash = directory.rfind('/');
+  if (!prefix && directory.substr(slash + 1) == "drive_c")
+    prefix = OpenPrefixAt(directory.substr(0, slash));
+  return prefix;
+}
+
+OpenRegistryFile OpenInPrefix(CUniqueFd prefix) {
+  const auto directory = std::make_shared<CUniqueFd>(std::move(prefix));
   return [directory](const std::string& name, std::unique_ptr<CFileReader>& reader) {
     CUniqueFd file;
     const SystemError error = OpenNamedFile(directory->get(), name, file);
@@ -122,13 +135,16 @@ std::string ListUsers(CVolumeRegistry& registry) {
   if (registry.Users(users) != kErrorSuccess) return "they cannot be read";
   std::string list;
   for (const VolumeUser& user : users)
-    list += (list.empty() ? "" : ", ") + user.name + " (" + user.sid + ")";
+    list +=
+        (list.empty() ? "" : ", ") + (user.name.empty() ? "?" : user.name) + " (" + user.sid + ")";
   return list.empty() ? "there are none" : list;
 }
 
-Ref<CImageMachine> OpenPrefix(const std::string& prefix, const VolumeRegistryOptions& options) {
-  auto machine = MakeRef<CImageMachine>(OpenDirectory(prefix + "/drive_c"), prefix + "/drive_c");
-  machine->Complete(MakeTextRegistry(OpenInPrefix(prefix), options),
+Ref<CImageMachine> OpenPrefix(const std::string& directory, const VolumeRegistryOptions& options) {
+  std::optional<Prefix> prefix = FindPrefix(directory);
+  if (!prefix) return nullptr;
+  auto machine = MakeRef<CImageMachine>(std::move(prefix->drive), prefix->path + "/drive_c");
+  machine->Complete(MakeTextRegistry(OpenInPrefix(std::move(prefix->directory)), options),
                     FindDirectoryOfWine(machine->VolumeFiles()).value_or("C:\\windows"));
   return machine;
 }
@@ -156,9 +172,9 @@ bool OpenImage(const ImageOptions& options, Ref<CMachine>& machine, std::string&
     return false;
   }
   const VolumeRegistryOptions registryOptions{options.userName, options.notice};
-  const std::optional<std::string> prefix = FindPrefix(*path);
-  const Ref<CImageMachine> image = prefix ? OpenPrefix(*prefix, registryOptions)
-                                          : OpenHives(std::move(root), *path, registryOptions);
+  // Hives first: what else lies on a disk may have been put there to be taken for a system.
+  Ref<CImageMachine> image = OpenHives(std::move(root), *path, registryOptions);
+  if (!image) image = OpenPrefix(*path, registryOptions);
   if (!image) {
     refusal = options.directory +
               " holds no Windows system: there is no Windows\\System32\\config with hives in it, "

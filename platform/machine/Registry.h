@@ -53,9 +53,9 @@ struct RegistryKeyInfo {
 // An open key; closed by its destructor. One thread at a time. Names are UTF-8, and so are the data
 // of kRegSz, kRegExpandSz and kRegMultiSz, which carry their terminators, one NUL each, as stored:
 // there may be none, and an odd last byte of the stored UTF-16 is left out. A registry that is only
-// read answers every change with kErrorWriteProtect. Every method answers kErrorSuccess or the error
-// that the registry function of the same name would give: kErrorFileNotFound for a key or value
-// that is not there, kErrorNoMoreItems behind the last one.
+// read answers every change with kErrorWriteProtect. Every method answers kErrorSuccess or the
+// error that the registry function of the same name would give: kErrorFileNotFound for a key or
+// value that is not there, kErrorNoMoreItems behind the last one.
 class CRegistryKey {
  public:
   virtual ~CRegistryKey() = default;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "Modules/Files/FileClasses.h"
+#include "Modules/IniFile/IniFileClasses.h"
 #include "VLib/src/log/Log.h"
 
 namespace kestra {
@@ -16,12 +18,30 @@ bool HoldsClass(const DiagClass& top, const std::vector<Ref<DiagClass>>& wanted)
   });
 }
 
+bool ShowsFiles(const DiagClass& module) {
+  return module.Name == kFilesModule.name || module.Name == kIniFileModule.name;
+}
+
 }  // namespace
 
 CChangedModules::~CChangedModules() {
+  try {
+    ForgetAll();
+  } catch (...) {
+    // No memory for letting go: what is there is shown once more as it was.
+  }
+}
+
+void CChangedModules::ForgetAll() const {
   if (m_classes.empty() || !m_context.RootClass) return;
+  bool areFilesChanged = false;
   for (const Ref<DiagClass>& module : m_context.RootClass->ChildClasses()) {
-    if (module && HoldsClass(*module, m_classes)) Forget(*module);
+    if (!module || !HoldsClass(*module, m_classes)) continue;
+    Forget(*module);
+    areFilesChanged = areFilesChanged || ShowsFiles(*module);
+  }
+  for (const Ref<DiagClass>& module : m_context.RootClass->ChildClasses()) {
+    if (areFilesChanged && module && ShowsFiles(*module)) Forget(*module);
   }
 }
 

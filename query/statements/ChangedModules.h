@@ -7,7 +7,8 @@
 //   changed.Add(item);      // before the operation: one that fails may have changed a part
 //   item.Delete(message);
 //
-// The modules are let go of at the end of the statement, however it ends.
+// The modules are let go of at the end of the statement, however it ends. A file may be shown by
+// Files as well as by IniFile, so a change of what one shows is one of the other's, too.
 #pragma once
 
 #include <vector>
@@ -29,6 +30,7 @@ class CChangedModules {
   void Add(const Ref<DiagClass>& diagClass);
 
  private:
+  void ForgetAll() const;
   void Forget(const DiagClass& module) const;
 
   QueryContext& m_context;

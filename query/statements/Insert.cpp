@@ -74,7 +74,7 @@ bool PrepareInsert(Value& out, ParseNode& node, size_t columnsSymbol, InsertTarg
 }
 
 bool InsertRow(Value& out, ParseNode& node, CVDiagItem& parent, const InsertTarget& target,
-               const ValueVector& values) {
+               const ValueVector& values, CChangedModules& changed) {
   const ValueVector& columns = target.columns.asVector();
   if (columns.Count() != values.Count()) {
     return FailWithMessage(out, node, 10005, {target.className});
@@ -83,7 +83,6 @@ bool InsertRow(Value& out, ParseNode& node, CVDiagItem& parent, const InsertTarg
   for (size_t i = 0; i < columns.Count(); ++i) {
     if (!ApplyArgument(out, columns[i].asString(), values[i], params)) return false;
   }
-  CChangedModules changed(*node.Context);
   changed.Add(target.diagClass);
   if (!parent.Add(target.className, params, *node.Context->Message)) {
     return FailWithMessage(out, node);
@@ -108,7 +107,9 @@ bool InsertValues(Value& out, ParseNode& node) {
   if (!PrepareInsert(out, node, 3, target)) return false;
   if (!target.parent) return FailWithMessage(out, node, 10006, {target.className});
   if (!ReadValues(out, node, 7, values)) return false;
-  return InsertRow(out, node, *target.parent, target, values.asVector()) && CountResult(out, 1);
+  CChangedModules changed(*node.Context);
+  return InsertRow(out, node, *target.parent, target, values.asVector(), changed) &&
+         CountResult(out, 1);
 }
 
 bool InsertValuesUnderItem(Value& out, ParseNode& node) {
@@ -119,7 +120,8 @@ bool InsertValuesUnderItem(Value& out, ParseNode& node) {
   if (out.asVector().Count() != 1) return FailWithMessage(out, node, 10007, {target.className});
   const Ref<CVDiagItem> parent(out.asVector()[0].asVDIagItem());
   if (!ReadValues(out, node, 14, values)) return false;
-  return InsertRow(out, node, *parent, target, values.asVector()) && CountResult(out, 1);
+  CChangedModules changed(*node.Context);
+  return InsertRow(out, node, *parent, target, values.asVector(), changed) && CountResult(out, 1);
 }
 
 bool InsertFromQueryUnderItems(Value& out, ParseNode& node) {
@@ -129,6 +131,7 @@ bool InsertFromQueryUnderItems(Value& out, ParseNode& node) {
   if (!ReadRows(out, node, 12, TextOf(node, 8), fromResult)) return false;
   const Value parents = out;
   const CFromReader reader(fromResult);
+  CChangedModules changed(*node.Context);
   for (size_t r = 0; r < parents.asVector().Count(); ++r) {
     Value values;
     if (!EvalOnRow(values, r, reader, node, 11) || !values.IsVector()) {
@@ -136,7 +139,7 @@ bool InsertFromQueryUnderItems(Value& out, ParseNode& node) {
       return FailKeepingMessage(out);
     }
     CVDiagItem& parent = *parents.asVector()[r].asVDIagItem();
-    if (!InsertRow(out, node, parent, target, values.asVector())) return false;
+    if (!InsertRow(out, node, parent, target, values.asVector(), changed)) return false;
   }
   return CountResult(out, parents.asVector().Count());
 }
@@ -147,8 +150,10 @@ bool InsertFromQuery(Value& out, ParseNode& node) {
   if (!PrepareInsert(out, node, 3, target)) return false;
   if (!target.parent) return FailWithMessage(out, node, 10006, {target.className});
   if (!ReadValues(out, node, 5, rows)) return false;
+  CChangedModules changed(*node.Context);
   for (size_t r = 0; r < rows.asVector().Count(); ++r) {
-    if (!InsertRow(out, node, *target.parent, target, rows.asVector()[r].asVector())) return false;
+    const ValueVector& values = rows.asVector()[r].asVector();
+    if (!InsertRow(out, node, *target.parent, target, values, changed)) return false;
   }
   return CountResult(out, rows.asVector().Count());
 }

@@ -217,6 +217,23 @@ class Changing(FilesTest):
         self.active(f"DELETE {files}.Directory WHERE Name = 'other'", 0, b"1\n")
         self.assertEqual(os.listdir(self.dir), [])
 
+    def test_a_change_of_an_ini_file_is_one_of_a_file(self):
+        self.write(b"[a]\nkey=1\n", "x.ini")
+        path = self.path("x.ini")
+        size = f"SELECT Size FROM Files(FilePath='{path}').File"
+        self.active(f"{size}; UPDATE IniFile(Path='{path}').IniKey SET StringValue = '12'; {size}; "
+                    f"DELETE Files(FilePath='{path}').File; "
+                    f"SELECT Name FROM IniFile(Path='{path}').IniKey",
+                    out=b"10\n\n1\n\n11\n\n1\n\n".replace(b"\n\n", b"\n"))
+
+    def test_a_link_to_a_directory_is_removed_alone(self):
+        self.write(b"x", "real", "file")
+        os.symlink("real", self.path("link"))
+        self.active(f"DELETE Files(DirPath='{self.dir}', Levels=1).Directory WHERE Name = 'link'",
+                    out=b"1\n")
+        self.assertEqual(sorted(os.listdir(self.dir)), ["real"])
+        self.assertEqual(os.listdir(self.path("real")), ["file"])
+
     def test_a_link_is_removed_and_not_its_target(self):
         self.write(b"kept", "target")
         os.symlink("target", self.path("link"))

@@ -131,6 +131,22 @@ class Hives(ImageTest):
         result = self.ask("CALLDLL('libc.so.6', 'puts', 'x')", status=1)
         self.assertIn(WRITE_PROTECTED, result.stderr)
 
+    def test_links_in_the_place_of_the_volume(self):
+        """A disk that was made to look like a prefix, with a link to this machine's root."""
+        self.volume("--user", "alice")
+        trap = os.path.join(self.dir, "trap")
+        os.mkdir(trap)
+        os.symlink("/", os.path.join(trap, "drive_c"))
+        for directory in (trap, self.image):
+            with open(os.path.join(directory, "system.reg"), "w", encoding="ascii") as file:
+                file.write("WINE REGISTRY Version 2\n")
+        result = self.check(["--image", trap, "1 + 1"], status=2, out=b"")
+        self.assertIn(b"no Windows system", result.stderr)
+        # Where there are hives they count.
+        os.mkdir(os.path.join(self.image, "drive_c"))
+        self.assertEqual(self.cells(r"SELECT FileName FROM FILES.FILE('C:\Windows\*.ini')"),
+                         [("win.ini",)])
+
     def test_nothing_is_changed(self):
         self.volume("--user", "alice")
         before = self.state()
