@@ -104,8 +104,8 @@ typedef struct kestra_options {
  * it does not know: kestra_create_error tells. */
 KESTRA_API kestra_status kestra_session_create(const kestra_options* options,
                                                kestra_session** session);
-/* Why the last kestra_session_create of this thread failed, as a sentence; empty if there is nothing
- * to say. Valid until the thread's next one. */
+/* Why the last kestra_session_create of this thread failed, as a sentence; empty if there is
+ * nothing to say. Valid until the thread's next one. */
 KESTRA_API const char* kestra_create_error(void);
 /* What the session's machine has to say beside its answers, one sentence at a time, each told once:
  * a registry hive that is damaged, or that was not closed. KESTRA_E_NOTFOUND when there is nothing

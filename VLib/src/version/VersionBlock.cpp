@@ -3,8 +3,8 @@
 #include <algorithm>
 
 #include "VLib/src/text/Text.h"
-#include "platform/base/text/Utf16.h"
 #include "platform/base/ByteSource.h"
+#include "platform/base/text/Utf16.h"
 
 namespace kestra {
 namespace {
