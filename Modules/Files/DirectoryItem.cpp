@@ -1,8 +1,10 @@
 #include "Modules/Files/DirectoryItem.h"
 
+#include <atomic>
 #include <memory>
 #include <typeinfo>
 #include <utility>
+#include <vector>
 
 #include "Modules/Files/FileAttributes.h"
 #include "Modules/Files/FileChanges.h"
@@ -11,6 +13,7 @@
 #include "Modules/Files/FilePaths.h"
 #include "Modules/Files/ListingErrors.h"
 #include "VLib/src/text/Text.h"
+#include "VLib/src/threads/WorkTogether.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
@@ -18,6 +21,9 @@ namespace {
 
 // How many entries are looked at between two looks at the clock and the event.
 constexpr uint32_t kEntriesPerLook = 16;
+
+// With fewer directories the threads would cost more than they bring.
+constexpr size_t kLeastDirectoriesTogether = 8;
 
 }  // namespace
 
@@ -147,10 +153,33 @@ void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& nam
   Children.Add(std::move(file), false);
 }
 
+// Nearly all the time of a walk goes into asking the system for each file, and two processors can
+// ask at once. What a thread could not fill is left to the caller, who tries again and tells.
+void CDirectoryItem::FillTogether(const DiagItems& listed, const QueryMessage& message) const {
+  const uint32_t helpers = UsefulHelpers();
+  if (helpers == 0) return;
+  std::vector<CVDiagItem*> directories;
+  for (size_t i = 0; i < listed.Count(); ++i) {
+    CVDiagItem& child = *listed.Get(i);
+    if (typeid(child) == typeid(CDirectoryItem)) directories.push_back(&child);
+  }
+  if (directories.size() < kLeastDirectoriesTogether ||
+      m_poOptions->isFilledTogether.exchange(true))
+    return;
+  std::atomic<size_t> next{0};
+  WorkTogether(helpers, [&] {
+    const Ref<QueryMessage> own = message.ForHelper();
+    for (size_t i = next++; i < directories.size() && !own->IsTerminatedInLoop(); i = next++)
+      directories[i]->Init(true, false, *own);
+  });
+  m_poOptions->isFilledTogether = false;
+}
+
 bool CDirectoryItem::InitChildren(QueryMessage& message) {
   bool isFilled = true;
   DiagItems listed;
   listed.Swap(Children);
+  FillTogether(listed, message);
   Children.Reserve(listed.Count());
   for (size_t i = 0; i < listed.Count(); ++i) {
     if (i % kEntriesPerLook == 0 && message.IsTerminatedInLoop()) return false;

@@ -58,6 +58,7 @@ class CDirectoryItem : public CVDiagItem {
   SystemError CheckListing(CDirectoryListing& listing) const;
   void AddEntry(CDirectoryListing& listing, const std::string& name, const CFillDeadline& deadline);
   bool InitChildren(QueryMessage& message);
+  void FillTogether(const DiagItems& listed, const QueryMessage& message) const;
 
   const Ref<DiagClass> m_poClass;
   const Ref<CMachine> m_poMachine;

@@ -1,6 +1,7 @@
 // What a filling of the module Files was asked for, beside the path.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <string>
 
@@ -11,7 +12,7 @@ namespace kestra {
 
 class DiagModule;
 
-// Shared by the items of one filling, and not changed any more then.
+// Shared by the items of one filling, and not changed any more then, but for the last member.
 struct FilesOptions : CCounted<FilesOptions> {
   static constexpr uint32_t kMostTimeOutMs = 3600000;
   static constexpr uint32_t kMostLevels = 100;
@@ -30,6 +31,9 @@ struct FilesOptions : CCounted<FilesOptions> {
   uint32_t lineSize = 0;
   std::string linePattern = "*";
   bool isLfLineEnd = false;  // on Linux a line feed ends a line as well as CR LF
+  // A directory of the filling has its directories filled by several threads now; those below it
+  // then do not.
+  mutable std::atomic<bool> isFilledTogether{false};
 
   bool WantsText() const { return charFrom != 0 && charCount <= kMostContent; }
   bool WantsLines() const;

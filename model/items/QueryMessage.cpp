@@ -26,6 +26,13 @@ bool QueryMessage::IsTerminated() {
   return true;
 }
 
+Ref<QueryMessage> QueryMessage::ForHelper() const {
+  auto message = m_poHostEvent ? MakeRef<QueryMessage>(m_poHostEvent, AllowActive)
+                               : MakeRef<QueryMessage>(m_poOwnEvent, AllowActive);
+  message->IsMachineReadOnly = IsMachineReadOnly;
+  return message;
+}
+
 bool QueryMessage::IsTerminatedInLoop() {
   if (!m_poHostEvent) return IsTerminated();
   const uint32_t now = os::TickCount();

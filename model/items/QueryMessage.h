@@ -21,6 +21,10 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   QueryMessage(Ref<os::CBorrowedEvent> termination, bool allowActive)
       : AllowActive(allowActive), m_poHostEvent(std::move(termination)) {}
 
+  // A message for work of the same query on another thread: it is cancelled with this one, and ends
+  // in its own way.
+  Ref<QueryMessage> ForHelper() const;
+
   bool AllowActive = false;
   bool IsMachineReadOnly = false;  // nothing of the machine can be changed, allowed or not
   bool Restart = false;            // the change needs a restart of the machine
