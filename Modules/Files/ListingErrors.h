@@ -14,8 +14,8 @@ inline bool IsGone(SystemError error) {
 }
 
 inline void LogPassedOver(const std::string& directory, SystemError error) {
-  g_Log.Warning("Files: a directory could not be listed (system error %u): %s", error,
-                directory.c_str());
+  g_Log.Error("Files: a directory could not be listed (system error %u): %s", error,
+              directory.c_str());
 }
 
 }  // namespace kestra

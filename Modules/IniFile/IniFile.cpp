@@ -1,12 +1,13 @@
 #include "Modules/IniFile/IniFile.h"
 
 #include <algorithm>
+#include <functional>
 #include <limits>
 #include <utility>
 
 #include "Modules/IniFile/IniFileIo.h"
-#include "VLib/src/data/edit/CfgTreeEdit.h"
 #include "VLib/src/log/Log.h"
+#include "VLib/src/text/Text.h"
 #include "platform/os/Wait.h"
 
 namespace kestra {
@@ -23,6 +24,12 @@ bool Refuse(QueryMessage& message, uint32_t id, std::initializer_list<std::strin
 }
 
 }  // namespace
+
+bool CIniFile::NamesakeOrder::operator()(const Namesakes& a, const Namesakes& b) const {
+  if (a.isKey != b.isKey) return a.isKey;
+  if (a.pParent != b.pParent) return std::less<>()(a.pParent, b.pParent);
+  return ignoreCase ? CompareNoCase(a.name, b.name) < 0 : a.name < b.name;
+}
 
 const IniPlace* CIniFile::AddPlace(const IniPlace* pParent, CfgStep step) {
   return &m_places.emplace_back(IniPlace{pParent, std::move(step)});
@@ -90,8 +97,9 @@ bool CIniFile::Change(CfgEditKind kind, const IniPlace* pParent, const CfgStep& 
   const bool isKey = kind != CfgEditKind::AddSection && kind != CfgEditKind::DeleteSection;
   const bool isNew = kind == CfgEditKind::AddSection || kind == CfgEditKind::AddKey;
   CfgEdit edit{kind, {}, target, std::move(text)};
+  const bool isDeletion = kind == CfgEditKind::DeleteSection || kind == CfgEditKind::DeleteKey;
   if (!LocateParents(pParent, edit) || (!isNew && !Locate(pParent, isKey, edit.target)))
-    return message.Fail(kErrorFileNotFound);
+    return isDeletion || message.Fail(kErrorFileNotFound);
   Attempt attempt{CfgOutcome::Done, kErrorSharingViolation};
   for (uint32_t i = 0; i < kMostTries && attempt.error == kErrorSharingViolation; ++i) {
     // Gives another writer the time to come to its end.
@@ -101,11 +109,14 @@ bool CIniFile::Change(CfgEditKind kind, const IniPlace* pParent, const CfgStep& 
   }
   if (attempt.outcome != CfgOutcome::Done) return Explain(attempt.outcome, edit, message);
   if (attempt.error != kErrorSuccess) return message.Fail(attempt.error);
-  if (kind == CfgEditKind::DeleteSection || kind == CfgEditKind::DeleteKey) {
-    const std::lock_guard guard(m_lock);
-    m_deletions.push_back({pParent, isKey, target});
-  }
+  if (isDeletion) NoteDeletion(pParent, isKey, target);
   return true;
+}
+
+void CIniFile::NoteDeletion(const IniPlace* pParent, bool isKey, const CfgStep& step) {
+  const std::lock_guard guard(m_lock);
+  std::vector<size_t>& gone = m_deletions[{pParent, isKey, step.name}];
+  gone.insert(std::lower_bound(gone.begin(), gone.end(), step.ordinal), step.ordinal);
 }
 
 CIniFile::Attempt CIniFile::TryOnce(const CfgEdit& edit, const QueryMessage& message) const {
@@ -135,6 +146,8 @@ bool CIniFile::Explain(CfgOutcome outcome, const CfgEdit& edit, QueryMessage& me
       return Refuse(message, 11002,
                     {isSection ? "Name" : "StringValue", isSection ? edit.target.name : edit.text});
     case CfgOutcome::TooLarge:
+      g_Log.Error("IniFile: a file is, or would become, too large to be changed: %s",
+                  m_path.c_str());
       return message.Fail(kErrorFileTooLarge);
     case CfgOutcome::Terminated:
       return message.Fail(kErrorCancelled);
@@ -143,21 +156,21 @@ bool CIniFile::Explain(CfgOutcome outcome, const CfgEdit& edit, QueryMessage& me
 }
 
 bool CIniFile::RefuseFile(QueryMessage& message) const {
-  g_Log.Error("IniFile: no file of this format, or another key than its own: %s", m_path.c_str());
+  g_Log.Error(
+      "IniFile: no file of this format, another key than its own, or CRs that end no line: %s",
+      m_path.c_str());
   message.RaiseMessage(15004, {m_path});
   return message.Fail(kErrorInvalidData);
 }
 
 bool CIniFile::Locate(const IniPlace* pParent, bool isKey, CfgStep& step) const {
   const std::lock_guard guard(m_lock);
-  size_t gone = 0;
-  for (const Deletion& deletion : m_deletions) {
-    if (deletion.pParent != pParent || deletion.isKey != isKey) continue;
-    if (!IsSameCfgName(deletion.step.name, step.name, m_form.ignoreCase)) continue;
-    if (deletion.step.ordinal == step.ordinal) return false;
-    if (deletion.step.ordinal < step.ordinal) ++gone;
-  }
-  step.ordinal -= gone;
+  const auto found = m_deletions.find({pParent, isKey, step.name});
+  if (found == m_deletions.end()) return true;
+  const std::vector<size_t>& gone = found->second;
+  const auto at = std::lower_bound(gone.begin(), gone.end(), step.ordinal);
+  if (at != gone.end() && *at == step.ordinal) return false;
+  step.ordinal -= static_cast<size_t>(at - gone.begin());
   return true;
 }
 

@@ -3,10 +3,12 @@
 //
 // An item remembers which section or key it is: the how-manieth of its name among its siblings, as
 // the file was when it was filled. What the items of the same filling delete is counted off, so
-// that a statement over several duplicates meets each of them.
+// that a statement over several duplicates meets each of them, and one whose rows are sections in
+// sections, or the same section twice, finds the rest of them done.
 #pragma once
 
 #include <deque>
+#include <map>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -32,7 +34,8 @@ class CIniFile : public CCounted<CIniFile> {
       : m_poMachine(std::move(machine)),
         m_path(std::move(path)),
         m_form(form),
-        m_hasTopKeys(hasTopKeys) {}
+        m_hasTopKeys(hasTopKeys),
+        m_deletions(NamesakeOrder{form.ignoreCase}) {}
 
   const std::string& Path() const { return m_path; }
   const CfgForm& Form() const { return m_form; }
@@ -43,8 +46,11 @@ class CIniFile : public CCounted<CIniFile> {
   // - 11000 with the name of a property that is missing, 11002 with that of one whose text the
   //   format cannot hold, or with both names for neither or both of StringValue and DWORDValue;
   // - 16002 with a name that is there already, kErrorFileNotFound for a section or key that is not
-  //   there any more;
-  // - 15004 with the path and kErrorInvalidData for a file that is none of this format;
+  //   there any more; but what items of the same filling deleted is deleted with success;
+  // - 15004 with the path and kErrorInvalidData for a file that is none of this format, or has CRs
+  //   in the way that end no line;
+  // - kErrorFileTooLarge for one with more than kCfgMostBytes or kCfgMostEntries, before the change
+  //   or after it; the log tells it, as it tells the one before;
   // - kErrorSharingViolation when others go on changing the file.
   // The file is then what it was. pParent is null for the top.
   bool AddSection(const IniPlace* pParent, const DiagParams& params, QueryMessage& message);
@@ -57,10 +63,15 @@ class CIniFile : public CCounted<CIniFile> {
   bool RefuseFile(QueryMessage& message) const;
 
  private:
-  struct Deletion {
+  // The sections or the keys of one parent that have one name.
+  struct Namesakes {
     const IniPlace* pParent;
     bool isKey;
-    CfgStep step;  // as filled
+    std::string name;
+  };
+  struct NamesakeOrder {
+    bool ignoreCase;
+    bool operator()(const Namesakes& a, const Namesakes& b) const;
   };
   struct Attempt {
     CfgOutcome outcome;
@@ -75,6 +86,7 @@ class CIniFile : public CCounted<CIniFile> {
   // How the file has it now; false for what was deleted.
   bool Locate(const IniPlace* pParent, bool isKey, CfgStep& step) const;
   bool LocateParents(const IniPlace* pParent, CfgEdit& edit) const;
+  void NoteDeletion(const IniPlace* pParent, bool isKey, const CfgStep& step);
 
   const Ref<CMachine> m_poMachine;
   const std::string m_path;
@@ -82,7 +94,8 @@ class CIniFile : public CCounted<CIniFile> {
   const bool m_hasTopKeys;
   std::deque<IniPlace> m_places;
   mutable std::mutex m_lock;  // guards m_deletions
-  std::vector<Deletion> m_deletions;
+  // Which of them were deleted, as filled, in ascending order.
+  std::map<Namesakes, std::vector<size_t>, NamesakeOrder> m_deletions;
 };
 
 }  // namespace kestra

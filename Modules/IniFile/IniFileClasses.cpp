@@ -74,7 +74,8 @@ constinit const ClassDecl kIniKeyClass = {
     .canBeAddedAndDeleted = true,
     .description =
         "A key with its value. INSERT and UPDATE take one of StringValue and "
-        "DWORDValue.",
+        "DWORDValue. A key that is inserted without ATTACHEDTO goes to the top of the file, "
+        "outside any section, also with the argument Section.",
     .examples = kIniKeyExamples};
 
 constinit const ClassDecl kIniSectionClass = {
@@ -92,7 +93,12 @@ constinit const ClassDecl kIniFileModule = {
     .args = kIniFileArgs,
     .description =
         "Sections and keys of a data file, plain, scrambled or compressed. A change of "
-        "a file leaves its other lines as they are.",
+        "a file leaves its other lines as they are. The file is replaced in one step: its "
+        "directory must be writable, and another hard link to it keeps the old content. A file of "
+        "more than 16 MiB, or of more than 262144 sections and keys together, is neither shown nor "
+        "changed (system error 223). What does not look like text of this format is not changed, "
+        "and no line with a CR that ends no line; while there is such a CR anywhere, nothing is "
+        "added and no section is deleted (message 15004, system error 13).",
     .examples = kIniFileExamples};
 
 }  // namespace kestra

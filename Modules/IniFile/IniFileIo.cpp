@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "VLib/src/data/edit/CfgEdit.h"
+
 namespace kestra {
 namespace {
 
@@ -32,7 +34,7 @@ SystemError ReadIniFile(CFileSystem& files, const std::string& path, CTerminatio
   FileInfo info;
   if (error == kErrorSuccess) error = content.reader->Info(info);
   if (error != kErrorSuccess) return error;
-  if (info.size > kMostIniBytes) return kErrorFileTooLarge;
+  if (info.size > kCfgMostBytes) return kErrorFileTooLarge;
   content.info = info;
   return ReadAll(*content.reader, static_cast<size_t>(info.size), termination, content.bytes);
 }

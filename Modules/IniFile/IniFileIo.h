@@ -11,9 +11,6 @@
 
 namespace kestra {
 
-// A file of more bytes is not read (kErrorFileTooLarge): its tree would take many times as much.
-inline constexpr uint64_t kMostIniBytes = uint64_t{64} << 20;
-
 struct IniContent {
   std::string bytes;
   std::optional<FileInfo> info;         // nothing for a file that is not there
@@ -21,8 +18,8 @@ struct IniContent {
 };
 
 // Through a link in the last place, too. A file that is not there has no bytes, with success.
-// kErrorCancelled when it was terminated; kErrorSharingViolation when the file became shorter
-// meanwhile.
+// kErrorFileTooLarge, with nothing read, for one of more than kCfgMostBytes; kErrorCancelled when
+// it was terminated; kErrorSharingViolation when the file became shorter meanwhile.
 SystemError ReadIniFile(CFileSystem& files, const std::string& path, CTerminationLook& termination,
                         IniContent& content);
 

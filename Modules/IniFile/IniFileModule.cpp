@@ -76,6 +76,8 @@ bool CIniFileModule::Load(const Ref<CIniFile>& file, CfgNode& top, QueryMessage&
       return true;
     case CfgOutcome::Terminated:
       return FailWithLog(file->Path(), kErrorCancelled, message);
+    case CfgOutcome::TooLarge:
+      return FailWithLog(file->Path(), kErrorFileTooLarge, message);
     default:
       return file->RefuseFile(message);
   }

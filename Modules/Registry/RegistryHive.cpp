@@ -56,8 +56,8 @@ SystemError OpenRegistryKey(CMachine& machine, const RegistryHive& hive, const s
 }
 
 void LogUnread(const std::string& path, SystemError error) {
-  g_Log.Warning("Registry: passed over, since it could not be read (system error %u): %s", error,
-                path.c_str());
+  g_Log.Error("Registry: passed over, since it could not be read (system error %u): %s", error,
+              path.c_str());
 }
 
 }  // namespace kestra

@@ -59,8 +59,8 @@ void CChangedModules::Forget(const DiagClass& module) const {
   // one that is known to be wrong.
   QueryMessage message;
   if (!pCache->ClearEntries(module.Name, nullptr, message)) {
-    g_Log.Warning("Cache entries of %s could not be removed: %s", module.Name.c_str(),
-                  message.GetText().c_str());
+    g_Log.Error("Cache entries of %s could not be removed: %s", module.Name.c_str(),
+                message.GetText().c_str());
   }
 }
 

@@ -285,6 +285,7 @@ SystemError CFaultPlan::Count(Facility facility) {
   if (wanted != Facility::Any && wanted != facility) return kErrorSuccess;
   if (++m_calls != m_failing) return kErrorSuccess;
   m_hasFailed = true;
+  if (onFailure) onFailure();
   return m_error;
 }
 

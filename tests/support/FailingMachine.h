@@ -13,6 +13,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <functional>
 #include <memory>
 
 #include "platform/base/SystemError.h"
@@ -30,6 +31,7 @@ class CFaultPlan {
   SystemError Count(Facility facility);
   uint32_t Calls() const { return m_calls; }
   bool HasFailed() const { return m_hasFailed; }
+  std::function<void()> onFailure;
 
  private:
   std::atomic<uint32_t> m_calls{0};
@@ -51,6 +53,9 @@ class CFailingMachine final : public CMachine {
   uint32_t Calls() const { return m_plan.Calls(); }
   // Whether the call came and failed.
   bool HasFailed() const { return m_plan.HasFailed(); }
+  // Called when that call comes, for what else happens then; set before. With kErrorSuccess for an
+  // error it is all that happens, and the call goes through.
+  void OnFailure(std::function<void()> action) { m_plan.onFailure = std::move(action); }
 
   CSystemFacts& System() override { return m_inner->System(); }
   CFileSystem* Files() override;

@@ -8,6 +8,7 @@
 
 #include "VLib/src/data/CfgLayers.h"
 #include "VLib/src/data/edit/CfgEdit.h"
+#include "VLib/src/data/edit/CfgSurvey.h"
 #include "VLib/src/data/edit/CfgTreeEdit.h"
 #include "tests/VLib/data/CfgTrees.h"
 #include "tests/support/EventAtLook.h"
@@ -195,13 +196,121 @@ TEST(CfgEdit, Refused) {
        CfgOutcome::NotText},
       {"zero bytes", kIni, std::string("[\0a\0]\0", 6), NewSection({}, "a"), CfgOutcome::NotText},
       {"a plain file with a key", scrambled, jumble, NewSection({}, "c"), CfgOutcome::NotText},
-      {"too large", kIni, std::string(kCfgMostEdited + 1, ' '), NewSection({}, "a"),
+      {"too large", kIni, std::string(kCfgMostBytes + 1, ' '), NewSection({}, "a"),
        CfgOutcome::TooLarge},
+      {"too large afterwards", kIni, "[a]" + std::string(kCfgMostBytes - 4, ' ') + "\n",
+       NewSection({}, "b"), CfgOutcome::TooLarge},
+      {"a plain file with a key, LF", scrambled, "[a]\nx = 1\n[b]\ny = 2\n", NewSection({}, "c"),
+       CfgOutcome::NotText},
+      {"control bytes", kIni, "[a]\nx=1\n\x1f\n", Set({{"a"}}, "x", "2"), CfgOutcome::NotText},
+      {"blanks that are controls", kIni, "[a]\n\t\v x=1\n", Set({{"a"}}, "x", "2"),
+       CfgOutcome::Done},
+      {"DEL and what is no UTF-8", kIni, "[a]\n\x7f\xff\x80=1\n", NewKey({{"a"}}, "x", "2"),
+       CfgOutcome::Done},
+      {"nothing understood", kIni, "two\nlines", NewSection({}, "a"), CfgOutcome::NotText},
+      {"only comments", kIni, "; c\n\n", NewSection({}, "a"), CfgOutcome::Done},
+      {"only comments of others", kIni, "\n # c\n", NewSection({}, "a"), CfgOutcome::Done},
+      {"only blank lines", kIni, "\n \r\n", NewSection({}, "a"), CfgOutcome::Done},
   };
   for (const auto& c : cases) {
     std::string bytes = c.bytes;
     EXPECT_EQ(Edit(bytes, c.edit, c.form), c.expected) << c.what;
     EXPECT_EQ(bytes == c.bytes, c.expected != CfgOutcome::Done) << c.what;
+  }
+}
+
+// To others each CR may end a line; an outcome of Done means that they lose nothing either.
+TEST(CfgEdit, CarriageReturnsThatEndNoLine) {
+  const struct {
+    std::string bytes;
+    CfgEdit edit;
+    CfgOutcome expected;
+  } cases[] = {
+      {"a=1\rb=2\rc=3\r", Set({}, "a", "5"), CfgOutcome::NotText},
+      {"a=1\rb=2\nc=3\n", NoKey({}, "a"), CfgOutcome::NotText},
+      {"a=1\rb=2\nc=3\n", Set({}, "a", "5"), CfgOutcome::NotText},
+      {"a=1\rb=2\nc=3\n", Set({}, "c", "5"), CfgOutcome::Done},
+      {"a=1\rb=2\nc=3\n", NoKey({}, "c"), CfgOutcome::Done},
+      {"a=1\rb=2\nc=3\n", NewKey({}, "d", "5"), CfgOutcome::NotText},
+      {"a=1\n", Set({}, "a", "5"), CfgOutcome::Done},
+      {"a=1\r", Set({}, "a", "5"), CfgOutcome::NotText},
+      {"a=1\r\r\n", Set({}, "a", "5"), CfgOutcome::NotText},
+      {"[s]\ra=1\r[t]\rb=2\r", NoSection({}, "s"), CfgOutcome::NotText},
+      {"[s]\ra=1\r[t]\rb=2\r", NewSection({}, "u"), CfgOutcome::NotText},
+      {"; of s\r[t]\n[s]\n", NoSection({}, "s"), CfgOutcome::NotText},
+      {"[s]\r\na=1\r\n", NewSection({}, "u"), CfgOutcome::Done},
+      {"[s]\r\na=1\r\n", NoSection({}, "s"), CfgOutcome::Done},
+      {"\r", Set({}, "a", "5"), CfgOutcome::Missing},
+  };
+  for (const auto& c : cases) {
+    std::string bytes = c.bytes;
+    EXPECT_EQ(Edit(bytes, c.edit, kIni), c.expected) << c.bytes;
+    EXPECT_EQ(bytes == c.bytes, c.expected != CfgOutcome::Done) << c.bytes;
+  }
+}
+
+TEST(CfgEdit, NoMoreEntriesThanTheLimit) {
+  CTerminationLook never(nullptr);
+  std::string bytes = "[a]\n";
+  for (size_t i = 2; i < kCfgMostEntries; ++i) bytes += "=\n";
+  ASSERT_EQ(Edit(bytes, NewSection({}, "b"), kIni), CfgOutcome::Done);
+  EXPECT_EQ(Edit(bytes, NewSection({}, "c"), kIni), CfgOutcome::TooLarge);
+  EXPECT_EQ(Edit(bytes, NoSection({}, "b"), kIni), CfgOutcome::Done);
+  CfgNode atLimit, beyond;
+  bytes += "=\n";
+  EXPECT_EQ(ReadCfgBytes(atLimit, bytes, {}, CfgMode::All, kIni, never), CfgOutcome::Done);
+  bytes += "=\n";
+  EXPECT_EQ(ReadCfgBytes(beyond, bytes, {}, CfgMode::All, kIni, never), CfgOutcome::TooLarge);
+  EXPECT_EQ(Edit(bytes, NoSection({}, "a"), kIni), CfgOutcome::TooLarge);
+  // A few bytes may be many when they are compressed.
+  const CfgForm layers{.key = 7, .compress = true};
+  ASSERT_TRUE(EncodeCfgLayers(std::string(kCfgMostBytes + 1, '\n'), 7, true, never, bytes));
+  ASSERT_LT(bytes.size(), kCfgMostBytes);
+  EXPECT_EQ(ReadCfgBytes(beyond, bytes, {}, CfgMode::All, layers, never), CfgOutcome::TooLarge);
+}
+
+TEST(CfgEdit, ScrambledFilesAsTheyMayBe) {
+  const struct {
+    std::string text;
+    CfgOutcome expected;
+  } cases[] = {
+      {"[a]\r\nx=1", CfgOutcome::Done},
+      {"[a]\nx=1\n", CfgOutcome::Done},
+      {"[a]\r\nx=1\r\nfoo\r\n", CfgOutcome::Done},
+      {"foo\r\n[a]\r\nx=1", CfgOutcome::Done},
+      {"", CfgOutcome::Missing},
+      {"foo\r\nbar\r\n", CfgOutcome::NotText},
+      {"[a]\rx=1\r", CfgOutcome::NotText},
+  };
+  for (const auto& c : cases) {
+    for (uint32_t key = 1; key < 50; ++key) {
+      CTerminationLook never(nullptr);
+      std::string bytes;
+      ASSERT_TRUE(EncodeCfgLayers(c.text, key, key % 2 == 0, never, bytes));
+      EXPECT_EQ(Edit(bytes, Set({{"a"}}, "x", "2"), {.key = key}), c.expected) << c.text << key;
+      // Nobody puts a line behind the shuffle.
+      if (c.text.find('\r') == std::string::npos || c.expected != CfgOutcome::Done) continue;
+      const std::string before = bytes;
+      EXPECT_EQ(Edit(bytes, NewSection({}, "n"), kIni), CfgOutcome::NotText) << c.text << key;
+      EXPECT_EQ(bytes, before);
+    }
+  }
+}
+
+// What was never scrambled is a jumble with a key, whatever its line ends are.
+TEST(CfgEdit, PlainFilesAreNotTakenForScrambledOnes) {
+  const std::string texts[] = {
+      "[a]\nx=1\n",
+      "[net]\nport = 80\nhost = localhost\n\n[log]\nlevel = 3\n",
+      "; settings\n[net]\nport=80\n",
+  };
+  for (const std::string& text : texts) {
+    size_t taken = 0;
+    for (uint32_t key = 1; key <= 1000; ++key) {
+      std::string bytes = text;
+      if (Edit(bytes, NewSection({}, "n"), {.key = key}) == CfgOutcome::Done) ++taken;
+    }
+    EXPECT_LE(taken, 20u) << text;
   }
 }
 
@@ -255,10 +364,11 @@ class CEditGenerator {
   std::string OneOf(const std::vector<std::string>& texts) { return texts[Number(texts.size())]; }
   std::string Text() {
     std::string text;
+    const bool hasLoneCrs = Number(3) == 0;
     for (size_t i = Number(25); i > 0; --i) {
       text += OneOf({"", "", " ", "\t", "\t\v"});
       text += OneOf({"[a]", "[b]", "[ a]", "[]", "[]", "[x", "x=1", "x = 2", "y=", "y =z ", "=e",
-                     "; c", "", "", "junk", "[a] b", "[q=]", "z=\"q\""});
+                     "; c", "", "", "junk", "[a] b", "[q=]", "z=\"q\"", "x=1\ry=2", "[b]\rx=1"});
       text += OneOf({"", "", " ", "\r"}) + OneOf({"\n", "\n", "\n", "\r\n"});
     }
     if (Number(3) == 0 && !text.empty()) text.pop_back();

@@ -5,6 +5,7 @@
 #include "VLib/src/data/CfgLayers.h"
 #include "VLib/src/data/CfgLine.h"
 #include "VLib/src/data/CfgReader.h"
+#include "VLib/src/data/edit/CfgSurvey.h"
 #include "VLib/src/data/edit/CfgTextEdit.h"
 #include "VLib/src/data/edit/CfgTreeEdit.h"
 
@@ -12,8 +13,10 @@ namespace kestra {
 namespace {
 
 constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-// Bytes that would end a line for some program or other, or a text.
-constexpr std::string_view kNeverHeld("\r\n\0", 3);
+// Nothing that would end a line for some program or other, or make a file that is refused later.
+bool CanBeInLine(std::string_view text) {
+  return text.find_first_of("\r\n") == std::string_view::npos && !HasControls(text);
+}
 
 bool IsTrimmed(std::string_view text) {
   return text.empty() || (kCfgBlanks.find(text.front()) == std::string_view::npos &&
@@ -22,25 +25,45 @@ bool IsTrimmed(std::string_view text) {
 
 CfgOutcome TakeLayersOff(std::string& bytes, uint32_t key, CTerminationLook& termination) {
   if (HasUtf16Mark(bytes) || bytes.starts_with("\xFE\xFF")) return CfgOutcome::NotText;
-  return DecodeCfgLayers(bytes, key, termination) ? CfgOutcome::Done : CfgOutcome::Terminated;
+  if (bytes.size() > kCfgMostBytes) return CfgOutcome::TooLarge;
+  if (!DecodeCfgLayers(bytes, key, termination)) return CfgOutcome::Terminated;
+  return bytes.size() > kCfgMostBytes ? CfgOutcome::TooLarge : CfgOutcome::Done;
 }
 
 std::string_view MarkOf(std::string_view text, const CfgForm& form) {
   return form.key == 0 && text.starts_with(kUtf8Mark) ? kUtf8Mark : std::string_view();
 }
 
-// What a scramble is taken off is a shuffle of itself under any other key than its own, and so is
-// a text that was never scrambled. Written back it would be lost.
-bool IsWhollyText(std::string_view text, CTerminationLook& termination) {
-  if (!text.empty() && text.back() != '\n') return false;
-  while (!text.empty()) {
-    std::string_view line = CutCfgLine(text);
-    if (termination.IsOver(line.size() + 1)) return false;
-    if (line.ends_with('\r')) line.remove_suffix(1);
-    if (line.find('\r') != std::string_view::npos) return false;
-    if (ParseCfgLine(line).kind == CfgLineKind::Other) return false;
-  }
-  return true;
+// A jumble that has as many line ends and "=" as the text it was has lines of all kinds; a text has
+// few that mean nothing.
+bool IsMostlyRubbish(const CfgSurvey& survey) {
+  return survey.rubbish > 0 && survey.rubbish - 1 > survey.understood / 4;
+}
+
+bool IsFlawless(const CfgSurvey& survey) {
+  return !survey.hasControls && !survey.hasLoneCr && survey.rubbish == 0;
+}
+
+// With a key, what was shuffled. Its line ends hardly ever stay what they were by chance.
+bool IsUnshuffled(const CfgSurvey& survey, std::string_view raw, CTerminationLook& termination) {
+  if (survey.hasLoneCr || IsMostlyRubbish(survey)) return false;
+  if (survey.rubbish == 0) return true;
+  // A file that makes better sense as it stands was never scrambled.
+  CfgSurvey plain;
+  return SurveyCfgText(raw, termination, plain) && !IsFlawless(plain);
+}
+
+CfgOutcome Judge(std::string_view text, std::string_view raw, const CfgForm& form,
+                 CTerminationLook& termination) {
+  CfgSurvey survey;
+  text.remove_prefix(MarkOf(text, form).size());
+  const bool isSurveyed = SurveyCfgText(text, termination, survey);
+  const bool isUnderstood = survey.understood > 0 || survey.rubbish == 0;
+  const bool isText = isSurveyed && !survey.hasControls && isUnderstood &&
+                      (form.key == 0 || IsUnshuffled(survey, raw, termination));
+  if (termination.IsOverNow()) return CfgOutcome::Terminated;
+  if (!isText) return CfgOutcome::NotText;
+  return survey.entries > kCfgMostEntries ? CfgOutcome::TooLarge : CfgOutcome::Done;
 }
 
 CfgOutcome ReadText(CfgNode& node, std::string_view text, const CfgForm& form,
@@ -53,13 +76,9 @@ CfgOutcome ReadText(CfgNode& node, std::string_view text, const CfgForm& form,
 
 // Has only what an edit can deal with.
 CfgOutcome OpenText(std::string& bytes, const CfgForm& form, CTerminationLook& termination) {
+  const std::string raw = form.key != 0 ? bytes : std::string();
   const CfgOutcome outcome = TakeLayersOff(bytes, form.key, termination);
-  if (outcome != CfgOutcome::Done) return outcome;
-  if (bytes.size() > kCfgMostEdited) return CfgOutcome::TooLarge;
-  const bool isText =
-      bytes.find('\0') == std::string::npos && (form.key == 0 || IsWhollyText(bytes, termination));
-  if (termination.IsOverNow()) return CfgOutcome::Terminated;
-  return isText ? CfgOutcome::Done : CfgOutcome::NotText;
+  return outcome == CfgOutcome::Done ? Judge(bytes, raw, form, termination) : outcome;
 }
 
 CfgOutcome EditText(std::string& text, const CfgEdit& edit, const CfgForm& form,
@@ -85,24 +104,20 @@ CfgOutcome PutLayersOn(const std::string& text, const CfgForm& form, CTerminatio
 }  // namespace
 
 bool CanBeSectionName(std::string_view name) {
-  return !name.empty() && name.find(']') == std::string_view::npos &&
-         name.find_first_of(kNeverHeld) == std::string_view::npos;
+  return !name.empty() && name.find(']') == std::string_view::npos && CanBeInLine(name);
 }
 
 bool CanBeKeyName(std::string_view name) {
   return !name.empty() && IsTrimmed(name) && name.find('=') == std::string_view::npos &&
-         name.front() != ';' && name.front() != '[' &&
-         name.find_first_of(kNeverHeld) == std::string_view::npos;
+         name.front() != ';' && name.front() != '[' && CanBeInLine(name);
 }
 
 bool CanBeKeyText(std::string_view text, uint32_t quoteFlags) {
-  return ((quoteFlags & kCfgQuotes) != 0 || IsTrimmed(text)) &&
-         text.find_first_of(kNeverHeld) == std::string_view::npos;
+  return ((quoteFlags & kCfgQuotes) != 0 || IsTrimmed(text)) && CanBeInLine(text);
 }
 
 CfgOutcome EditCfgBytes(std::string& bytes, const CfgEdit& edit, const CfgForm& form,
                         CTerminationLook& termination) {
-  if (bytes.size() > kCfgMostEdited) return CfgOutcome::TooLarge;
   std::string text = bytes;
   CfgOutcome outcome = OpenText(text, form, termination);
   CfgNode expected;
@@ -128,6 +143,9 @@ CfgOutcome ReadCfgBytes(CfgNode& node, std::string bytes, std::string_view secti
   if (outcome != CfgOutcome::Done) return outcome;
   std::string_view text = bytes;
   text.remove_prefix(MarkOf(text, form).size());
+  CfgSurvey survey;
+  if (!SurveyCfgText(text, termination, survey)) return CfgOutcome::Terminated;
+  if (survey.entries > kCfgMostEntries) return CfgOutcome::TooLarge;
   return ReadCfgText(node, text, sectionPath, mode, form.quoteFlags, form.layout, termination)
              ? CfgOutcome::Done
              : CfgOutcome::Terminated;

@@ -13,6 +13,11 @@
 //
 // A change is done only if the new bytes, read again, give the old tree with that very change;
 // otherwise the bytes stay as they were.
+//
+// Only what looks like the text of a data file is changed. A scrambled file is a shuffle of itself
+// under any other key than its own, and written back it would be lost. A CR that no LF follows is
+// no line end here, and one for others: no line that has such is changed, and nothing is put into
+// a file that has one, nor a section taken out of it.
 #pragma once
 
 #include <cstddef>
@@ -55,18 +60,23 @@ enum class CfgOutcome {
   Done,
   Exists,    // there is a section or key of that name
   Missing,   // there is none, or not the section that should hold it
-  NotText,   // not the text of a data file: UTF-16, zero bytes, or what a wrong key makes of one
+  NotText,   // not the text of a data file: UTF-16, control bytes, nothing but lines that mean
+             // nothing, what a wrong key makes of a file, or a CR in the way
   NotHeld,   // the format cannot hold it, as a section in a section of the Ini layout
-  TooLarge,  // more than kCfgMostEdited bytes
+  TooLarge,  // more than kCfgMostBytes, or than kCfgMostEntries, as it is or as it would be
   Terminated,
 };
 
-// A change takes many times the text's memory.
-inline constexpr size_t kCfgMostEdited = size_t{16} << 20;
+// Of a file and of its text. A tree takes many times the text's memory, and a change several trees.
+inline constexpr size_t kCfgMostBytes = size_t{16} << 20;
+// Sections and keys together, counted over all lines of the text. Letting go of a tree looks at no
+// termination event, so that a cancel waits for it.
+inline constexpr size_t kCfgMostEntries = 262'144;
 
 // Whether the format can hold it in any place, and other programs read it the same. Line ends and
-// zero bytes never; of a section no "]", of a key no "=", no blanks at its ends and no ";" or "["
-// at its beginning; of a value no blanks at its ends, unless quotes are used. No empty names.
+// control bytes but TAB and VT never; of a section no "]", of a key no "=", no blanks at its ends
+// and no ";" or "[" at its beginning; of a value no blanks at its ends, unless quotes are used. No
+// empty names.
 bool CanBeSectionName(std::string_view name);
 bool CanBeKeyName(std::string_view name);
 bool CanBeKeyText(std::string_view text, uint32_t quoteFlags);
@@ -76,7 +86,8 @@ CfgOutcome EditCfgBytes(std::string& bytes, const CfgEdit& edit, const CfgForm& 
                         CTerminationLook& termination);
 
 // Reads the bytes of a file, all layers and a UTF-8 mark taken off, as ReadCfgText does; an empty
-// file has nothing. NotText for UTF-16 text with the mark of either order.
+// file has nothing. NotText for UTF-16 text with the mark of either order; what else would make no
+// sense is read as far as it can be. Done, NotText, TooLarge or Terminated.
 CfgOutcome ReadCfgBytes(CfgNode& node, std::string bytes, std::string_view sectionPath,
                         CfgMode mode, const CfgForm& form, CTerminationLook& termination);
 

@@ -4,6 +4,7 @@
 
 #include "VLib/src/data/CfgLine.h"
 #include "VLib/src/data/edit/CfgOutline.h"
+#include "VLib/src/data/edit/CfgSurvey.h"
 
 namespace kestra {
 namespace {
@@ -78,11 +79,19 @@ class CCfgTextEdit {
     if (!isNew && !m_outline.hasTarget) return CfgOutcome::Missing;
     if (m_edit.kind == CfgEditKind::AddSection && isIni && !m_edit.parent.empty())
       return CfgOutcome::NotHeld;
+    if (HasLoneCr(Touched())) return CfgOutcome::NotText;
     Apply();
     return m_termination.IsOverNow() ? CfgOutcome::Terminated : CfgOutcome::Done;
   }
 
  private:
+  // What has to be the lines that others see, too. A section ends, and a new line begins, where the
+  // other lines say.
+  std::string_view Touched() const {
+    const bool isLine = m_edit.kind == CfgEditKind::SetKey || m_edit.kind == CfgEditKind::DeleteKey;
+    const CfgSpan span = isLine ? m_outline.target : CfgSpan{0, m_text.size()};
+    return std::string_view(m_text).substr(span.begin, span.end - span.begin);
+  }
   void Apply() {
     const CfgSpan target = m_outline.target;
     switch (m_edit.kind) {
