@@ -83,7 +83,13 @@ constinit const ClassDecl kIniSectionClass = {
     .params = kIniSectionParams,
     .children = kIniSectionChildren,
     .canBeAddedAndDeleted = true,
-    .description = "A section of keys. In the Cfg layout the sections in it are items below it.",
+    .description =
+        "A section of keys. In the Cfg layout the sections in it are items below it. A change of "
+        "sections or keys replaces the file in one step: its directory must be writable, and "
+        "another hard link to it keeps the old content. What does not look like text of this "
+        "format is not changed, and no line with a CR that ends no line; while there is such a CR "
+        "anywhere in the file, nothing is inserted and no section is deleted (message 15004, "
+        "system error 13).",
     .examples = kIniSectionExamples};
 
 constinit const ClassDecl kIniFileModule = {
@@ -92,13 +98,9 @@ constinit const ClassDecl kIniFileModule = {
     .children = kIniFileChildren,
     .args = kIniFileArgs,
     .description =
-        "Sections and keys of a data file, plain, scrambled or compressed. A change of "
-        "a file leaves its other lines as they are. The file is replaced in one step: its "
-        "directory must be writable, and another hard link to it keeps the old content. A file of "
-        "more than 16 MiB, or of more than 262144 sections and keys together, is neither shown nor "
-        "changed (system error 223). What does not look like text of this format is not changed, "
-        "and no line with a CR that ends no line; while there is such a CR anywhere, nothing is "
-        "added and no section is deleted (message 15004, system error 13).",
+        "Sections and keys of a data file, plain, scrambled or compressed. A file of more than 16 "
+        "MiB, or of more than 131072 sections and keys together, is neither shown nor changed "
+        "(system error 223). A change of a file leaves its other lines as they are.",
     .examples = kIniFileExamples};
 
 }  // namespace kestra

@@ -11,7 +11,7 @@
 // one section, and without it all are listed.
 //
 // A UTF-8 mark at the beginning of a file is kept and passed over; UTF-16 is refused. A file of
-// more than 16 MiB (kCfgMostBytes), without its layers too, or of more than 262,144 sections and
+// more than 16 MiB (kCfgMostBytes), without its layers too, or of more than 131,072 sections and
 // keys together (kCfgMostEntries) is neither shown nor changed: kErrorFileTooLarge.
 #pragma once
 

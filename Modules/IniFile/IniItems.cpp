@@ -57,7 +57,7 @@ class CNameCounter {
 };
 
 struct Branch {
-  const CfgNode* pNode;
+  CfgNode* pNode;
   DiagItems* pItems;
   const IniPlace* pPlace;
 };
@@ -65,10 +65,11 @@ struct Branch {
 bool AddKeys(const Ref<CIniFile>& file, const Branch& branch, QueryMessage& message) {
   CNameCounter counter(file->Form().ignoreCase);
   branch.pItems->Reserve(branch.pNode->Values.size() + branch.pNode->Children.size());
-  for (const Ref<CfgValue>& value : branch.pNode->Values) {
+  for (Ref<CfgValue>& value : branch.pNode->Values) {
     if (message.IsTerminatedInLoop()) return false;
     const size_t ordinal = counter.Count(value->Key);
     branch.pItems->Add(MakeRef<CIniKeyItem>(file, branch.pPlace, ordinal, *value), false);
+    value = nullptr;
   }
   return true;
 }
@@ -89,7 +90,7 @@ bool AddSections(const Ref<CIniFile>& file, const Branch& branch, std::vector<Br
 }  // namespace
 
 // From a list and not by recursion, since a file nests its sections as it likes.
-bool FillFromNode(const Ref<CIniFile>& file, const CfgNode& top, bool withKeys, DiagItems& items,
+bool FillFromNode(const Ref<CIniFile>& file, CfgNode& top, bool withKeys, DiagItems& items,
                   QueryMessage& message) {
   DiagItems found;
   std::vector<Branch> open{{&top, &found, nullptr}};
@@ -128,15 +129,15 @@ bool CIniSectionItem::OnDelete(QueryMessage& message) {
 }
 
 CIniKeyItem::CIniKeyItem(Ref<CIniFile> file, const IniPlace* pParent, size_t ordinal,
-                         const CfgValue& value)
+                         CfgValue& value)
     : CFilledItem(kIniKeyClass.Get()),
       m_poFile(std::move(file)),
       m_pParent(pParent),
       m_ordinal(ordinal) {
-  Params.Set(MakeRef<DiagParam>(Defs().pKeyName, value.Key), false);
-  Params.Set(MakeRef<DiagParam>(Defs().pText, value.Text), false);
-  if (const std::optional<uint32_t> number = NumberOf(value.Text))
-    Params.Set(MakeRef<DiagParam>(Defs().pNumber, *number), false);
+  const std::optional<uint32_t> number = NumberOf(value.Text);
+  Params.Set(MakeRef<DiagParam>(Defs().pKeyName, std::move(value.Key)), false);
+  Params.Set(MakeRef<DiagParam>(Defs().pText, std::move(value.Text)), false);
+  if (number) Params.Set(MakeRef<DiagParam>(Defs().pNumber, *number), false);
   IsInitialized = true;
 }
 

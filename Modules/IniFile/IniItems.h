@@ -9,10 +9,12 @@
 
 namespace kestra {
 
-// Keys and sections of one parent, filled from its node. False, with nothing added, when the query
-// was cancelled. Sections in sections (the Cfg layout has them) are items below the section's,
-// behind its keys. withKeys is false for a top whose keys are not shown.
-bool FillFromNode(const Ref<CIniFile>& file, const CfgNode& top, bool withKeys, DiagItems& items,
+// Keys and sections of one parent, filled from its node, whose texts they take: a large tree is
+// never there twice, nor has to be let go of twice by a cancel. False, with nothing added, when the
+// query was cancelled. What is left in the node is of no use. Sections in sections (the Cfg layout
+// has them) are items below the section's, behind its keys. withKeys is false for a top whose keys
+// are not shown.
+bool FillFromNode(const Ref<CIniFile>& file, CfgNode& top, bool withKeys, DiagItems& items,
                   QueryMessage& message);
 
 // Adds an IniSection or IniKey to a section, or with null to the top. kErrorCallNotImplemented for
@@ -37,8 +39,8 @@ class CIniSectionItem : public CFilledItem {
 
 class CIniKeyItem : public CFilledItem {
  public:
-  // The parent is a section of the file, or null for the top.
-  CIniKeyItem(Ref<CIniFile> file, const IniPlace* pParent, size_t ordinal, const CfgValue& value);
+  // The parent is a section of the file, or null for the top. Takes the texts out of the value.
+  CIniKeyItem(Ref<CIniFile> file, const IniPlace* pParent, size_t ordinal, CfgValue& value);
 
  protected:
   // StringValue or DWORDValue. The item shows what it was until its module is filled again.

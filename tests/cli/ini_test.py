@@ -102,6 +102,25 @@ class IniTest(CommandTest):
         self.write("[net]\n".encode("utf-16"))
         self.check(["--active", insert + "('x')"], 1, b"")
         self.assertEqual(self.content(), "[net]\n".encode("utf-16"))
+        self.write(b"a=1\rb=2\rc=3\r")
+        self.refused(f"UPDATE {self.file}.IniKey SET StringValue = '5'", b"15004")
+
+    def test_rows_that_go_with_others(self):
+        cfg = self.file[:-1] + ",Format='Cfg')"
+        self.write(b"[A]\n[B]\nx=1\n[]\n[]\n[A]\n[]\n")
+        self.check(["--active", f"DELETE {cfg}.IniSection"], 0)
+        self.assertEqual(self.content(), b"")
+        self.write(b"[a]\nx=1\ny=2\n[b]\nz=3\n")
+        self.check(["--active", f"DELETE s FROM {self.file}.IniSection s JOIN IniFile.IniKey k "
+                    "ON k.ATTACHEDTO = s.ITEMID WHERE s.Name = 'a'"], 0)
+        self.assertEqual(self.content(), b"[b]\nz=3\n")
+
+    def test_a_scrambled_file_without_its_key(self):
+        keyed = self.file[:-1] + ",ScrambleKey=77)"
+        self.active(f"INSERT {keyed}.IniSection (Name) VALUES ('net')")
+        self.active(f"INSERT {keyed}.IniSection (Name) VALUES ('log')")
+        self.refused(f"INSERT {self.file}.IniSection (Name) VALUES ('x')", b"15004")
+        self.assertEqual(self.rows(f"SELECT Name FROM {keyed}.IniSection"), [("net",), ("log",)])
 
     def test_a_link_stays_and_what_is_no_file_is_not_opened(self):
         self.write(b"[a]\n")

@@ -5,6 +5,7 @@
 #include <functional>
 #include <thread>
 
+#include "VLib/src/data/CfgLayers.h"
 #include "tests/Modules/IniFile/IniFixture.h"
 #include "tests/support/FailingMachine.h"
 #include "tests/support/TempDirectory.h"
@@ -118,6 +119,11 @@ TEST(IniChanges, Statements) {
       {"blank", "", {"key", {1}, {{"Name", " k"}, {"StringValue", "v"}}}, "11002 Name  k", ini},
       {"]", "", {"section", {}, {{"Name", "a]b"}}}, "11002 Name a]b", ini},
       {"line end", "", {"section", {}, {{"Name", "a\rb"}}}, "11002 Name a\rb", ini},
+      {"control byte",
+       "",
+       {"set", {1, 0}, {{"StringValue", "a\x1b"}}},
+       "11002 StringValue a\x1b",
+       ini},
       {"second line",
        "",
        {"set", {1, 0}, {{"StringValue", "a\nb"}}},
@@ -196,13 +202,81 @@ TEST(IniChanges, ARowIsTheOneThatWasListed) {
     EXPECT_EQ(Perform(*module, statement, message), "ok") << after;
     EXPECT_EQ(machine->files.Content(kPath), after);
   }
-  for (const Statement& gone : {Statement{"delete", {0}, {}},
-                                {"delete", {0, 2}, {}},
-                                {"set", {2, 0}, {{"DWORDValue", "1"}}}})
+  // What went with a row that was deleted before counts as done, but cannot be changed any more.
+  for (const Statement& gone :
+       {Statement{"delete", {0}, {}}, {"delete", {0, 2}, {}}, {"delete", {0, 1}, {}}})
+    EXPECT_EQ(Perform(*module, gone, message), "ok");
+  for (const Statement& gone : {Statement{"set", {2, 0}, {{"DWORDValue", "1"}}},
+                                {"set", {0, 2}, {{"DWORDValue", "1"}}},
+                                {"key", {0}, {{"Name", "k"}, {"StringValue", "v"}}}})
     EXPECT_EQ(Perform(*module, gone, message), " error 2");
+  EXPECT_EQ(machine->files.Content(kPath), "[a]\ny=d\n");
   machine->files.Remove(kPath);
   EXPECT_EQ(Perform(*module, {"delete", {1, 0}, {}}, message), " error 2");
   EXPECT_EQ(machine->files.Content(kPath), "");
+}
+
+// As a statement does that has each section for a row, those in others too.
+TEST(IniChanges, ASectionThatWentWithAnotherIsDone) {
+  const auto machine = MakeRef<CFakeMachine>(SystemFamily::Linux);
+  machine->files.Add(kPath, {.content = "[A]\n[B]\nx=1\n[]\n[]\n[A]\n[]\n"});
+  const auto module = MakeFilled(machine, "Path='" + std::string(kPath) + "',Format='Cfg'");
+  QueryMessage message(Ref<os::CEvent>(), true);
+  const std::pair<std::vector<size_t>, const char*> steps[] = {{{0}, "[A]\n[]\n"},
+                                                               {{0, 0}, "[A]\n[]\n"},
+                                                               {{0, 0, 0}, "[A]\n[]\n"},
+                                                               {{0}, "[A]\n[]\n"},
+                                                               {{1}, ""}};
+  for (const auto& [item, after] : steps) {
+    EXPECT_EQ(Perform(*module, {"delete", item, {}}, message), "ok");
+    EXPECT_EQ(machine->files.Content(kPath), after);
+  }
+}
+
+TEST(IniChanges, FilesThatAreNotOfTheFormatStayAsTheyAre) {
+  std::string scrambled, compressed;
+  CTerminationLook never(nullptr);
+  const std::string text = "[a]\r\nx=1\r\n" + std::string(100, '\n');
+  ASSERT_TRUE(EncodeCfgLayers(text, 77, false, never, scrambled));
+  ASSERT_TRUE(EncodeCfgLayers(text, 77, true, never, compressed));
+  const Statement add{"section", {}, {{"Name", "n"}}};
+  const Statement set{"set", {0}, {{"StringValue", "2"}}};
+  const struct {
+    std::string content;
+    Statement statement;
+  } cases[] = {{scrambled, add},    {compressed, add},    {"no such text\n", add},
+               {"a=1\rb=2\r", set}, {"a=1\n\x01\n", set}, {"a=1\rb=2\n", add}};
+  for (const auto& c : cases) {
+    const auto machine = MakeRef<CFakeMachine>(SystemFamily::Linux);
+    machine->files.Add(kPath, {.content = c.content});
+    EXPECT_EQ(PerformOnce(machine, "Path='" + std::string(kPath) + "'", c.statement),
+              "15004 " + std::string(kPath) + " error 13");
+    EXPECT_EQ(machine->files.Content(kPath), c.content);
+  }
+}
+
+TEST(IniChanges, ACancelAtTheNthCallChangesAllOrNothing) {
+  const auto inner = MakeRef<CFakeMachine>(SystemFamily::Linux);
+  std::string text = "[a]\nx=1\n";
+  for (int i = 0; i < 20'000; ++i) text += "; some comment\n";
+  inner->files.Add(kPath, {.content = text});
+  const auto failing = MakeRef<CFailingMachine>(inner);
+  const auto module = MakeFilled(failing, "Path='" + std::string(kPath) + "'");
+  uint32_t cancelled = 0;
+  for (uint32_t n = 1; n < 50; ++n) {
+    inner->files.Add(kPath, {.content = text});
+    const auto event = MakeRef<os::CEvent>();
+    failing->FailCall(n, kErrorSuccess);
+    failing->OnFailure([&] { event->Set(); });
+    QueryMessage message(event, true);
+    const std::string outcome = Perform(*module, {"set", {0, 0}, {{"StringValue", "2"}}}, message);
+    if (outcome != "ok") ++cancelled;
+    EXPECT_TRUE(outcome == "ok" || outcome == " error 1223") << outcome;
+    EXPECT_EQ(inner->files.Content(kPath) == text, outcome != "ok") << n;
+    if (!failing->HasFailed()) break;
+  }
+  // All calls but the one that commits.
+  EXPECT_EQ(cancelled + 1, failing->Calls());
 }
 
 TEST(IniChanges, NothingHappensWithoutPermissionOnAVolumeOrWhenACallFails) {

@@ -1,9 +1,9 @@
 // Filling the module IniFile.
 #include <gtest/gtest.h>
 
+#include "Modules/IniFile/IniItems.h"
 #include "VLib/src/data/CfgLayers.h"
 #include "tests/Modules/IniFile/IniFixture.h"
-#include "tests/support/EventAtLook.h"
 #include "tests/support/FailingMachine.h"
 
 namespace kestra::test {
@@ -26,6 +26,12 @@ std::string Scrambled(const std::string& text, uint32_t key) {
   return bytes;
 }
 
+std::string Repeated(const std::string& text, size_t times) {
+  std::string out;
+  for (; times > 0; --times) out += text;
+  return out;
+}
+
 TEST(IniFileModule, ContentByArguments) {
   const auto machine = MakeRef<CFakeMachine>(SystemFamily::Linux);
   CFakeFileSystem& files = machine->files;
@@ -40,6 +46,7 @@ TEST(IniFileModule, ContentByArguments) {
   files.Add("/d/pipe", {.kind = FileKind::Other});
   files.Add("/d/locked", {.error = kErrorAccessDenied});
   files.Add("/d/huge", {.size = uint64_t{1} << 40});
+  files.Add("/d/many", {.content = Repeated("=\n", kCfgMostEntries + 1)});
   const std::pair<const char*, const char*> cases[] = {
       {"Path='/d/x.ini'", "top=1#1 [a x=12#12 y=\"q\"] [a z=] [B\\c]"},
       {"Path='\\d\\x.ini'", "top=1#1 [a x=12#12 y=\"q\"] [a z=] [B\\c]"},
@@ -61,6 +68,8 @@ TEST(IniFileModule, ContentByArguments) {
       {"Path='/d'", " error 5"},
       {"Path='/d/locked'", " error 5"},
       {"Path='/d/huge'", " error 223"},
+      {"Path='/d/many'", " error 223"},
+      {"Path='/d/many',Section='a'", " error 223"},
       {"Path='/d/'", " error 123"},
       {"Path=''", " error 123"},
       {"Path='x.ini'", " error 123"},
@@ -115,9 +124,7 @@ TEST(IniFileModule, Numbers) {
 
 TEST(IniFileModule, EveryCallThatFailsAndEveryCancelLeavesNothing) {
   const auto inner = MakeRef<CFakeMachine>(SystemFamily::Linux);
-  std::string text = "[a]\n";
-  for (int i = 0; i < 30'000; ++i) text += "k" + std::to_string(i) + "=v\n";
-  inner->files.Add("/x", {.content = text});
+  inner->files.Add("/x", {.content = "[a]\n" + Repeated("k=some value\n", 100'000)});
   const auto failing = MakeRef<CFailingMachine>(inner);
   uint32_t call = 1;
   for (;; ++call) {
@@ -127,14 +134,42 @@ TEST(IniFileModule, EveryCallThatFailsAndEveryCancelLeavesNothing) {
     EXPECT_EQ(shown, " error 1117") << call;
   }
   EXPECT_GT(call, 2u);
-  const auto event = MakeRef<os::CEvent>();
-  event->Set();
-  QueryMessage message(event, false);
-  const auto module = MakeIni(inner, "Path='/x'");
-  CVDiagItem& item = *module;
-  EXPECT_FALSE(item.Init(true, false, message));
-  EXPECT_EQ(message.SystemError, kErrorCancelled);
-  EXPECT_EQ(item.Children.Count(), 0u);
+  // A file as long as this is looked at while it is read, behind the last call too.
+  for (uint32_t n = 1; n < call; ++n) {
+    const auto event = MakeRef<os::CEvent>();
+    failing->FailCall(n, kErrorSuccess);
+    failing->OnFailure([&] { event->Set(); });
+    QueryMessage message(event, false);
+    const auto module = MakeIni(failing, "Path='/x'");
+    CVDiagItem& item = *module;
+    EXPECT_FALSE(item.Init(true, false, message)) << n;
+    EXPECT_TRUE(failing->HasFailed());
+    EXPECT_EQ(message.SystemError, kErrorCancelled);
+    EXPECT_EQ(item.Children.Count(), 0u);
+    EXPECT_FALSE(item.IsInitialized);
+  }
+}
+
+// The items of what was read are not made either.
+TEST(IniFileModule, ACancelEndsTheMakingOfItems) {
+  const auto file =
+      MakeRef<CIniFile>(MakeRef<CFakeMachine>(SystemFamily::Linux), "/x", CfgForm{}, true);
+  for (const bool hasSections : {false, true}) {
+    CfgNode top;
+    for (int i = 0; i < 1000; ++i) {
+      if (hasSections)
+        top.AddSection("s");
+      else
+        top.SetText(std::to_string(i), "v");
+    }
+    const auto event = MakeRef<os::CEvent>();
+    event->Set();
+    QueryMessage message(event, false);
+    DiagItems items;
+    EXPECT_FALSE(FillFromNode(file, top, true, items, message));
+    EXPECT_EQ(items.Count(), 0u);
+    EXPECT_EQ(message.SystemError, kErrorCancelled);
+  }
 }
 
 TEST(IniFileModule, SectionsInSectionsAsDeepAsAFileLikes) {

@@ -47,10 +47,11 @@ bool IsFlawless(const CfgSurvey& survey) {
 // With a key, what was shuffled. Its line ends hardly ever stay what they were by chance.
 bool IsUnshuffled(const CfgSurvey& survey, std::string_view raw, CTerminationLook& termination) {
   if (survey.hasLoneCr || IsMostlyRubbish(survey)) return false;
-  if (survey.rubbish == 0) return true;
   // A file that makes better sense as it stands was never scrambled.
   CfgSurvey plain;
-  return SurveyCfgText(raw, termination, plain) && !IsFlawless(plain);
+  if (!SurveyCfgText(raw, termination, plain)) return false;
+  const bool isPlainBetter = survey.rubbish > 0 || plain.wellFormed > survey.wellFormed;
+  return !isPlainBetter || !IsFlawless(plain);
 }
 
 CfgOutcome Judge(std::string_view text, std::string_view raw, const CfgForm& form,

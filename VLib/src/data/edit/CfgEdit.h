@@ -71,7 +71,7 @@ enum class CfgOutcome {
 inline constexpr size_t kCfgMostBytes = size_t{16} << 20;
 // Sections and keys together, counted over all lines of the text. Letting go of a tree looks at no
 // termination event, so that a cancel waits for it.
-inline constexpr size_t kCfgMostEntries = 262'144;
+inline constexpr size_t kCfgMostEntries = 131'072;
 
 // Whether the format can hold it in any place, and other programs read it the same. Line ends and
 // control bytes but TAB and VT never; of a section no "]", of a key no "=", no blanks at its ends
