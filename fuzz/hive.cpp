@@ -13,7 +13,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (file->Seal() != kestra::kErrorSuccess) return 0;
   std::shared_ptr<CKeyTree> tree;
   if (OpenHive(
-          std::move(file), [] {}, tree) != kestra::kErrorSuccess)
+          std::move(file), [](HiveFault) {}, tree) != kestra::kErrorSuccess)
     return 0;
   std::vector<TreeEntry> entries{{"", tree->Root()}};
   std::vector<TreeEntry> keys = entries;
@@ -21,6 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     KeyFacts facts;
     tree->Facts(keys[next].id, facts);
     tree->IsLink(keys[next].id);
+    tree->Name(keys[next].id);
     tree->SubKeys(keys[next].id, entries);
     if (keys.size() < kMostKeys) keys.insert(keys.end(), entries.begin(), entries.end());
     tree->Values(keys[next].id, entries);

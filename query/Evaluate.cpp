@@ -2,6 +2,7 @@
 
 #include "platform/machine/Machine.h"
 #include "platform/os/Clock.h"
+#include "platform/os/CurrentTermination.h"
 #include "query/parse/Chart.h"
 #include "query/parse/ColumnNames.h"
 #include "query/parse/ParseTree.h"
@@ -56,6 +57,7 @@ void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& roo
   Value result;
   try {
     QueryContext context(text, root, timeOut, std::move(message));
+    const os::CTerminationScope scope(context.Message->TerminationEvent());
     context.Message->ClearState();
     context.Message->IsMachineReadOnly = root && root->Machine() && root->Machine()->IsReadOnly();
     Evaluate(result, context);

@@ -15,6 +15,7 @@
 #include "VLib/src/text/Text.h"
 #include "VLib/src/threads/WorkTogether.h"
 #include "platform/machine/SystemFacts.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra {
 namespace {
@@ -169,6 +170,7 @@ void CDirectoryItem::FillTogether(const DiagItems& listed, const QueryMessage& m
   std::atomic<size_t> next{0};
   WorkTogether(helpers, [&] {
     const Ref<QueryMessage> own = message.ForHelper();
+    const os::CTerminationScope scope(own->TerminationEvent());
     for (size_t i = next++; i < directories.size() && !own->IsTerminatedInLoop(); i = next++)
       directories[i]->Init(true, false, *own);
   });

@@ -62,6 +62,10 @@ bool CRegistryValueItem::FillFrom(CRegistryKey& key, QueryMessage& message) {
   return IsInitialized = true;
 }
 
+bool CRegistryValueItem::IsRead() const {
+  return IsInitialized && Params.Find(*Defs().pType) != nullptr;
+}
+
 bool CRegistryValueItem::FillFailed(SystemError error, QueryMessage& message) {
   Params.Clear();
   IsInitialized = false;

@@ -29,6 +29,8 @@ class CRegistryValueItem : public CVDiagItem {
   bool FillFrom(CRegistryKey& key, QueryMessage& message);
 
   bool HasVanished() const { return m_hasVanished; }
+  // Filled, and not with the name and the path alone.
+  bool IsRead() const;
 
  protected:
   // StringValue and DWORDValue. The item shows what it was until it is filled again.

@@ -4,6 +4,7 @@
 
 #include "VLib/src/threads/Thread.h"
 #include "model/classes/Module.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra {
 
@@ -14,6 +15,7 @@ class CModuleInitThread : public CVThread {
  protected:
   void Run() override {
     QueryMessage message(StopEvent(), false);
+    const os::CTerminationScope scope(message.TerminationEvent());
     static_cast<CVDiagItem&>(*m_poModule).Init(true, false, message);
   }
 

@@ -6,6 +6,7 @@
 
 #include "platform/base/ByteSource.h"
 #include "platform/base/text/Characters.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
@@ -68,8 +69,12 @@ class CVolumeFacts final : public CSystemFacts {
 
   SystemFamily Family() const override { return SystemFamily::Windows; }
   std::optional<WindowsVersion> Windows() const override {
-    std::call_once(m_once, [this] { m_version = ReadVersion(); });
-    return m_version;
+    const std::lock_guard lock(m_lock);
+    if (m_version) return m_version;
+    const WindowsVersion version = ReadVersion();
+    // What a cancel cut short is read again by the next one who asks.
+    if (!os::IsWorkTerminated()) m_version = version;
+    return version;
   }
   SystemWidth Width() const override {
     return {.isKnown = true, .isRedirected = false, .isWide = m_registry.IsWide()};
@@ -179,8 +184,8 @@ class CVolumeFacts final : public CSystemFacts {
 
   CVolumeRegistry& m_registry;
   const std::string m_windowsFolder;
-  mutable std::once_flag m_once;
-  mutable WindowsVersion m_version;  // written once, under m_once
+  mutable std::mutex m_lock;                        // guards the next one
+  mutable std::optional<WindowsVersion> m_version;  // nothing until it was read whole
 };
 
 }  // namespace

@@ -60,7 +60,7 @@ bool RegistryKeyRowSource::AddLeaf(const std::string& path, std::unique_ptr<CReg
 
 bool RegistryValueRowSource::AddLeaf(const std::string& path, std::unique_ptr<CRegistryKey> key,
                                      Value& error) {
-  if (!HasWildcard(ValuePattern())) return AddValue(path, ValuePattern(), *key);
+  if (!HasWildcard(ValuePattern())) return AddValue(path, ValuePattern(), *key, error);
   const auto stop = [&] { return IsOver(error); };
   std::string name;
   for (uint32_t i = 0; !IsFull(); ++i) {
@@ -72,17 +72,28 @@ bool RegistryValueRowSource::AddLeaf(const std::string& path, std::unique_ptr<CR
       LogUnread(HivePath(Options()->hive, path), status);
       return true;
     }
-    if (MatchesName(name, ValuePattern(), stop) && !AddValue(path, name, *key)) return false;
+    if (MatchesName(name, ValuePattern(), stop) && !AddValue(path, name, *key, error)) return false;
   }
   return true;
 }
 
-// A value that is not there (any more) is no row.
+// A value that is not there (any more) is no row. One that cannot be read is, if the key has it.
 bool RegistryValueRowSource::AddValue(const std::string& path, const std::string& name,
-                                      CRegistryKey& key) {
+                                      CRegistryKey& key, Value& error) {
   auto item = MakeRef<CRegistryValueItem>(Context().Root->Machine(), Options(), path, name);
   if (!item->FillFrom(key, *Context().Message)) return item->HasVanished();
-  return AddRow(*item);
+  const bool isListed = HasWildcard(ValuePattern()) || item->IsRead() || IsListed(key, error);
+  if (IsOver(error)) return false;
+  return !isListed || AddRow(*item);
+}
+
+// Whether the key has a value of the name that the path gives.
+bool RegistryValueRowSource::IsListed(CRegistryKey& key, Value& error) {
+  std::string name;
+  for (uint32_t i = 0; !IsOver(error) && key.EnumValue(i, name) == kErrorSuccess; ++i) {
+    if (EqualsNoCase(name, ValuePattern())) return true;
+  }
+  return false;
 }
 
 }  // namespace kestra

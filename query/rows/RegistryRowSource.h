@@ -63,7 +63,8 @@ class RegistryValueRowSource : public RegistryRowSource {
   bool AddLeaf(const std::string& path, std::unique_ptr<CRegistryKey> key, Value& error) override;
 
  private:
-  bool AddValue(const std::string& path, const std::string& name, CRegistryKey& key);
+  bool AddValue(const std::string& path, const std::string& name, CRegistryKey& key, Value& error);
+  bool IsListed(CRegistryKey& key, Value& error);
 };
 
 }  // namespace kestra

@@ -5,14 +5,37 @@
 
 #include "platform/image/registry/KeyResolver.h"
 #include "platform/image/registry/tree/FoldedName.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
 
 using Listing = CRegistryFile::Listing;
 
-bool IsLess(const TreeEntry& a, const TreeEntry& b) {
-  return CompareNoCase(a.name, b.name) < 0;
+// False when the thread's work is terminated. std::sort and its like end early by exceptions only.
+bool SortByName(std::vector<TreeEntry>& entries) {
+  struct CTerminated {};
+  os::CPacedTermination termination;
+  try {
+    std::stable_sort(entries.begin(), entries.end(), [&](const TreeEntry& a, const TreeEntry& b) {
+      if (termination.IsOver()) throw CTerminated();
+      return CompareNoCase(a.name, b.name) < 0;
+    });
+  } catch (const CTerminated&) {
+    return false;
+  }
+  return true;
+}
+
+// Of names of which no two are alike.
+SystemError MakeListing(std::vector<TreeEntry> entries, Listing& listing) {
+  LeftOut none;
+  return CKeyListing::Make(std::move(entries), NameRule::Any, listing, none);
+}
+
+bool HasMounts(Zone zone) {
+  return zone == Zone::Machine || zone == Zone::Users || zone == Zone::System ||
+         zone == Zone::UserSoftware;
 }
 
 // One thread at a time, as every CRegistryKey.
@@ -60,6 +83,8 @@ class CVolumeKey final : public CRegistryKey {
     name = listing.Entries()[index].name;
     return kErrorSuccess;
   }
+  SystemError CountOf(SystemError (CVolumeKey::*list)(), const Listing& listing,
+                      const std::optional<uint32_t>& told, uint32_t& count);
   SystemError ListSubKeys();
   SystemError ListValues();
   SystemError ListLayers(FileList list, Listing& joined) const;
@@ -70,17 +95,35 @@ class CVolumeKey final : public CRegistryKey {
   Listing m_values;
 };
 
+// What is damaged of these facts costs the others nothing.
 SystemError CVolumeKey::QueryInfo(RegistryKeyInfo& info) {
-  if (const SystemError error = ListSubKeys()) return error;
-  if (const SystemError error = ListValues()) return error;
   KeyFacts facts;
   if (!m_node.layers.empty()) {
     const KeyLayer& layer = m_node.layers.front();
     if (const SystemError error = layer.pFile->Tree().Facts(layer.key, facts)) return error;
   }
-  info = {facts.className, static_cast<uint32_t>(m_subKeys->Entries().size()),
-          static_cast<uint32_t>(m_values->Entries().size()), facts.lastWriteTime};
-  return kErrorSuccess;
+  if (m_node.layers.size() != 1) facts.subKeyCount = facts.valueCount = std::nullopt;
+  if (HasMounts(m_node.zone)) facts.subKeyCount = std::nullopt;
+  info = {facts.className, 0, 0, facts.lastWriteTime};
+  SystemError error =
+      CountOf(&CVolumeKey::ListSubKeys, m_subKeys, facts.subKeyCount, info.subKeyCount);
+  if (error == kErrorSuccess) {
+    error = CountOf(&CVolumeKey::ListValues, m_values, facts.valueCount, info.valueCount);
+  }
+  return error;
+}
+
+// Listing a key to know how many entries it has is dear; one that cannot be listed has none to
+// show.
+SystemError CVolumeKey::CountOf(SystemError (CVolumeKey::*list)(), const Listing& listing,
+                                const std::optional<uint32_t>& told, uint32_t& count) {
+  if (!listing && told) {
+    count = *told;
+    return kErrorSuccess;
+  }
+  const SystemError error = (this->*list)();
+  if (listing) count = static_cast<uint32_t>(listing->Entries().size());
+  return error == kErrorRegistryCorrupt ? kErrorSuccess : error;
 }
 
 SystemError CVolumeKey::ListValues() {
@@ -97,7 +140,7 @@ SystemError CVolumeKey::ListSubKeys() {
   if (!mounts.empty()) {
     std::vector<TreeEntry> entries = listing->Entries();
     for (std::string& name : mounts) entries.push_back({std::move(name), 0});
-    listing = std::make_shared<const CKeyListing>(std::move(entries));
+    if (const SystemError error = MakeListing(std::move(entries), listing)) return error;
   }
   m_subKeys = std::move(listing);
   return kErrorSuccess;
@@ -111,6 +154,7 @@ SystemError CVolumeKey::ListLayers(FileList list, Listing& joined) const {
   for (const KeyLayer& layer : m_node.layers) {
     Listing listing;
     const SystemError failure = (layer.pFile->*list)(layer.key, listing);
+    if (failure == kErrorCancelled) return failure;
     if (failure == kErrorSuccess) {
       listings.push_back(std::move(listing));
     } else {
@@ -124,14 +168,15 @@ SystemError CVolumeKey::ListLayers(FileList list, Listing& joined) const {
   }
   std::vector<TreeEntry> entries;
   std::unordered_set<std::string> names;
+  os::CPacedTermination termination;
   for (const Listing& listing : listings) {
     for (const TreeEntry& entry : listing->Entries()) {
+      if (termination.IsOver()) return kErrorCancelled;
       if (names.insert(FoldedName(entry.name)).second) entries.push_back(entry);
     }
   }
-  std::stable_sort(entries.begin(), entries.end(), IsLess);
-  joined = std::make_shared<const CKeyListing>(std::move(entries));
-  return kErrorSuccess;
+  if (!SortByName(entries)) return kErrorCancelled;
+  return MakeListing(std::move(entries), joined);
 }
 
 }  // namespace

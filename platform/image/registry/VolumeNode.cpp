@@ -16,6 +16,7 @@ SystemError FindChild(const VolumeNode& node, std::string_view name, VolumeNode&
   for (const KeyLayer& layer : node.layers) {
     CRegistryFile::Listing listing;
     if (const SystemError failure = layer.pFile->SubKeys(layer.key, listing)) {
+      if (failure == kErrorCancelled) return failure;
       error = failure;
     } else if (const TreeEntry* pEntry = listing->Find(name)) {
       found.layers.push_back({layer.pFile, pEntry->id});
@@ -32,6 +33,7 @@ SystemError FindValue(const VolumeNode& node, std::string_view name, uint32_t& t
   for (const KeyLayer& layer : node.layers) {
     CRegistryFile::Listing listing;
     if (const SystemError failure = layer.pFile->Values(layer.key, listing)) {
+      if (failure == kErrorCancelled) return failure;
       error = failure;
     } else if (const TreeEntry* pEntry = listing->Find(name)) {
       return layer.pFile->Tree().ReadValue(pEntry->id, type, data);

@@ -39,8 +39,9 @@ struct VolumeNode {
 
 // Loads the file and gives its root.
 SystemError RootNode(CRegistryFile& file, Zone zone, VolumeNode& node);
-// The subkey in the layers of the node, of the zone Plain. A layer that cannot be read counts only
-// if no other has the key.
+// The subkey in the layers of the node, of the zone Plain. The next ones answer kErrorCancelled
+// when the thread's work is terminated. A layer that cannot be read counts only if no other has the
+// key.
 SystemError FindChild(const VolumeNode& node, std::string_view name, VolumeNode& child);
 SystemError FindValue(const VolumeNode& node, std::string_view name, uint32_t& type,
                       std::string& data);

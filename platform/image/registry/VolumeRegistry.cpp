@@ -5,6 +5,8 @@
 #include "platform/image/registry/KeyResolver.h"
 #include "platform/image/registry/VolumeKey.h"
 #include "platform/image/registry/layout/UserChoice.h"
+#include "platform/image/registry/tree/LoadOnce.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
@@ -31,14 +33,13 @@ class CLayoutRegistry final : public CVolumeRegistry {
   SystemError UserNode(VolumeNode& node);
   SystemError ClassesNode(VolumeNode& node);
   SystemError ConfigNode(VolumeNode& node);
-  void Choose();
+  SystemError Choose();
   void Tell(std::once_flag& once, const std::string& sentence) const;
 
   const std::shared_ptr<Source> m_source;
   const std::shared_ptr<CVolumeLayout> m_layout;  // lives as long as m_source
-  std::once_flag m_choice;
-  SystemError m_choiceError = kErrorSuccess;  // written under m_choice, like the next two
-  VolumeUser m_user;
+  CLoadOnce m_choice;
+  VolumeUser m_user;  // written under m_choice, like the next
   std::string m_choiceReason;
   std::once_flag m_choiceTold;
   std::once_flag m_classesTold;
@@ -54,24 +55,25 @@ SystemError CLayoutRegistry::Users(std::vector<VolumeUser>& users) {
   return kErrorSuccess;
 }
 
-void CLayoutRegistry::Choose() {
-  std::call_once(m_choice, [this] {
+SystemError CLayoutRegistry::Choose() {
+  return m_choice.Run([this] {
     std::vector<Profile> profiles;
-    m_choiceError = m_layout->Profiles(profiles);
-    if (m_choiceError != kErrorSuccess) {
-      m_choiceReason = "The volume's list of profiles cannot be read: system error " +
-                       std::to_string(m_choiceError);
-      return;
+    if (const SystemError error = m_layout->Profiles(profiles)) {
+      m_choiceReason =
+          "The volume's list of profiles cannot be read: system error " + std::to_string(error);
+      return error;
     }
-    m_choiceError = ChooseUser(profiles, m_source->options.userName, m_user, m_choiceReason);
+    if (os::IsWorkTerminated()) return kErrorCancelled;
+    return ChooseUser(profiles, m_source->options.userName, m_user, m_choiceReason);
   });
 }
 
 SystemError CLayoutRegistry::CurrentUser(VolumeUser& user) {
-  Choose();
-  if (m_choiceError != kErrorSuccess) {
+  const SystemError error = Choose();
+  if (error == kErrorCancelled) return error;
+  if (error != kErrorSuccess) {
     Tell(m_choiceTold, m_choiceReason);
-    return m_choiceError;
+    return error;
   }
   user = m_user;
   return kErrorSuccess;
@@ -122,15 +124,17 @@ SystemError CLayoutRegistry::ClassesNode(VolumeNode& node) {
   if (error == kErrorSuccess) {
     error = ResolveKey(*m_layout, machine, "Software\\Classes", false, machine);
   }
-  Choose();
+  const SystemError choiceError = Choose();
+  if (choiceError == kErrorCancelled) return choiceError;
   VolumeNode user;
-  bool hasUser = m_choiceError == kErrorSuccess;
+  bool hasUser = choiceError == kErrorSuccess;
   if (!hasUser) {
     Tell(m_classesTold,
          "HKEY_CLASSES_ROOT shows the classes of the machine alone. " + m_choiceReason);
   }
   hasUser = hasUser && UserNode(user) == kErrorSuccess &&
             ResolveKey(*m_layout, user, "Software\\Classes", false, user) == kErrorSuccess;
+  if (os::IsWorkTerminated()) return kErrorCancelled;
   if (!hasUser && error != kErrorSuccess) return error;
   node = {Zone::Classes, std::move(user.layers)};
   if (!hasUser) node.layers.clear();

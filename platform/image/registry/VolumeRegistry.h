@@ -18,7 +18,8 @@
 // and opens without a view flag or with kKeyWow64Key64 do not.
 //
 // A Wine prefix shows what Wine 8 shows: HKLM is system.reg, HKU has ".Default" and the one user,
-// the control set is no link, and the 32-bit view leads into every "Wow6432Node" and nowhere else.
+// the control set is no link, and the 32-bit view leads into every "Wow6432Node" and nowhere else;
+// from HKCR, which is listed whole, only where that has the key.
 #pragma once
 
 #include <functional>

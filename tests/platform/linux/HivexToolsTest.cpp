@@ -84,7 +84,7 @@ TEST(HivexTools, ShowTheSame) {
     ASSERT_EQ(file->Seal(), kErrorSuccess);
     std::shared_ptr<CKeyTree> tree;
     ASSERT_EQ(OpenHive(
-                  std::move(file), [&] { ADD_FAILURE() << path; }, tree),
+                  std::move(file), [&](HiveFault) { ADD_FAILURE() << path; }, tree),
               kErrorSuccess);
     Content content;
     Read(*tree, tree->Root(), "", content);

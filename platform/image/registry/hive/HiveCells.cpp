@@ -52,6 +52,14 @@ bool NameAt(std::string_view content, size_t begin, size_t length, bool isNarrow
   return true;
 }
 
+// None for more entries than the file has room for: each is named by 4 bytes, and lies in 24 more.
+std::optional<uint32_t> PossibleCount(std::string_view hive, std::string_view content,
+                                      size_t place) {
+  uint32_t count = 0;
+  const bool isPossible = LoadLittle(content, place, count) && count <= hive.size() / 28;
+  return isPossible ? std::optional(count) : std::nullopt;
+}
+
 }  // namespace
 
 bool ReadKeyName(std::string_view hive, uint64_t cell, std::string& name) {
@@ -63,7 +71,7 @@ bool ReadKeyName(std::string_view hive, uint64_t cell, std::string& name) {
          NameAt(content, 76, length, (flags & kKeyNameIsNarrow) != 0, name);
 }
 
-bool ReadKeyFacts(std::string_view hive, uint64_t cell, KeyFacts& facts) {
+bool ReadKeyFacts(std::string_view hive, uint64_t cell, KeyFacts& facts, bool& isWhole) {
   std::string_view content;
   uint32_t classCell = 0;
   uint16_t classLength = 0;
@@ -72,11 +80,17 @@ bool ReadKeyFacts(std::string_view hive, uint64_t cell, KeyFacts& facts) {
       !LoadLittle(content, 74, classLength)) {
     return false;
   }
+  facts.subKeyCount = PossibleCount(hive, content, 20);
+  facts.valueCount = PossibleCount(hive, content, 36);
+  isWhole = facts.subKeyCount.has_value() && facts.valueCount.has_value();
   facts.className.clear();
   if (classLength == 0 || classCell == kNoCell) return true;
   std::string_view bytes;
-  if (!CellContent(hive, kFirstBin + classCell, bytes) || bytes.size() < classLength) return false;
-  facts.className = Utf8FromUtf16(bytes.substr(0, classLength));
+  if (CellContent(hive, kFirstBin + classCell, bytes) && bytes.size() >= classLength) {
+    facts.className = Utf8FromUtf16(bytes.substr(0, classLength));
+  } else {
+    isWhole = false;
+  }
   return true;
 }
 
@@ -94,6 +108,14 @@ bool ReadValueName(std::string_view hive, uint64_t cell, std::string& name) {
   return RecordContent(hive, cell, "vk", content) && LoadLittle(content, 2, length) &&
          LoadLittle(content, 16, flags) &&
          NameAt(content, 20, length, (flags & kValueNameIsNarrow) != 0, name);
+}
+
+bool ReadValueLength(std::string_view hive, uint64_t cell, uint32_t& length) {
+  constexpr uint32_t kStoredInPlace = 0x80000000;
+  std::string_view content;
+  if (!RecordContent(hive, cell, "vk", content) || !LoadLittle(content, 4, length)) return false;
+  length &= ~kStoredInPlace;
+  return true;
 }
 
 }  // namespace kestra::image

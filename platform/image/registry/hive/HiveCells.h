@@ -14,8 +14,11 @@ namespace kestra::image {
 // The bytes are those of the whole file and cell is the offset of a cell's size in it, as hivex's
 // handles are. All functions look at every limit; false for a cell that is not what it must be.
 bool ReadKeyName(std::string_view hive, uint64_t cell, std::string& name);
-bool ReadKeyFacts(std::string_view hive, uint64_t cell, KeyFacts& facts);
+// isWhole: nothing was left out since it is damaged.
+bool ReadKeyFacts(std::string_view hive, uint64_t cell, KeyFacts& facts, bool& isWhole);
 bool IsLinkCell(std::string_view hive, uint64_t cell);
 bool ReadValueName(std::string_view hive, uint64_t cell, std::string& name);
+// How long the value says that its data are: a number that the file may or may not have room for.
+bool ReadValueLength(std::string_view hive, uint64_t cell, uint32_t& length);
 
 }  // namespace kestra::image

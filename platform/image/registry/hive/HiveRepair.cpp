@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/base/ByteSource.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
@@ -37,8 +38,8 @@ bool IsBinOrEnd(const std::string& hive, size_t place, size_t end) {
 
 // Where a cell's size makes no sense, nobody knows where the next one begins: what is left of the
 // bin counts as free. A size is negative for a cell that is in use.
-bool RepairCells(std::string& hive, size_t bin, size_t end) {
-  for (size_t place = bin + kBinHead; place < end;) {
+bool RepairCells(std::string& hive, size_t bin, size_t end, os::CPacedTermination& termination) {
+  for (size_t place = bin + kBinHead; place < end && !termination.IsOver();) {
     const uint32_t stored = Load(hive, place);
     const size_t size = stored < 0x80000000 ? stored : 0u - stored;
     if (size == 0 || size % 8 != 0 || size > end - place) {
@@ -66,7 +67,8 @@ bool RepairBins(std::string& hive) {
   bool isRepaired = false;
   const size_t whole = hive.size() / kPage * kPage;
   const size_t end = std::min<uint64_t>(whole, uint64_t{kHeaderSize} + Load(hive, 40));
-  for (size_t place = kHeaderSize; place < end;) {
+  os::CPacedTermination termination;
+  for (size_t place = kHeaderSize; place < end && !termination.IsOver();) {
     const size_t size = Load(hive, place + kBinSize);
     const bool isSound =
         IsBin(hive, place) && size != 0 && size % kPage == 0 && size <= end - place;
@@ -79,7 +81,7 @@ bool RepairBins(std::string& hive) {
       Store(hive, place + kBinSize, static_cast<uint32_t>(next - place));
       isRepaired = true;
     }
-    isRepaired = RepairCells(hive, place, next) || isRepaired;
+    isRepaired = RepairCells(hive, place, next, termination) || isRepaired;
     place = next;
   }
   return isRepaired;

@@ -11,7 +11,8 @@ bool RepairHeaderChecksum(std::string& head);
 
 // Makes the heads of all bins, which the cells lie in, say where they begin and end. Of a bin whose
 // own head is lost the next sound one is the end. What stands behind a cell whose size makes no
-// sense, up to the end of its bin, becomes free. True if anything was wrong.
+// sense, up to the end of its bin, becomes free. True if anything was wrong. Left half-done when
+// the thread's work is terminated.
 bool RepairBins(std::string& hive);
 
 }  // namespace kestra::image

@@ -9,6 +9,7 @@
 #include "platform/image/registry/hive/HiveCells.h"
 #include "platform/image/registry/hive/HiveRepair.h"
 #include "platform/image/registry/hive/HivexLibrary.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
@@ -55,18 +56,26 @@ SystemError ErrorFromHivex() {
 class CHiveTree final : public CKeyTree {
  public:
   CHiveTree(const HivexLibrary& hivex, std::unique_ptr<os::CMemoryFile> file,
-            std::function<void()> onDamage)
-      : m_hivex(hivex), m_file(std::move(file)), m_onDamage(std::move(onDamage)) {}
+            HiveFaultHandler onFault)
+      : m_hivex(hivex), m_file(std::move(file)), m_onFault(std::move(onFault)) {}
 
   SystemError Open();
   std::string_view Bytes() const { return m_file->Bytes(); }
 
   TreeId Root() const override { return m_root; }
-  bool IsLink(TreeId key) const override { return IsLinkCell(m_file->Bytes(), key); }
+  // A root that says it is one is damaged: nothing leads on from there.
+  bool IsLink(TreeId key) const override {
+    return key != m_root && IsLinkCell(m_file->Bytes(), key);
+  }
   SystemError Facts(TreeId key, KeyFacts& facts) const override {
-    if (ReadKeyFacts(m_file->Bytes(), key, facts)) return kErrorSuccess;
-    m_onDamage();
-    return kErrorRegistryCorrupt;
+    bool isWhole = false;
+    const bool isRead = ReadKeyFacts(m_file->Bytes(), key, facts, isWhole);
+    if (!isRead || !isWhole) m_onFault(HiveFault::Damage);
+    return isRead ? kErrorSuccess : kErrorRegistryCorrupt;
+  }
+  std::string Name(TreeId key) const override {
+    std::string name;
+    return ReadKeyName(m_file->Bytes(), key, name) ? name : std::string();
   }
   SystemError SubKeys(TreeId key, std::vector<TreeEntry>& entries) const override {
     return List(m_hivex.nodeChildren, ReadKeyName, key, entries);
@@ -77,15 +86,28 @@ class CHiveTree final : public CKeyTree {
   SystemError ReadValue(TreeId value, uint32_t& type, std::string& data) const override;
 
  private:
+  // Whether what the record says of its size can be true.
+  using SizeCheck = bool (CHiveTree::*)(TreeId record) const;
+
+  bool HasPossibleCounts(TreeId key) const {
+    KeyFacts facts;
+    bool isWhole = false;
+    return ReadKeyFacts(m_file->Bytes(), key, facts, isWhole) && facts.subKeyCount &&
+           facts.valueCount;
+  }
+  bool HasPossibleLength(TreeId value) const {
+    uint32_t length = 0;
+    return ReadValueLength(m_file->Bytes(), value, length) && length <= m_file->Bytes().size();
+  }
   template <class Result, class Call>
-  SystemError Ask(Call call, Result& result) const;
+  SystemError Ask(TreeId record, SizeCheck isPossible, Call call, Result& result) const;
   template <class Lister, class NameReader>
   SystemError List(Lister lister, NameReader readName, TreeId key,
                    std::vector<TreeEntry>& entries) const;
 
   const HivexLibrary& m_hivex;
   const std::unique_ptr<os::CMemoryFile> m_file;
-  const std::function<void()> m_onDamage;
+  const HiveFaultHandler m_onFault;
   TreeId m_root = 0;
   mutable std::mutex m_lock;       // guards the handles: each is for one thread at a time
   mutable HiveHandle m_strict;     // null if the file is too damaged for it
@@ -96,20 +118,22 @@ SystemError CHiveTree::Open() {
   m_strict = OpenHandle(m_hivex, *m_file, 0);
   if (m_strict) m_root = m_hivex.root(m_strict.get());
   if (m_root != 0) {
-    if (IsCut(m_file->Bytes())) m_onDamage();
+    if (IsCut(m_file->Bytes())) m_onFault(HiveFault::Damage);
     return kErrorSuccess;
   }
   m_strict.reset();
   m_heuristic = OpenHandle(m_hivex, *m_file, HIVEX_OPEN_UNSAFE);
   if (m_heuristic) m_root = m_hivex.root(m_heuristic.get());
   if (m_root == 0) return ErrorFromHivex();
-  m_onDamage();
+  m_onFault(HiveFault::Damage);
   return kErrorSuccess;
 }
 
-// call is given a handle and answers a pointer that is the caller's to free, or null with errno.
+// call is given a handle and answers a pointer that is the caller's to free, or null with errno:
+// ERANGE at the library's own limits, which a size that is damaged passes as well.
 template <class Result, class Call>
-SystemError CHiveTree::Ask(Call call, Result& result) const {
+SystemError CHiveTree::Ask(TreeId record, SizeCheck isPossible, Call call, Result& result) const {
+  bool isTooLarge = false;
   {
     std::lock_guard guard(m_lock);
     errno = 0;
@@ -119,11 +143,13 @@ SystemError CHiveTree::Ask(Call call, Result& result) const {
     errno = 0;
     if (m_heuristic) result.reset(call(m_heuristic.get()));
     if (!result && (!m_heuristic || errno != 0)) {
+      isTooLarge = errno == ERANGE;
       const SystemError error = ErrorFromHivex();
       if (error != kErrorRegistryCorrupt) return error;
     }
   }
-  m_onDamage();
+  isTooLarge = isTooLarge && (this->*isPossible)(record);
+  m_onFault(isTooLarge ? HiveFault::Limit : HiveFault::Damage);
   return result ? kErrorSuccess : kErrorRegistryCorrupt;
 }
 
@@ -133,10 +159,12 @@ SystemError CHiveTree::List(Lister lister, NameReader readName, TreeId key,
   entries.clear();
   std::unique_ptr<size_t, Freed> list;
   const auto call = [&](hive_h* pHive) { return lister(pHive, static_cast<size_t>(key)); };
-  const SystemError error = Ask(call, list);
+  const SystemError error = Ask(key, &CHiveTree::HasPossibleCounts, call, list);
   if (error != kErrorSuccess || !list) return error;
   bool isWhole = true;
+  os::CPacedTermination termination;
   for (const size_t* pHandle = list.get(); *pHandle != 0; ++pHandle) {
+    if (termination.IsOver()) return kErrorCancelled;
     TreeEntry entry{{}, *pHandle};
     if (readName(m_file->Bytes(), *pHandle, entry.name)) {
       entries.push_back(std::move(entry));
@@ -144,7 +172,7 @@ SystemError CHiveTree::List(Lister lister, NameReader readName, TreeId key,
       isWhole = false;
     }
   }
-  if (!isWhole) m_onDamage();
+  if (!isWhole) m_onFault(HiveFault::Damage);
   return kErrorSuccess;
 }
 
@@ -155,7 +183,8 @@ SystemError CHiveTree::ReadValue(TreeId value, uint32_t& type, std::string& data
   const auto call = [&](hive_h* pHive) {
     return m_hivex.valueValue(pHive, static_cast<size_t>(value), &hiveType, &length);
   };
-  if (const SystemError error = Ask(call, bytes)) return error;
+  const SystemError error = Ask(value, &CHiveTree::HasPossibleLength, call, bytes);
+  if (error != kErrorSuccess) return error;
   // Types are any 32 bits, and the enumeration has no room for that.
   static_assert(sizeof hiveType == sizeof type);
   std::memcpy(&type, &hiveType, sizeof type);
@@ -166,7 +195,7 @@ SystemError CHiveTree::ReadValue(TreeId value, uint32_t& type, std::string& data
 // A copy in which hivex finds more; false if there is nothing to put right.
 bool RepairedCopy(std::string_view bytes, std::unique_ptr<os::CMemoryFile>& copy) {
   std::string hive(bytes);
-  return RepairBins(hive) && os::MakeMemoryFile(copy) == kErrorSuccess &&
+  return RepairBins(hive) && !os::IsWorkTerminated() && os::MakeMemoryFile(copy) == kErrorSuccess &&
          copy->Write(hive) == kErrorSuccess && copy->Seal() == kErrorSuccess;
 }
 
@@ -179,19 +208,20 @@ bool IsDirtyHive(std::string_view bytes) {
   return LoadLittle(bytes, 4, first) && LoadLittle(bytes, 8, second) && first != second;
 }
 
-SystemError OpenHive(std::unique_ptr<os::CMemoryFile> file, std::function<void()> onDamage,
+SystemError OpenHive(std::unique_ptr<os::CMemoryFile> file, HiveFaultHandler onFault,
                      std::shared_ptr<CKeyTree>& tree) {
   if (file->Bytes().substr(0, 4) != "regf") return kErrorRegistryCorrupt;
   const HivexLibrary* pHivex = LoadHivex();
   if (!pHivex) return kErrorCallNotImplemented;
-  auto hive = std::make_shared<CHiveTree>(*pHivex, std::move(file), onDamage);
+  auto hive = std::make_shared<CHiveTree>(*pHivex, std::move(file), onFault);
   SystemError error = hive->Open();
   std::unique_ptr<os::CMemoryFile> repaired;
   if (error == kErrorRegistryCorrupt && RepairedCopy(hive->Bytes(), repaired)) {
-    hive = std::make_shared<CHiveTree>(*pHivex, std::move(repaired), onDamage);
+    hive = std::make_shared<CHiveTree>(*pHivex, std::move(repaired), onFault);
     error = hive->Open();
-    if (error == kErrorSuccess) onDamage();
+    if (error == kErrorSuccess) onFault(HiveFault::Damage);
   }
+  if (os::IsWorkTerminated()) return kErrorCancelled;
   if (error == kErrorSuccess) tree = std::move(hive);
   return error;
 }

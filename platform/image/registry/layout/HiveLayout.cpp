@@ -1,9 +1,12 @@
 #include <array>
 #include <mutex>
+#include <unordered_map>
 
 #include "platform/base/text/Characters.h"
 #include "platform/image/registry/layout/HiveProfiles.h"
 #include "platform/image/registry/layout/VolumeLayout.h"
+#include "platform/image/registry/tree/FoldedName.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
@@ -23,11 +26,11 @@ class CHiveLayout final : public CVolumeLayout {
       : m_open(open),
         m_notice(notice),
         m_windowsFolder(std::move(windowsFolder)),
-        m_sam(Config("SAM"), RegistryFileForm::Hive, open, notice),
-        m_security(Config("SECURITY"), RegistryFileForm::Hive, open, notice),
-        m_software(Config("SOFTWARE"), RegistryFileForm::Hive, open, notice),
-        m_system(Config("SYSTEM"), RegistryFileForm::Hive, open, notice),
-        m_default(Config("DEFAULT"), RegistryFileForm::Hive, open, notice) {}
+        m_sam(Config("SAM"), RegistryFileForm::Hive, open, notice, m_budget),
+        m_security(Config("SECURITY"), RegistryFileForm::Hive, open, notice, m_budget),
+        m_software(Config("SOFTWARE"), RegistryFileForm::Hive, open, notice, m_budget),
+        m_system(Config("SYSTEM"), RegistryFileForm::Hive, open, notice, m_budget),
+        m_default(Config("DEFAULT"), RegistryFileForm::Hive, open, notice, m_budget) {}
 
   bool IsWide() override;
   SystemError Profiles(std::vector<Profile>& profiles) override;
@@ -63,6 +66,7 @@ class CHiveLayout final : public CVolumeLayout {
   }
   bool ReadWidth();
   SystemError LoadProfiles();
+  SystemError ReadProfileList();
   SystemError UserNames(std::vector<std::string>& names);
   SystemError MachineChild(std::string_view name, VolumeNode& child);
   SystemError UserChild(std::string_view name, VolumeNode& child);
@@ -73,16 +77,17 @@ class CHiveLayout final : public CVolumeLayout {
   const OpenRegistryFile& m_open;
   const Notice& m_notice;
   const std::string m_windowsFolder;
+  CLoadBudget m_budget;
   CRegistryFile m_sam;
   CRegistryFile m_security;
   CRegistryFile m_software;
   CRegistryFile m_system;
   CRegistryFile m_default;
-  std::once_flag m_width;
+  CLoadOnce m_width;
   bool m_isWide = false;  // written under m_width
-  std::once_flag m_profileLoad;
-  SystemError m_profileError = kErrorSuccess;  // written under m_profileLoad, like the next
-  std::vector<HiveProfile> m_profiles;
+  CLoadOnce m_profileLoad;
+  std::vector<HiveProfile> m_profiles;                      // written under m_profileLoad, like
+  std::unordered_map<std::string, size_t> m_profilePlaces;  // this one: by folded SID
   std::once_flag m_controlSetTold;
 };
 
@@ -97,8 +102,14 @@ SystemError FindPath(VolumeNode node, std::initializer_list<std::string_view> pa
 }
 
 bool CHiveLayout::IsWide() {
-  std::call_once(m_width, [this] { m_isWide = ReadWidth(); });
-  return m_isWide;
+  const SystemError error = m_width.Run([this] {
+    const bool isWide = ReadWidth();
+    // What a cancel kept from being read tells nothing.
+    if (os::IsWorkTerminated()) return kErrorCancelled;
+    m_isWide = isWide;
+    return kErrorSuccess;
+  });
+  return error == kErrorSuccess && m_isWide;
 }
 
 bool CHiveLayout::ReadWidth() {
@@ -118,29 +129,42 @@ bool CHiveLayout::ReadWidth() {
 
 SystemError CHiveLayout::Profiles(std::vector<Profile>& profiles) {
   if (const SystemError error = LoadProfiles()) return error;
+  profiles.reserve(m_profiles.size());
   for (const HiveProfile& each : m_profiles) profiles.push_back(each.profile);
   return kErrorSuccess;
 }
 
 SystemError CHiveLayout::LoadProfiles() {
-  std::call_once(m_profileLoad, [this] {
-    VolumeNode list;
-    m_profileError = RootNode(m_software, Zone::Software, list);
-    if (m_profileError != kErrorSuccess) return;
-    m_profileError =
-        FindPath(list, {"Microsoft", "Windows NT", "CurrentVersion", "ProfileList"}, list);
-    if (m_profileError != kErrorSuccess) return;
-    m_profileError = ReadProfiles(list, m_windowsFolder, m_open, m_notice, m_profiles);
+  return m_profileLoad.Run([this] {
+    const SystemError error = ReadProfileList();
+    if (error != kErrorSuccess || os::IsWorkTerminated()) return error;
+    for (size_t i = 0; i < m_profiles.size(); ++i) {
+      m_profilePlaces.try_emplace(FoldedName(m_profiles[i].profile.user.sid), i);
+    }
+    return error;
   });
-  return m_profileError;
+}
+
+SystemError CHiveLayout::ReadProfileList() {
+  VolumeNode list;
+  // A notice tells of a hive that cannot be read.
+  if (const SystemError error = RootNode(m_software, Zone::Software, list)) return error;
+  SystemError error =
+      FindPath(list, {"Microsoft", "Windows NT", "CurrentVersion", "ProfileList"}, list);
+  if (error == kErrorSuccess) {
+    error = ReadProfiles(list, m_windowsFolder, m_open, m_notice, m_budget, m_profiles);
+  }
+  if (error != kErrorSuccess && error != kErrorCancelled && m_notice) {
+    m_notice(m_software.Name() + " does not tell who has a profile (system error " +
+             std::to_string(error) + "): no user's keys are shown below HKEY_USERS");
+  }
+  return error;
 }
 
 HiveProfile* CHiveLayout::FindProfile(std::string_view sid) {
   if (sid.empty() || LoadProfiles() != kErrorSuccess) return nullptr;
-  for (HiveProfile& each : m_profiles) {
-    if (EqualsNoCase(each.profile.user.sid, sid)) return &each;
-  }
-  return nullptr;
+  const auto found = m_profilePlaces.find(FoldedName(sid));
+  return found == m_profilePlaces.end() ? nullptr : &m_profiles[found->second];
 }
 
 SystemError CHiveLayout::MountNames(const VolumeNode& node, std::vector<std::string>& names) {
@@ -155,7 +179,7 @@ SystemError CHiveLayout::MountNames(const VolumeNode& node, std::vector<std::str
       return UserNames(names);
     case Zone::System:
       if (ControlSet(node, found) == kErrorSuccess) names.emplace_back(kCurrentControlSet);
-      return kErrorSuccess;
+      return os::IsWorkTerminated() ? kErrorCancelled : kErrorSuccess;
     case Zone::UserSoftware: {
       HiveProfile* pProfile = FindProfile(node.sid);
       if (pProfile && pProfile->classes->IsThere()) names.emplace_back("Classes");
@@ -167,11 +191,14 @@ SystemError CHiveLayout::MountNames(const VolumeNode& node, std::vector<std::str
 }
 
 SystemError CHiveLayout::UserNames(std::vector<std::string>& names) {
-  if (const SystemError error = LoadProfiles()) return error;
   if (m_default.IsThere()) {
     names.emplace_back(kDefaultUser);
     names.emplace_back(kLocalSystemSid);
   }
+  // Without the list of profiles there is the rest; a notice tells what is lacking.
+  const SystemError error = LoadProfiles();
+  if (error == kErrorCancelled) return error;
+  if (error != kErrorSuccess) return kErrorSuccess;
   for (HiveProfile& each : m_profiles) {
     if (each.hive->IsThere()) names.push_back(each.profile.user.sid);
     if (each.classes->IsThere())
@@ -244,7 +271,7 @@ SystemError CHiveLayout::ControlSet(const VolumeNode& system, VolumeNode& child)
     const std::string digits = std::to_string(1000 + number).substr(1);
     error = FindChild(system, "ControlSet" + digits, child);
   }
-  if (error != kErrorSuccess) {
+  if (error != kErrorSuccess && error != kErrorCancelled) {
     std::call_once(m_controlSetTold, [this] {
       if (m_notice) {
         m_notice(m_system.Name() +

@@ -1,12 +1,16 @@
 #include "platform/image/registry/layout/HiveProfiles.h"
 
 #include <algorithm>
+#include <unordered_map>
 
 #include "platform/base/text/Characters.h"
+#include "platform/image/registry/tree/FoldedName.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 namespace {
 
+constexpr size_t kMostProfiles = 10'000;
 constexpr std::string_view kClassesPaths[] = {
     "\\AppData\\Local\\Microsoft\\Windows\\UsrClass.dat",
     "\\Local Settings\\Application Data\\Microsoft\\Windows\\UsrClass.dat",
@@ -68,21 +72,44 @@ std::string LastPart(const std::string& path) {
   return path.substr(path.rfind('\\') + 1);
 }
 
-HiveProfile MakeProfile(const std::string& sid, std::string path, const OpenRegistryFile& open,
-                        const Notice& notice) {
-  while (!path.empty() && path.back() == '\\') path.pop_back();
-  const auto file = [&](std::string_view name) {
-    return std::make_unique<CRegistryFile>(path + std::string(name), RegistryFileForm::Hive, open,
-                                           notice);
-  };
-  HiveProfile made;
-  made.hive = file("\\NTUSER.DAT");
-  for (const std::string_view name : kClassesPaths) {
-    if (!made.classes || !made.classes->IsThere()) made.classes = file(name);
+// Makes the hives of profiles' folders, each once.
+class CProfileHives {
+ public:
+  CProfileHives(const OpenRegistryFile& open, const Notice& notice, CLoadBudget& budget)
+      : m_open(open), m_notice(notice), m_budget(budget) {}
+
+  HiveProfile Make(const std::string& sid, std::string path) {
+    while (!path.empty() && path.back() == '\\') path.pop_back();
+    Hives& hives = m_hives[FoldedName(path)];
+    if (!hives.own) MakeHives(path, hives);
+    Profile profile{{sid, LastPart(path), path}, IsPersonSid(sid), hives.own->IsThere()};
+    return {std::move(profile), hives.own, hives.classes};
   }
-  made.profile = {{sid, LastPart(path), path}, IsPersonSid(sid), made.hive->IsThere()};
-  return made;
-}
+
+ private:
+  struct Hives {
+    std::shared_ptr<CRegistryFile> own;
+    std::shared_ptr<CRegistryFile> classes;
+  };
+
+  std::shared_ptr<CRegistryFile> File(const std::string& name) const {
+    return std::make_shared<CRegistryFile>(name, RegistryFileForm::Hive, m_open, m_notice,
+                                           m_budget);
+  }
+  void MakeHives(const std::string& path, Hives& hives) const {
+    hives.own = File(path + "\\NTUSER.DAT");
+    for (const std::string_view name : kClassesPaths) {
+      if (!hives.classes || !hives.classes->IsThere()) {
+        hives.classes = File(path + std::string(name));
+      }
+    }
+  }
+
+  const OpenRegistryFile& m_open;
+  const Notice& m_notice;
+  CLoadBudget& m_budget;
+  std::unordered_map<std::string, Hives> m_hives;  // by folder
+};
 
 }  // namespace
 
@@ -99,20 +126,30 @@ bool IsPersonSid(std::string_view sid) {
 }
 
 SystemError ReadProfiles(const VolumeNode& profileList, const std::string& windowsFolder,
-                         const OpenRegistryFile& open, const Notice& notice,
+                         const OpenRegistryFile& open, const Notice& notice, CLoadBudget& budget,
                          std::vector<HiveProfile>& profiles) {
   const CTokens tokens(profileList, windowsFolder);
+  CProfileHives hives(open, notice, budget);
+  profiles.clear();
+  size_t count = 0;
   for (const KeyLayer& layer : profileList.layers) {
     CRegistryFile::Listing listing;
     if (const SystemError error = layer.pFile->SubKeys(layer.key, listing)) return error;
     for (const TreeEntry& entry : listing->Entries()) {
+      if (os::IsWorkTerminated()) return kErrorCancelled;
       // The system's own part of the registry is no profile's: it is the default hive.
       if (!IsSid(entry.name) || EqualsNoCase(entry.name, kLocalSystemSid)) continue;
+      if (++count > kMostProfiles) continue;
       const VolumeNode key{Zone::Plain, {{layer.pFile, entry.id}}, {}};
       std::string path;
       if (FindText(key, "ProfileImagePath", path) != kErrorSuccess || path.empty()) continue;
-      profiles.push_back(MakeProfile(entry.name, tokens.Expand(path), open, notice));
+      profiles.push_back(hives.Make(entry.name, tokens.Expand(path)));
     }
+  }
+  if (os::IsWorkTerminated()) return kErrorCancelled;
+  if (count > kMostProfiles && notice) {
+    notice("The volume has " + std::to_string(count) + " profiles, of which only the first " +
+           std::to_string(kMostProfiles) + " are looked at");
   }
   std::stable_sort(profiles.begin(), profiles.end(), [](const auto& a, const auto& b) {
     return CompareNoCase(a.profile.user.name, b.profile.user.name) < 0;

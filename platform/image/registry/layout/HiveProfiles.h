@@ -12,17 +12,18 @@ namespace kestra::image {
 
 inline constexpr std::string_view kLocalSystemSid = "S-1-5-18";
 
-// A profile with its hives.
+// A profile with its hives, which are those of another one too if both name the same folder.
 struct HiveProfile {
   Profile profile;
-  std::unique_ptr<CRegistryFile> hive;
-  std::unique_ptr<CRegistryFile> classes;
+  std::shared_ptr<CRegistryFile> hive;
+  std::shared_ptr<CRegistryFile> classes;
 };
 
 // All profiles under the key Microsoft\Windows NT\CurrentVersion\ProfileList of the SOFTWARE hive,
-// ordered by name. windowsFolder as in "C:\Windows".
+// ordered by name; at most 10,000, and a notice tells if there are more. windowsFolder as in
+// "C:\Windows". kErrorCancelled when the thread's work is terminated.
 SystemError ReadProfiles(const VolumeNode& profileList, const std::string& windowsFolder,
-                         const OpenRegistryFile& open, const Notice& notice,
+                         const OpenRegistryFile& open, const Notice& notice, CLoadBudget& budget,
                          std::vector<HiveProfile>& profiles);
 
 // S-1-, and then numbers with - between.

@@ -6,12 +6,15 @@ namespace kestra::image {
 namespace {
 
 std::string ListOfPeople(const std::vector<Profile>& profiles) {
+  constexpr size_t kMostNamed = 50;
   std::string list;
+  size_t count = 0;
   for (const Profile& each : profiles) {
-    if (!each.isPerson) continue;
+    if (!each.isPerson || ++count > kMostNamed) continue;
     list += (list.empty() ? "" : ", ") + each.user.name + " (" + each.user.sid + ")";
     if (!each.hasHive) list += " without a hive";
   }
+  if (count > kMostNamed) list += " and " + std::to_string(count - kMostNamed) + " more";
   return list.empty() ? "nobody" : list;
 }
 

@@ -13,9 +13,9 @@ constexpr std::string_view kOnlySid = "S-1-5-21-0-0-0-1000";
 class CWineLayout final : public CVolumeLayout {
  public:
   CWineLayout(const OpenRegistryFile& open, const Notice& notice)
-      : m_machine("system.reg", RegistryFileForm::WineText, open, notice),
-        m_user("user.reg", RegistryFileForm::WineText, open, notice),
-        m_default("userdef.reg", RegistryFileForm::WineText, open, notice) {}
+      : m_machine("system.reg", RegistryFileForm::WineText, open, notice, m_budget),
+        m_user("user.reg", RegistryFileForm::WineText, open, notice, m_budget),
+        m_default("userdef.reg", RegistryFileForm::WineText, open, notice, m_budget) {}
 
   bool IsWide() override { return m_machine.Load() == kErrorSuccess && m_machine.IsWide(); }
   SystemError Profiles(std::vector<Profile>& profiles) override;
@@ -34,6 +34,7 @@ class CWineLayout final : public CVolumeLayout {
  private:
   std::string Sid() const;
 
+  CLoadBudget m_budget;
   CRegistryFile m_machine;
   CRegistryFile m_user;
   CRegistryFile m_default;
@@ -72,7 +73,8 @@ SystemError CWineLayout::MountNames(const VolumeNode& node, std::vector<std::str
   if (m_default.IsThere()) names.emplace_back(kDefaultUser);
   const SystemError error = m_user.Load();
   if (error == kErrorSuccess) names.push_back(Sid());
-  return error == kErrorFileNotFound ? kErrorSuccess : error;
+  // Without the user there is the rest; a notice tells what is lacking.
+  return error == kErrorCancelled ? error : kErrorSuccess;
 }
 
 SystemError CWineLayout::Child(const VolumeNode& node, std::string_view name, VolumeNode& child) {
@@ -83,11 +85,15 @@ SystemError CWineLayout::Child(const VolumeNode& node, std::string_view name, Vo
 }
 
 // Wherever there is such a key, Wine goes there for all that a 32-bit program asks for, but for
-// paths that name it themselves. It goes there from HKEY_CLASSES_ROOT without a look at the path.
+// paths that name it themselves. HKEY_CLASSES_ROOT is listed whole in both views: what is listed
+// and not there is the key that both have.
 bool CWineLayout::IsNarrowed(const VolumeNode& node, std::string_view next) {
   VolumeNode narrow;
-  const bool isNamed = EqualsNoCase(next, kNarrowKey) && node.zone != Zone::Classes;
-  return !isNamed && IsWide() && FindChild(node, kNarrowKey, narrow) == kErrorSuccess;
+  if (EqualsNoCase(next, kNarrowKey) || !IsWide() ||
+      FindChild(node, kNarrowKey, narrow) != kErrorSuccess) {
+    return false;
+  }
+  return node.zone != Zone::Classes || FindChild(narrow, next, narrow) == kErrorSuccess;
 }
 
 }  // namespace

@@ -3,6 +3,7 @@
 #include "platform/image/registry/hive/HiveRepair.h"
 #include "platform/image/registry/hive/HiveTree.h"
 #include "platform/image/registry/wine/WineRegistry.h"
+#include "platform/os/CurrentTermination.h"
 #include "platform/os/MemoryFile.h"
 
 namespace kestra::image {
@@ -13,7 +14,6 @@ constexpr size_t kReadStep = size_t{1} << 20;
 // Windows itself allows a hive half of that; a text of a tenth of the limit is a large one.
 constexpr uint64_t kLargestHive = uint64_t{1} << 30;
 constexpr uint64_t kLargestText = uint64_t{1} << 27;
-constexpr size_t kMostCachedNames = size_t{1} << 16;
 
 bool IsMissing(SystemError error) {
   return error == kErrorFileNotFound || error == kErrorPathNotFound;
@@ -25,6 +25,7 @@ template <class Taker>
 SystemError ReadAll(CFileReader& reader, uint64_t size, Taker take) {
   std::string bytes;
   while (size != 0) {
+    if (os::IsWorkTerminated()) return kErrorCancelled;
     bytes.clear();
     const auto step = static_cast<size_t>(std::min<uint64_t>(size, kReadStep));
     if (const SystemError error = reader.Read(step, bytes)) return error;
@@ -51,11 +52,11 @@ bool CRegistryFile::IsThere() {
 }
 
 SystemError CRegistryFile::Load() {
-  std::call_once(m_load, [this] {
-    m_error = Read();
-    if (m_error != kErrorSuccess) TellOfFailure(m_error);
+  return m_load.Run([this] {
+    const SystemError error = Read();
+    if (error != kErrorSuccess) TellOfFailure(error);
+    return error;
   });
-  return m_error;
 }
 
 void CRegistryFile::TellOfFailure(SystemError error) const {
@@ -68,7 +69,12 @@ void CRegistryFile::TellOfFailure(SystemError error) const {
       return Tell(" cannot be read, since the library libhivex is not installed");
     case kErrorFileTooLarge:
       return Tell(" is larger than any registry file");
+    case kErrorCancelled:
+      return;
     default:
+      if (m_isBeyondBudget) {
+        return Tell(" is not read: with it the volume's registry would take more than 2 GiB");
+      }
       return Tell(" cannot be read: system error " + std::to_string(error));
   }
 }
@@ -80,7 +86,21 @@ SystemError CRegistryFile::Read() {
   if (const SystemError error = reader->Info(info)) return error;
   const bool isHive = m_form == RegistryFileForm::Hive;
   if (info.size > (isHive ? kLargestHive : kLargestText)) return kErrorFileTooLarge;
-  return isHive ? ReadHive(*reader, info.size) : ReadText(*reader, info.size);
+  m_isBeyondBudget = !m_budget.Take(info.size);
+  if (m_isBeyondBudget) return kErrorNotEnoughMemory;
+  SystemError error = kErrorSuccess;
+  try {
+    error = ReadFrom(*reader, info.size);
+  } catch (...) {
+    m_budget.GiveBack(info.size);
+    throw;
+  }
+  if (error != kErrorSuccess) m_budget.GiveBack(info.size);
+  return error;
+}
+
+SystemError CRegistryFile::ReadFrom(CFileReader& reader, uint64_t size) {
+  return m_form == RegistryFileForm::Hive ? ReadHive(reader, size) : ReadText(reader, size);
 }
 
 SystemError CRegistryFile::ReadHive(CFileReader& reader, uint64_t size) {
@@ -100,8 +120,11 @@ SystemError CRegistryFile::ReadHive(CFileReader& reader, uint64_t size) {
   if (const SystemError error = file->Seal()) return error;
   const bool isShort = file->Bytes().size() < size;
   const bool isDirty = IsDirtyHive(file->Bytes());
-  const SystemError error = OpenHive(
-      std::move(file), [this] { TellOfDamage(); }, m_tree);
+  const auto onFault = [this](HiveFault fault) {
+    if (fault == HiveFault::Damage) return TellOfDamage();
+    TellOnce(m_isLimitTold, " holds a key or value that is larger than can be read");
+  };
+  const SystemError error = OpenHive(std::move(file), onFault, m_tree);
   if (error != kErrorSuccess) return error;
   if (isShort || isRepaired) TellOfDamage();
   if (isDirty) {
@@ -130,32 +153,40 @@ SystemError CRegistryFile::ReadText(CFileReader& reader, uint64_t size) {
   return kErrorSuccess;
 }
 
-SystemError CRegistryFile::List(TreeId key, Cache& cache, Listing& listing) {
-  {
-    std::lock_guard guard(cache.lock);
-    const auto found = cache.listings.find(key);
-    if (found != cache.listings.end()) {
-      listing = found->second;
-      return kErrorSuccess;
-    }
-  }
+SystemError CRegistryFile::SubKeys(TreeId key, Listing& listing) {
+  return List(key, m_subKeys, &CKeyTree::SubKeys, NameRule::Path, listing);
+}
+
+SystemError CRegistryFile::Values(TreeId key, Listing& listing) {
+  return List(key, m_values, &CKeyTree::Values, NameRule::Any, listing);
+}
+
+SystemError CRegistryFile::List(TreeId key, CListingCache& cache, Lister lister, NameRule rule,
+                                Listing& listing) {
+  listing = cache.Find(key);
+  if (listing) return kErrorSuccess;
   std::vector<TreeEntry> entries;
-  if (const SystemError error = ((*m_tree).*cache.pList)(key, entries)) return error;
-  listing = std::make_shared<const CKeyListing>(std::move(entries));
-  const size_t count = listing->Entries().size() + 1;
-  std::lock_guard guard(cache.lock);
-  if (cache.entryCount + count > kMostCachedNames) {
-    cache.listings.clear();
-    cache.entryCount = 0;
-  }
-  if (cache.listings.try_emplace(key, listing).second) cache.entryCount += count;
+  if (const SystemError error = ((*m_tree).*lister)(key, entries)) return error;
+  LeftOut leftOut;
+  const SystemError error = CKeyListing::Make(std::move(entries), rule, listing, leftOut);
+  if (error != kErrorSuccess) return error;
+  cache.Keep(key, listing);
+  TellOfLeftOut(key, leftOut);
   return kErrorSuccess;
 }
 
-void CRegistryFile::TellOfDamage() {
-  if (!m_isDamageTold.exchange(true)) {
-    Tell(" is damaged: what cannot be read of it is not shown");
-  }
+void CRegistryFile::TellOfLeftOut(TreeId key, const LeftOut& leftOut) {
+  const auto tell = [&](std::atomic<bool>& isTold, size_t count, const char* reason) {
+    if (count == 0) return;
+    TellOnce(isTold, " has " + std::to_string(count) + reason + " below its key \"" +
+                         m_tree->Name(key) + "\", and does not show the like");
+  };
+  tell(m_isUnnameableTold, leftOut.unnameable, " keys that no path can name");
+  tell(m_isRepeatedTold, leftOut.repeated, " keys or values with the name of another one");
+}
+
+void CRegistryFile::TellOnce(std::atomic<bool>& isTold, const std::string& sentence) const {
+  if (!isTold.exchange(true)) Tell(sentence);
 }
 
 void CRegistryFile::Tell(const std::string& sentence) const {

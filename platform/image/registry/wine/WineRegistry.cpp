@@ -40,6 +40,8 @@ class CDecoder {
       if (!line.empty() && !ReadLine(line)) ++m_registry.damagedLines;
     }
     m_tree->Finish();
+    // What was passed over now is not the text's fault.
+    if (os::IsWorkTerminated()) return kErrorCancelled;
     m_registry.tree = std::move(m_tree);
     return kErrorSuccess;
   }

@@ -34,7 +34,8 @@ struct WineRegistry {
   size_t damagedLines = 0;  // lines that made no sense and were passed over
 };
 
-// kErrorRegistryCorrupt for what is no such text at all. A line that makes no sense is passed over;
+// kErrorRegistryCorrupt for what is no such text at all; kErrorCancelled when the thread's work is
+// terminated. A line that makes no sense is passed over;
 // one of a key takes the values below it along. Keys that stand for the same place are one, and of
 // two values of a name the last one counts. Memory and time are in proportion to the text.
 SystemError DecodeWineRegistry(std::string_view text, WineRegistry& registry);

@@ -79,7 +79,9 @@ void SkipBlanks(std::string_view line, size_t& position) {
 
 // Pairs of digits with commas between; a backslash at the end of a line goes on in the next one.
 bool ReadBytes(std::string_view line, size_t position, CLineCursor& lines, std::string& bytes) {
+  os::CPacedTermination termination;
   for (SkipBlanks(line, position); position < line.size(); SkipBlanks(line, position)) {
+    if (termination.IsOver()) return false;
     if (line[position] == '\\') {
       if (position + 1 != line.size() || !lines.Next(line)) return false;
       position = 0;
@@ -123,7 +125,8 @@ bool ReadDword(std::string_view rest, size_t position, std::string& data) {
 }  // namespace
 
 bool CLineCursor::Next(std::string_view& line) {
-  if (m_rest.empty()) return false;
+  m_isTerminated = m_isTerminated || m_termination.IsOver();
+  if (m_rest.empty() || m_isTerminated) return false;
   const size_t end = m_rest.find('\n');
   line = m_rest.substr(0, end);
   m_rest.remove_prefix(end == std::string_view::npos ? m_rest.size() : end + 1);
@@ -144,7 +147,8 @@ bool ReadEscaped(std::string_view line, size_t& position, char end, std::string&
   text.clear();
   CMixedText mixed(text);
   const char stops[] = {'\\', end};
-  while (position < line.size()) {
+  os::CPacedTermination termination;
+  while (position < line.size() && !termination.IsOver()) {
     const size_t stop = line.find_first_of({stops, 2}, position);
     if (stop == std::string_view::npos) return false;
     if (stop != position) mixed.Append(line.substr(position, stop - position));

@@ -5,21 +5,28 @@
 #include <string>
 #include <string_view>
 
+#include "platform/os/CurrentTermination.h"
+
 namespace kestra::image {
 
-// Walks over the lines of a text, without their ends (LF or CR LF).
+// Walks over the lines of a text, without their ends (LF or CR LF). When the thread's work is
+// terminated the text counts as ended.
 class CLineCursor {
  public:
   explicit CLineCursor(std::string_view text) : m_rest(text) {}
   // False behind the last line.
   bool Next(std::string_view& line);
+  bool IsTerminated() const { return m_isTerminated; }
 
  private:
   std::string_view m_rest;
+  os::CPacedTermination m_termination;
+  bool m_isTerminated = false;
 };
 
 // The text from line[position] to the end character, with its escapes resolved, in UTF-8; position
-// moves behind the end character. False if the line ends before.
+// moves behind the end character. False if the line ends before, or the thread's work is
+// terminated.
 bool ReadEscaped(std::string_view line, size_t& position, char end, std::string& text);
 
 // The hexadecimal digits from line[position] on, at most limit of them; position moves behind them.

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/image/registry/tree/FoldedName.h"
+#include "platform/image/registry/tree/NameIndex.h"
 
 namespace kestra::image {
 namespace {
@@ -14,12 +15,25 @@ constexpr size_t kDeepest = 512;
 
 std::vector<std::string_view> Pieces(std::string_view path) {
   std::vector<std::string_view> pieces;
-  while (!path.empty()) {
+  while (!path.empty() && pieces.size() <= kDeepest) {
     const size_t end = std::min(path.find('\\'), path.size());
     if (end != 0) pieces.push_back(path.substr(0, end));
     path.remove_prefix(std::min(end + 1, path.size()));
   }
   return pieces;
+}
+
+template <class Record>
+SystemError Copy(const std::vector<Record>& records, const std::vector<uint32_t>& ids,
+                 std::vector<TreeEntry>& entries) {
+  entries.clear();
+  entries.reserve(ids.size());
+  os::CPacedTermination termination;
+  for (const uint32_t id : ids) {
+    if (termination.IsOver()) return kErrorCancelled;
+    entries.push_back({records[id].name, id});
+  }
+  return kErrorSuccess;
 }
 
 }  // namespace
@@ -69,20 +83,28 @@ bool CWineTree::AddValue(TreeId key, std::string name, uint32_t type, std::strin
 void CWineTree::Finish() {
   m_childIndex = {};
   m_way = {};
+  os::CPacedTermination termination;
   for (Key& key : m_keys) {
-    if (!key.isOrdered) KeepLastValues(key);
+    if (termination.IsOver()) return;
+    if (!key.isOrdered) KeepLastValues(key, termination);
   }
 }
 
-void CWineTree::KeepLastValues(Key& key) {
-  std::unordered_map<std::string, size_t> places;
+void CWineTree::KeepLastValues(Key& key, os::CPacedTermination& termination) {
+  CNameIndex places(key.values.size());
   std::vector<uint32_t> kept;
+  kept.reserve(key.values.size());
+  const auto nameAt = [&](uint32_t place) -> const std::string& {
+    return m_values[kept[place]].name;
+  };
   for (const uint32_t value : key.values) {
-    const auto [found, isNew] = places.try_emplace(FoldedName(m_values[value].name), kept.size());
-    if (isNew) {
+    if (termination.IsOver()) return;
+    const auto next = static_cast<uint32_t>(kept.size());
+    const uint32_t place = places.Add(m_values[value].name, next, nameAt);
+    if (place == CNameIndex::kNone) {
       kept.push_back(value);
     } else {
-      kept[found->second] = value;
+      kept[place] = value;
     }
   }
   key.values = std::move(kept);
@@ -90,20 +112,17 @@ void CWineTree::KeepLastValues(Key& key) {
 
 SystemError CWineTree::Facts(TreeId key, KeyFacts& facts) const {
   facts = m_keys[key].facts;
+  facts.subKeyCount = static_cast<uint32_t>(m_keys[key].subKeys.size());
+  facts.valueCount = static_cast<uint32_t>(m_keys[key].values.size());
   return kErrorSuccess;
 }
 
 SystemError CWineTree::SubKeys(TreeId key, std::vector<TreeEntry>& entries) const {
-  entries.clear();
-  for (const uint32_t subKey : m_keys[key].subKeys)
-    entries.push_back({m_keys[subKey].name, subKey});
-  return kErrorSuccess;
+  return Copy(m_keys, m_keys[key].subKeys, entries);
 }
 
 SystemError CWineTree::Values(TreeId key, std::vector<TreeEntry>& entries) const {
-  entries.clear();
-  for (const uint32_t value : m_keys[key].values) entries.push_back({m_values[value].name, value});
-  return kErrorSuccess;
+  return Copy(m_values, m_keys[key].values, entries);
 }
 
 SystemError CWineTree::ReadValue(TreeId value, uint32_t& type, std::string& data) const {

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/image/registry/tree/KeyTree.h"
+#include "platform/os/CurrentTermination.h"
 
 namespace kestra::image {
 
@@ -24,12 +25,14 @@ class CWineTree final : public CKeyTree {
   void SetLink(TreeId key) { m_keys[key].isLink = true; }
   // False if the tree is larger than any registry is.
   bool AddValue(TreeId key, std::string name, uint32_t type, std::string data);
-  // Ends the filling: of values with one name in one key the last is kept.
+  // Ends the filling: of values with one name in one key the last is kept. Left half-done when the
+  // thread's work is terminated.
   void Finish();
 
   TreeId Root() const override { return 0; }
   bool IsLink(TreeId key) const override { return m_keys[key].isLink; }
   SystemError Facts(TreeId key, KeyFacts& facts) const override;
+  std::string Name(TreeId key) const override { return m_keys[key].name; }
   SystemError SubKeys(TreeId key, std::vector<TreeEntry>& entries) const override;
   SystemError Values(TreeId key, std::vector<TreeEntry>& entries) const override;
   SystemError ReadValue(TreeId value, uint32_t& type, std::string& data) const override;
@@ -50,7 +53,7 @@ class CWineTree final : public CKeyTree {
   };
 
   uint32_t MakeChild(uint32_t parent, std::string_view name);
-  void KeepLastValues(Key& key);
+  void KeepLastValues(Key& key, os::CPacedTermination& termination);
 
   std::vector<Key> m_keys;
   std::vector<Value> m_values;

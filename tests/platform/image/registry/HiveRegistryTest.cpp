@@ -249,6 +249,12 @@ void MakeDirty(std::string& hive) {
   hive[508] ^= 1;
 }
 
+void Replace(std::string& bytes, const std::string& from, const std::string& to) {
+  for (size_t at = 0; (at = bytes.find(from, at)) != std::string::npos;) {
+    bytes.replace(at, from.size(), to);
+  }
+}
+
 TEST(HiveRegistry, TellsNoneFromUnreadable) {
   struct Case {
     std::function<void(CRegistryFiles&)> damage;
@@ -261,7 +267,11 @@ TEST(HiveRegistry, TellsNoneFromUnreadable) {
   const Case cases[] = {
       {[&](auto& files) { files.Remove(software); }, "HKLM", "SAM|SECURITY|SYSTEM", nullptr},
       {[&](auto& files) { files.Remove(software); }, "HKLM\\SOFTWARE", "error 2", "is missing"},
-      {[&](auto& files) { files.Remove(software); }, "HKU", "error 2", "is missing"},
+      {[&](auto& files) { files.Remove(software); }, "HKU", ".DEFAULT|S-1-5-18", "is missing"},
+      {[&](auto& files) { files[software] = "regf"; }, "HKU", ".DEFAULT|S-1-5-18",
+       "is no registry file"},
+      {[&](auto& files) { Replace(files[software], "ProfileList", "ProfileLizt"); }, "HKU",
+       ".DEFAULT|S-1-5-18", "does not tell who has a profile"},
       {[&](auto& files) { files.Fail(software, kErrorAccessDenied); }, "HKLM",
        "SAM|SECURITY|SOFTWARE|SYSTEM", nullptr},
       {[&](auto& files) { files.Fail(software, kErrorAccessDenied); }, "HKLM\\SOFTWARE", "error 5",
@@ -302,19 +312,29 @@ TEST(HiveRegistry, LivesThroughDamageEverywhere) {
   CRegistryFiles small(kWide);
   std::string& bytes = small[std::string(kConfig) + "SAM"];
   const std::string whole = bytes;
+  int notices = 0;
+  int unchanged = 0;
+  const image::VolumeRegistryOptions options{"alice", [&](const std::string&) { ++notices; }};
   for (size_t place = 0; place < std::min<size_t>(whole.size(), 0x1400); ++place) {
     if (place == 600) place = 0x1000;  // nobody reads what is between
     for (const char byte : {'\0', '\x7F', '\xFF'}) {
       bytes = whole;
       bytes[place] = byte;
-      const auto registry = small.Hives("alice");
+      const auto registry = image::MakeHiveRegistry(small.Opener(), "C:\\Windows", options);
+      notices = 0;
       for (const char* pPath : {"HKLM\\SAM", "HKLM\\SAM\\SAM\\Domains\\Account"}) {
-        SubKeys(*registry, pPath);
+        // What cannot be read is told of, and is never the same as what is not there.
+        const std::string answer = SubKeys(*registry, pPath);
+        unchanged += answer == "SAM";
+        EXPECT_TRUE(answer != "error 1015" || notices > 0) << place;
+        EXPECT_TRUE(answer != "error 2" || pPath != std::string("HKLM\\SAM")) << place;
         ValueNames(*registry, pPath);
         Value(*registry, std::string(pPath) + "|F");
       }
     }
   }
+  // Most of these bytes matter to no name below the root.
+  EXPECT_GT(unchanged, 2000);
 }
 
 TEST(HiveRegistry, TellsOnceThatThereIsNoControlSet) {

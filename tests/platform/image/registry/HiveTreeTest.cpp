@@ -16,7 +16,8 @@ struct OpenedHive {
     EXPECT_EQ(file->Write(bytes), kErrorSuccess);
     EXPECT_EQ(file->Seal(), kErrorSuccess);
     error = OpenHive(
-        std::move(file), [this] { ++damage; }, tree);
+        std::move(file),
+        [this](HiveFault fault) { ++(fault == HiveFault::Limit ? limits : damage); }, tree);
   }
   std::vector<TreeEntry> SubKeys(TreeId key) {
     std::vector<TreeEntry> entries;
@@ -31,6 +32,7 @@ struct OpenedHive {
   SystemError error = kErrorSuccess;
   SystemError listError = kErrorSuccess;
   int damage = 0;
+  int limits = 0;
   std::shared_ptr<CKeyTree> tree;
 };
 
@@ -101,6 +103,7 @@ TEST(HiveTree, LeavesOutWhatIsDamagedAndTellsOfIt) {
   EXPECT_EQ(counts.listError, kErrorRegistryCorrupt);
   EXPECT_GT(counts.damage, 0);
 
+  bool isSoundSeen = false;
   OpenedHive value(Made("bad_value"));
   for (const TreeEntry& entry : value.Values(value.tree->Root())) {
     uint32_t type = 0;
@@ -109,10 +112,36 @@ TEST(HiveTree, LeavesOutWhatIsDamagedAndTellsOfIt) {
     if (entry.name == "Outside") {
       EXPECT_EQ(error, kErrorRegistryCorrupt);
     } else if (entry.name == "Sound") {
+      isSoundSeen = true;
+      EXPECT_EQ(error, kErrorSuccess);
       EXPECT_EQ(data, std::string(100, '\0'));
     }
   }
+  EXPECT_TRUE(isSoundSeen);
   EXPECT_GT(value.damage, 0);
+  EXPECT_EQ(counts.limits + value.limits, 0);  // sizes that cannot be are no large ones
+
+  // A class name that lies outside takes nothing along.
+  OpenedHive badClass(Made("bad_class"));
+  KeyFacts facts;
+  const TreeId key = badClass.SubKeys(badClass.tree->Root()).at(0).id;
+  EXPECT_EQ(badClass.tree->Facts(key, facts), kErrorSuccess);
+  EXPECT_EQ(facts.className, "");
+  EXPECT_EQ(facts.lastWriteTime.ticks, 0x01D5B2F0A3C40000u);
+  EXPECT_EQ(facts.valueCount, 1u);
+  EXPECT_GT(badClass.damage, 0);
+}
+
+TEST(HiveTree, TellsItsLimitsFromDamage) {
+  OpenedHive hive(Made("too_large"));
+  ASSERT_EQ(hive.error, kErrorSuccess);
+  const std::vector<TreeEntry> values = hive.Values(hive.tree->Root());
+  ASSERT_EQ(values.size(), 1u);
+  uint32_t type = 0;
+  std::string data;
+  EXPECT_EQ(hive.tree->ReadValue(values[0].id, type, data), kErrorRegistryCorrupt);
+  EXPECT_EQ(hive.damage, 0);
+  EXPECT_GT(hive.limits, 0);
 }
 
 TEST(HiveTree, GoesRoundInACircleStepByStepOnly) {

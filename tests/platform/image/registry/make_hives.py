@@ -8,7 +8,7 @@ import sys
 sys.dont_write_bytecode = True
 sys.path.insert(0, sys.argv[1])
 
-from hive_builder import BINARY, SZ, Hive, dword, text
+from hive_builder import BINARY, SZ, Hive, Key, dword, text
 
 CHILDREN = [f'c{i:03}' for i in range(40)]
 
@@ -87,10 +87,56 @@ def bad_value():
     return bytes(content)
 
 
+def bad_class():
+    """A key whose class name lies outside."""
+    hive = Hive()
+    key = hive.root.sub('Key', class_name='class').set('Value', SZ, text('v'))
+    content = bytearray(hive.to_bytes())
+    struct.pack_into('<I', content, hive.cell_of(key) + 4 + 48, 0x7FFFFFF0)
+    return bytes(content)
+
+
+def too_large():
+    """A value that is a byte longer than what hivex reads."""
+    hive = Hive()
+    hive.root.set('Large', BINARY, bytes(8000001))
+    return hive.to_bytes()
+
+
+def bad_names():
+    """Subkeys that no path can name, and two of one name."""
+    hive = Hive()
+    for place, name in enumerate(('', 'a\\b', 'Fine', 'Twin', 'TWIN')):
+        key = hive.root.children[str(place)] = Key(name)
+        key.set('Value', SZ, text('of ' + name))
+    hive.root.set('Same', SZ, text('first')).set('same', SZ, text('second'))
+    return hive.to_bytes()
+
+
+def shared_profiles():
+    """A SOFTWARE with three users whose profile is one folder."""
+    hive = Hive()
+    for number, path in enumerate(('C:\\Users\\Both', 'c:\\users\\both\\', 'C:\\Users\\BOTH')):
+        hive.root.sub(r'Microsoft\Windows NT\CurrentVersion\ProfileList'
+                      rf'\S-1-5-21-1-2-3-{number}').set('ProfileImagePath', SZ, text(path))
+    return hive.to_bytes()
+
+
+def many_profiles():
+    """A SOFTWARE with more users than are looked at."""
+    hive = Hive()
+    for number in range(10002):
+        hive.root.sub(r'Microsoft\Windows NT\CurrentVersion\ProfileList'
+                      rf'\S-1-5-21-1-2-3-{number}').set('ProfileImagePath', SZ,
+                                                       text(rf'C:\Users\{number}'))
+    return hive.to_bytes()
+
+
 def main():
     directory = pathlib.Path(sys.argv[2])
     directory.mkdir(parents=True, exist_ok=True)
-    for make in (lists, names, big_data, cycle, bad_child, bad_counts, bad_value):
+    for make in (lists, names, big_data, cycle, bad_child, bad_counts, bad_value, bad_class,
+                 too_large, bad_names, shared_profiles, many_profiles):
         (directory / make.__name__).write_bytes(make())
 
 
