@@ -9,6 +9,8 @@
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/paths/RenameAtBoot.h"
 #include "VLib/src/text/Text.h"
+#include "VLib/src/version/FileSource.h"
+#include "VLib/src/version/PeFile.h"
 #include "platform/machine/FileSystem.h"
 
 namespace kestra {
@@ -80,10 +82,11 @@ bool ReadNewPath(CMachine& machine, const std::string& directory, const DiagPara
   return BuildPath(machine, directory, pName, pPath, nameProperty, path, message);
 }
 
-SystemError MakeEmptyFile(CFileSystem& files, const std::string& path) {
+SystemError MakeNewFile(CFileSystem& files, const std::string& path, std::string_view content) {
   std::unique_ptr<CFileWriter> writer;
-  const SystemError error =
+  SystemError error =
       files.BeginWrite(path, LastLink::Refuse, Existing::Refuse, NewRights::Usual, writer);
+  if (error == kErrorSuccess) error = writer->Write(content);
   return error == kErrorSuccess ? writer->Commit() : error;
 }
 
@@ -112,32 +115,60 @@ SystemError FindListed(CFileSystem& files, const ListedFile& file, FileInfo& inf
   return file.info && IsAnotherFile(*file.info, info) ? kErrorFileNotFound : kErrorSuccess;
 }
 
-// A file cannot be made out of a resource of a program yet.
-bool ReadSource(CMachine& machine, const DiagParams& params, std::string& source,
+// Where the content of a new file comes from: a file, or a resource of one that is a program.
+// Without a source it is empty.
+struct Origin {
+  std::string source{};
+  const std::string* pResName = nullptr;  // null for the whole file, as the next one
+  const std::string* pResType = nullptr;
+};
+
+bool ReadOrigin(CMachine& machine, const DiagParams& params, Origin& origin,
                 QueryMessage& message) {
-  if (TextOf(params, "ResName") || TextOf(params, "ResType"))
-    return message.Fail(kErrorCallNotImplemented);
   const std::string* pSource = TextOf(params, "Source");
+  origin.pResName = TextOf(params, "ResName");
+  origin.pResType = TextOf(params, "ResType");
+  const bool wantsResource = origin.pResName || origin.pResType;
+  const char* pMissing = nullptr;
+  if (wantsResource && !pSource) pMissing = "Source";
+  if (wantsResource && !origin.pResName) pMissing = "ResName";
+  if (wantsResource && !origin.pResType) pMissing = "ResType";
+  if (pMissing) {
+    message.RaiseMessage(11000, {pMissing});
+    return false;
+  }
   if (!pSource) return true;
-  if (pSource->empty() || !ExpandPath(*pSource, source, machine) ||
-      !IsAbsolutePath(source, machine.System().PathSeparator()))
+  if (pSource->empty() || !ExpandPath(*pSource, origin.source, machine) ||
+      !IsAbsolutePath(origin.source, machine.System().PathSeparator()))
     return message.Fail(kErrorInvalidName);
   return true;
+}
+
+SystemError MakeFile(CFileSystem& files, const std::string& path, const Origin& origin,
+                     const QueryMessage& message) {
+  if (origin.source.empty()) return MakeNewFile(files, path, {});
+  if (!origin.pResName) return files.CopyPlainFile(origin.source, path, message.TerminationEvent());
+  std::unique_ptr<CFileReader> reader;
+  SystemError error = files.OpenFile(origin.source, LastLink::Follow, reader);
+  if (error != kErrorSuccess) return error;
+  CFileSource source(*reader, message.TerminationEvent());
+  std::string content;
+  error = ReadResource(source, *origin.pResType, *origin.pResName, content);
+  return error == kErrorSuccess ? MakeNewFile(files, path, content) : error;
 }
 
 }  // namespace
 
 bool AddFile(CMachine& machine, const std::string& directory, const DiagParams& params,
              QueryMessage& message) {
-  std::string path, source;
+  std::string path;
+  Origin origin;
   if (!ReadNewPath(machine, directory, params, "FileName", path, message) ||
-      !ReadSource(machine, params, source, message))
+      !ReadOrigin(machine, params, origin, message))
     return false;
   CFileSystem* pFiles = machine.Files();
   if (!pFiles) return message.Fail(kErrorCallNotImplemented);
-  SystemError error = source.empty()
-                          ? MakeEmptyFile(*pFiles, path)
-                          : pFiles->CopyPlainFile(source, path, message.TerminationEvent());
+  SystemError error = MakeFile(*pFiles, path, origin, message);
   if (error != kErrorSuccess) return message.Fail(error);
   error = GiveAttributes(*pFiles, path, OptionsOf(params).value_or(0));
   if (error == kErrorSuccess) return true;

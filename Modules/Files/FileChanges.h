@@ -13,8 +13,9 @@
 namespace kestra {
 
 // Makes a file out of the properties of an INSERT: FileName in the directory given (empty: none is
-// known), or Path; Attributes; Source for a copy. 11000 with "FileName or Path" without a name,
-// 11002 when the two name different files.
+// known), or Path; Attributes; Source for a copy, or for the resource ResName of type ResType of
+// that program (texts, or numbers behind "#"). 11000 with "FileName or Path" without a name, 11002
+// when the two name different files.
 bool AddFile(CMachine& machine, const std::string& directory, const DiagParams& params,
              QueryMessage& message);
 // The same for a directory, with Name and Path. One out of a Source is not to be had

@@ -54,8 +54,13 @@ constexpr ParamDecl kFileParams[] = {
      .type = String,
      .description = "A stretch of the file's text; through the module Files only"},
     {.name = "Source", .type = String, .description = kForActiveOnly},
-    {.name = "ResName", .type = String, .description = kForActiveOnly},
-    {.name = "ResType", .type = String, .description = kForActiveOnly},
+    {.name = "ResName",
+     .type = String,
+     .description = "For INSERT, with ResType: the resource of the program Source that becomes the "
+                    "file, a name or # and a number"},
+    {.name = "ResType",
+     .type = String,
+     .description = "The type of that resource, a name or # and a number (#16: version)"},
 };
 
 constexpr ParamDecl kDirectoryParams[] = {

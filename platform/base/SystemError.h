@@ -50,6 +50,7 @@ inline constexpr SystemError kErrorCancelled = 1223;
 inline constexpr SystemError kErrorNoSuchUser = 1317;
 inline constexpr SystemError kErrorTimeout = 1460;
 inline constexpr SystemError kErrorResourceTypeNotFound = 1813;
+inline constexpr SystemError kErrorResourceNameNotFound = 1814;
 inline constexpr SystemError kErrorCannotResolveFilename = 1921;
 
 }  // namespace kestra

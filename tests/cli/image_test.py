@@ -291,6 +291,18 @@ class Prefix(ImageTest):
         names = [name for name in os.listdir(folder) if name.lower().endswith(".dll")]
         self.assertEqual(count, [(str(len(names)),)])
 
+    def test_a_resource_becomes_a_file(self):
+        """The manifest or version block of a real program, taken out to this machine."""
+        source = os.path.join(self.image, "drive_c/windows/system32/kernel32.dll")
+        self.check(["--active", "--format", "text",
+                    f"INSERT Files(DirPath='{self.dir}').File (FileName, Source, ResType, ResName) "
+                    f"VALUES ('block', '{source}', '#16', '#1')"], out=b"1\n")
+        with open(os.path.join(self.dir, "block"), "rb") as file:
+            block = file.read()
+        self.assertIn("VS_VERSION_INFO".encode("utf-16-le"), block[:64])
+        with open(source, "rb") as file:
+            self.assertIn(block, file.read())
+
     def test_user_and_drive_c(self):
         rows = self.cells(r"SELECT StringValue FROM REGISTRY.REGISTRYVALUE('HKCU\Environment\*') "
                           "WHERE Name = 'TEMP'")

@@ -4,6 +4,9 @@
 #include <cstdint>
 #include <vector>
 
+#include "VLib/src/text/Text.h"
+#include "platform/base/text/Utf16.h"
+
 namespace kestra {
 namespace {
 
@@ -41,6 +44,17 @@ class CPeReader {
     if (error == kErrorSuccess) error = FindEntry(offset, kAnyEntry, offset);
     if (error == kErrorSuccess) error = FindEntry(offset, kAnyEntry, offset);
     return error == kErrorSuccess ? ReadData(offset, block) : error;
+  }
+
+  SystemError ReadNamed(std::string_view type, std::string_view name, std::string& bytes) {
+    SystemError error = ReadHeaders();
+    uint32_t offset = 0;
+    if (error == kErrorSuccess) error = FindNamed(kIsDirectory, type, offset);
+    if (error != kErrorSuccess) return error;
+    error = FindNamed(offset, name, offset);
+    if (error == kErrorSuccess) error = FindEntry(offset, kAnyEntry, offset);
+    if (error == kErrorResourceTypeNotFound) return kErrorResourceNameNotFound;
+    return error == kErrorSuccess ? ReadWholeData(offset, bytes) : error;
   }
 
  private:
@@ -156,16 +170,76 @@ class CPeReader {
     return kErrorResourceTypeNotFound;
   }
 
-  SystemError ReadData(uint32_t entry, std::string& block) {
+  // Goes from the directory at offset to the entry that is called so, a text or "#" and a number.
+  SystemError FindNamed(uint32_t directory, std::string_view wanted, uint32_t& offset) {
+    if (!(directory & kIsDirectory)) return kErrorResourceTypeNotFound;
+    const uint64_t place = directory & ~kIsDirectory;
+    std::string bytes;
+    SystemError error = ReadResource(place, kDirectoryHeaderSize, bytes);
+    if (error != kErrorSuccess) return error;
+    uint16_t named = 0, numbered = 0;
+    LoadLittle(bytes, 12, named);
+    LoadLittle(bytes, 14, numbered);
+    const uint32_t count = std::min<uint32_t>(uint32_t{named} + numbered, kMostEntries);
+    error = ReadResource(place + kDirectoryHeaderSize, count * kDirectoryEntrySize, bytes);
+    for (size_t at = 0; error == kErrorSuccess && at < bytes.size(); at += kDirectoryEntrySize) {
+      uint32_t id = 0;
+      LoadLittle(bytes, at, id);
+      bool isWanted = false;
+      error = IsCalled(id, wanted, isWanted);
+      if (isWanted) LoadLittle(bytes, at + 4, offset);
+      if (isWanted) return kErrorSuccess;
+    }
+    return error == kErrorSuccess ? kErrorResourceTypeNotFound : error;
+  }
+
+  SystemError IsCalled(uint32_t id, std::string_view wanted, bool& isWanted) {
+    if (!(id & kIsDirectory)) {
+      size_t consumed = 0;
+      isWanted = wanted.starts_with('#') && ParseUInt32(wanted.substr(1), consumed) == id &&
+                 consumed != 0 && consumed == wanted.size() - 1;
+      return kErrorSuccess;
+    }
+    const uint64_t place = id & ~kIsDirectory;
+    std::string bytes;
+    SystemError error = ReadResource(place, sizeof(uint16_t), bytes);
+    uint16_t length = 0;
+    LoadLittle(bytes, 0, length);
+    if (error == kErrorSuccess) error = ReadResource(place + sizeof length, length * 2u, bytes);
+    isWanted = error == kErrorSuccess && EqualsNoCase(Utf8FromUtf16(bytes), wanted);
+    // A name that leads nowhere is nobody's.
+    return error == kErrorResourceTypeNotFound ? kErrorSuccess : error;
+  }
+
+  // The place of what an entry tells of, how much there is to be, and how much the file has of it.
+  SystemError FindData(uint32_t entry, uint64_t& offset, uint32_t& size, uint64_t& available) {
     if (entry & kIsDirectory) return kErrorResourceTypeNotFound;
     std::string bytes;
     const SystemError error = ReadResource(entry, kDataEntrySize, bytes);
     if (error != kErrorSuccess) return error;
-    uint32_t address = 0, size = 0;
+    uint32_t address = 0;
     LoadLittle(bytes, 0, address);
     LoadLittle(bytes, 4, size);
+    return Locate(address, offset, available) ? kErrorSuccess : kErrorResourceTypeNotFound;
+  }
+
+  SystemError ReadWholeData(uint32_t entry, std::string& bytes) {
     uint64_t offset = 0, available = 0;
-    if (!Locate(address, offset, available)) return kErrorResourceTypeNotFound;
+    uint32_t size = 0;
+    SystemError error = FindData(entry, offset, size, available);
+    if (error == kErrorResourceTypeNotFound || (error == kErrorSuccess && available < size))
+      return kErrorBadExeFormat;
+    if (error == kErrorSuccess && size > kMostResource) error = kErrorFileTooLarge;
+    if (error != kErrorSuccess) return error;
+    error = m_source.ReadAt(offset, size, bytes);
+    return error == kErrorSuccess && bytes.size() != size ? kErrorBadExeFormat : error;
+  }
+
+  SystemError ReadData(uint32_t entry, std::string& block) {
+    uint64_t offset = 0, available = 0;
+    uint32_t size = 0;
+    const SystemError error = FindData(entry, offset, size, available);
+    if (error != kErrorSuccess) return error;
     const uint64_t length = std::min({uint64_t{size}, available, uint64_t{kMostVersionBlock}});
     return m_source.ReadAt(offset, static_cast<size_t>(length), block);
   }
@@ -180,6 +254,14 @@ class CPeReader {
 SystemError ReadVersionResource(CByteSource& source, std::string& block) {
   block.clear();
   return CPeReader(source).ReadVersionResource(block);
+}
+
+SystemError ReadResource(CByteSource& source, std::string_view type, std::string_view name,
+                         std::string& bytes) {
+  bytes.clear();
+  const SystemError error = CPeReader(source).ReadNamed(type, name, bytes);
+  if (error != kErrorSuccess) bytes.clear();
+  return error;
 }
 
 }  // namespace kestra

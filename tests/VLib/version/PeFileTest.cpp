@@ -43,6 +43,55 @@ TEST(PeFile, CutOffAtEveryByte) {
   }
 }
 
+TEST(PeFile, ResourcesByTypeAndName) {
+  const std::string whole = Sample("sample_wide.dll");
+  const std::string block = whole.substr(kBlock, kBlockSize);
+  // The type, and then the name, made a text that stands where the block's own text was.
+  const std::string text("\x03\0A\0b\0\xDC\0", 8);
+  const std::string offset("\xF8\0\0\x80", 4);
+  std::string named = whole;
+  named.replace(kResources + 0xF8, text.size(), text);
+  std::string namedType = named, namedName = named;
+  namedType.replace(kResources + 16, 4, offset);
+  namedName.replace(kResources + 40, 4, offset);
+  std::string cut = whole, huge = whole;
+  cut.replace(kResources + 76, 4, std::string("\xFF\xFF\0\0", 4));
+  huge.replace(kResources + 76, 4, std::string("\0\0\0\x20", 4));
+  const struct {
+    const std::string& file;
+    const char* type;
+    const char* name;
+    SystemError expected;
+  } cases[] = {
+      {whole, "#16", "#1", kErrorSuccess},
+      {whole, "#16", "#2", kErrorResourceNameNotFound},
+      {whole, "#15", "#1", kErrorResourceTypeNotFound},
+      {whole, "16", "#1", kErrorResourceTypeNotFound},
+      {whole, "#", "#1", kErrorResourceTypeNotFound},
+      {whole, "#16x", "#1", kErrorResourceTypeNotFound},
+      {whole, "", "", kErrorResourceTypeNotFound},
+      {namedType, "AB\xC3\xBC", "#1", kErrorSuccess},
+      {namedType, "#16", "#1", kErrorResourceTypeNotFound},
+      {namedName, "#16", "ab\xC3\x9C", kErrorSuccess},
+      {namedName, "#16", "ab", kErrorResourceNameNotFound},
+      {cut, "#16", "#1", kErrorBadExeFormat},
+      {huge, "#16", "#1", kErrorBadExeFormat},
+      {"no program", "#16", "#1", kErrorResourceTypeNotFound},
+  };
+  for (const auto& one : cases) {
+    CMemorySource source(one.file);
+    std::string bytes = "before";
+    EXPECT_EQ(ReadResource(source, one.type, one.name, bytes), one.expected)
+        << one.type << " " << one.name;
+    const bool isWhole = one.expected == kErrorSuccess;
+    EXPECT_EQ(bytes.size(), isWhole ? block.size() : 0u) << one.type << " " << one.name;
+  }
+  CMemorySource source(whole);
+  std::string bytes;
+  ReadResource(source, "#16", "#1", bytes);
+  EXPECT_EQ(bytes, block);
+}
+
 struct Patch {
   const char* what;
   size_t offset;
