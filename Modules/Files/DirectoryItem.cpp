@@ -116,13 +116,14 @@ bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) 
 }
 
 // What a walk found is a directory, and only that one is listed: not what has taken its name since,
-// or the place of one above it, such as a link that leads elsewhere.
+// or the place of one above it, such as a link that leads elsewhere. It is then shown without
+// anything below it, and so is what the system mounts at the first look into it.
 SystemError CDirectoryItem::CheckListing(CDirectoryListing& listing) const {
   if (m_foundBy == FoundBy::Name || !m_info) return kErrorSuccess;
   FileInfo own;
   const SystemError error = listing.OwnInfo(own);
   if (error != kErrorSuccess) return error;
-  return IsAnotherFile(*m_info, own) ? kErrorFileNotFound : kErrorSuccess;
+  return IsAnotherFile(*m_info, own) ? kErrorSharingViolation : kErrorSuccess;
 }
 
 void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& name,
@@ -167,6 +168,10 @@ void CDirectoryItem::FillTogether(const DiagItems& listed, const QueryMessage& m
   if (directories.size() < kLeastDirectoriesTogether ||
       m_poOptions->isFilledTogether.exchange(true))
     return;
+  struct Together {
+    std::atomic<bool>& isSet;
+    ~Together() { isSet = false; }
+  } const together{m_poOptions->isFilledTogether};
   std::atomic<size_t> next{0};
   WorkTogether(helpers, [&] {
     const Ref<QueryMessage> own = message.ForHelper();
@@ -174,7 +179,6 @@ void CDirectoryItem::FillTogether(const DiagItems& listed, const QueryMessage& m
     for (size_t i = next++; i < directories.size() && !own->IsTerminatedInLoop(); i = next++)
       directories[i]->Init(true, false, *own);
   });
-  m_poOptions->isFilledTogether = false;
 }
 
 bool CDirectoryItem::InitChildren(QueryMessage& message) {
@@ -192,8 +196,9 @@ bool CDirectoryItem::InitChildren(QueryMessage& message) {
       isChildFilled = child.Init(true, message);
       hasVanished = static_cast<CFileItem&>(child).HasVanished();
     } else {
-      isChildFilled = child.Init(true, false, message);
-      hasVanished = static_cast<CDirectoryItem&>(child).HasVanished();
+      auto& directory = static_cast<CDirectoryItem&>(child);
+      isChildFilled = !directory.HasVanished() && child.Init(true, false, message);
+      hasVanished = directory.HasVanished();
     }
     if (!isChildFilled && hasVanished) continue;
     isFilled = isFilled && isChildFilled;

@@ -9,6 +9,7 @@
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/paths/RenameAtBoot.h"
 #include "VLib/src/text/Text.h"
+#include "VLib/src/threads/TerminationLook.h"
 #include "VLib/src/version/FileSource.h"
 #include "VLib/src/version/PeFile.h"
 #include "platform/machine/FileSystem.h"
@@ -82,11 +83,19 @@ bool ReadNewPath(CMachine& machine, const std::string& directory, const DiagPara
   return BuildPath(machine, directory, pName, pPath, nameProperty, path, message);
 }
 
-SystemError MakeNewFile(CFileSystem& files, const std::string& path, std::string_view content) {
+SystemError MakeNewFile(CFileSystem& files, const std::string& path, std::string_view content,
+                        const os::CWaitable* pTermination) {
+  constexpr size_t kMostAtOnce = 1 << 20;
+  CTerminationLook termination(pTermination);
   std::unique_ptr<CFileWriter> writer;
   SystemError error =
       files.BeginWrite(path, LastLink::Refuse, Existing::Refuse, NewRights::Usual, writer);
-  if (error == kErrorSuccess) error = writer->Write(content);
+  while (error == kErrorSuccess && !content.empty()) {
+    if (termination.IsOverNow()) return kErrorCancelled;
+    const std::string_view piece = content.substr(0, kMostAtOnce);
+    error = writer->Write(piece);
+    content.remove_prefix(piece.size());
+  }
   return error == kErrorSuccess ? writer->Commit() : error;
 }
 
@@ -146,7 +155,7 @@ bool ReadOrigin(CMachine& machine, const DiagParams& params, Origin& origin,
 
 SystemError MakeFile(CFileSystem& files, const std::string& path, const Origin& origin,
                      const QueryMessage& message) {
-  if (origin.source.empty()) return MakeNewFile(files, path, {});
+  if (origin.source.empty()) return MakeNewFile(files, path, {}, nullptr);
   if (!origin.pResName) return files.CopyPlainFile(origin.source, path, message.TerminationEvent());
   std::unique_ptr<CFileReader> reader;
   SystemError error = files.OpenFile(origin.source, LastLink::Follow, reader);
@@ -154,7 +163,8 @@ SystemError MakeFile(CFileSystem& files, const std::string& path, const Origin& 
   CFileSource source(*reader, message.TerminationEvent());
   std::string content;
   error = ReadResource(source, *origin.pResType, *origin.pResName, content);
-  return error == kErrorSuccess ? MakeNewFile(files, path, content) : error;
+  return error == kErrorSuccess ? MakeNewFile(files, path, content, message.TerminationEvent())
+                                : error;
 }
 
 }  // namespace

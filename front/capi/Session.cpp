@@ -36,6 +36,7 @@ kestra_status MakeSetup(const kestra_options* options, SessionSetup& setup) {
   const char* cache = TextOption(options, offsetof(kestra_options, cache_directory));
   const char* image = TextOption(options, offsetof(kestra_options, image_directory));
   const char* user = TextOption(options, offsetof(kestra_options, image_user));
+  if (user && !image) return KESTRA_E_INVALIDARG;
   if (image) {
     if (cache) return KESTRA_E_INVALIDARG;
     return ImageSetup(image, user ? user : "", setup, CreateError()) ? KESTRA_OK

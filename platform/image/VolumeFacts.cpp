@@ -150,12 +150,16 @@ class CVolumeFacts final : public CSystemFacts {
     return mask;
   }
   std::optional<uint32_t> Architecture() const {
-    constexpr uint32_t kIntel = 0, kAmd64 = 9, kArm64 = 12;
+    constexpr uint32_t kIntel = 0, kArm = 5, kIa64 = 6, kAmd64 = 9, kArm64 = 12;
     const auto name =
         OfMachine(std::string(kControl) + kMachineEnvironment, "PROCESSOR_ARCHITECTURE");
     if (!name) return m_registry.IsWide() ? std::optional(kAmd64) : std::nullopt;
-    if (EqualsNoCase(*name, "x86")) return kIntel;
-    return EqualsNoCase(*name, "ARM64") ? kArm64 : kAmd64;
+    constexpr std::pair<std::string_view, uint32_t> kNames[] = {
+        {"x86", kIntel}, {"AMD64", kAmd64}, {"ARM64", kArm64}, {"IA64", kIa64}, {"ARM", kArm}};
+    for (const auto& [known, number] : kNames) {
+      if (EqualsNoCase(*name, known)) return number;
+    }
+    return std::nullopt;
   }
 
   // The user's, if it is known whose; else the machine's.

@@ -55,9 +55,10 @@ void CChangedModules::Forget(const DiagClass& module) const {
   m_context.Root->DropModules(module.Name, nullptr);
   ResultCache* pCache = m_context.Root->Cache();
   if (!pCache) return;
-  // The statement has done its work; an entry that stays is for the log. Not even a cancel leaves
-  // one that is known to be wrong.
-  QueryMessage message;
+  // The statement has done its work; an entry that stays, because the query was cancelled in the
+  // wait for another process, say, is for the log.
+  const Ref<QueryMessage> own = m_context.Message->ForHelper();
+  QueryMessage& message = *own;
   if (!pCache->ClearEntries(module.Name, nullptr, message)) {
     g_Log.Error("Cache entries of %s could not be removed: %s", module.Name.c_str(),
                 message.GetText().c_str());

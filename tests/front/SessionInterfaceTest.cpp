@@ -171,13 +171,13 @@ TEST_F(SessionInterface, ClassTreeDeclaresProperties) {
 }
 
 TEST_F(SessionInterface, ReInitForgetsWhatWasFilled) {
-  const char* const query = "SELECT COUNT(*) FROM Test.Row WHERE Text = 'new'";
+  const char* const query = "SELECT COUNT(*) FROM Test.Row WHERE Text = 'after'";
   EXPECT_EQ(TextOf(query), "0");
   // Another session changes what the module describes.
   kestra_session* const other =
       MakeSession({ModulesWithTests(), MakeRef<CFakeMachine>(SystemFamily::Linux)});
   kestra_session_allow_active(other, 1);
-  const char* const change = "UPDATE Test.Row SET Text = 'new' WHERE Id = 1";
+  const char* const change = "UPDATE Test.Row SET Text = 'after' WHERE Id = 1";
   kestra_value* value = nullptr;
   EXPECT_EQ(kestra_session_run_query_sync(other, change, nullptr, KESTRA_NO_TIMEOUT, &value),
             KESTRA_OK);
@@ -207,6 +207,11 @@ TEST(SessionOverAVolume, IsMadeOrRefusedWithASentence) {
   options.cache_directory = empty.c_str();
   EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
   options.cache_directory = nullptr;
+  options.image_directory = nullptr;
+  options.image_user = "alice";
+  EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
+  options.image_user = nullptr;
+  options.image_directory = volume.c_str();
   ASSERT_EQ(kestra_session_create(&options, &session), KESTRA_OK);
   EXPECT_STREQ(kestra_create_error(), "");
   EXPECT_EQ(kestra_session_set_plugins_dir(session, empty.c_str()), KESTRA_E_INVALIDARG);

@@ -36,13 +36,13 @@ class CHelper final : public CVThread {
 void WorkTogether(uint32_t helpers, const std::function<void()>& work) {
   std::vector<Ref<CHelper>> started;
   started.reserve(helpers);
-  for (uint32_t i = 0; i < helpers; ++i) {
-    auto helper = MakeRef<CHelper>(work);
-    if (!helper->Ended.IsValid() || !helper->Start()) break;
-    started.push_back(std::move(helper));
-  }
   std::exception_ptr thrown;
   try {
+    for (uint32_t i = 0; i < helpers; ++i) {
+      auto helper = MakeRef<CHelper>(work);
+      if (!helper->Ended.IsValid() || !helper->Start()) break;
+      started.push_back(std::move(helper));
+    }
     work();
   } catch (...) {
     thrown = std::current_exception();

@@ -137,7 +137,7 @@ SystemError CHiveLayout::Profiles(std::vector<Profile>& profiles) {
 SystemError CHiveLayout::LoadProfiles() {
   return m_profileLoad.Run([this] {
     const SystemError error = ReadProfileList();
-    if (error != kErrorSuccess || os::IsWorkTerminated()) return error;
+    if (error != kErrorSuccess) return error;
     for (size_t i = 0; i < m_profiles.size(); ++i) {
       m_profilePlaces.try_emplace(FoldedName(m_profiles[i].profile.user.sid), i);
     }
