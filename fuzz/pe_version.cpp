@@ -20,6 +20,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   kestra::CMemorySource source(bytes);
   std::string block;
   if (kestra::ReadVersionResource(source, block) == kestra::kErrorSuccess) AskAll(block);
+  for (const char* name : {"#1", "name"}) kestra::ReadResource(source, "#16", name, block);
   AskAll(bytes);  // so that blocks need not be wrapped in a whole program
   return 0;
 }
