@@ -5,6 +5,7 @@
 
 #include "Modules/Files/FileAttributes.h"
 #include "Modules/Files/FilePaths.h"
+#include "Modules/GivenText.h"
 #include "VLib/src/paths/AbsolutePath.h"
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/paths/RenameAtBoot.h"
@@ -16,11 +17,6 @@
 
 namespace kestra {
 namespace {
-
-const std::string* TextOf(const DiagParams& params, const char* name) {
-  const DiagParam* pParam = params.Find(name, true);
-  return pParam ? &pParam->StringValue : nullptr;
-}
 
 std::optional<uint32_t> OptionsOf(const DiagParams& params) {
   const DiagParam* pParam = params.Find("Attributes", true);
@@ -74,8 +70,8 @@ bool BuildPath(CMachine& machine, const std::string& directory, const std::strin
 
 bool ReadNewPath(CMachine& machine, const std::string& directory, const DiagParams& params,
                  const char* nameProperty, std::string& path, QueryMessage& message) {
-  const std::string* pName = TextOf(params, nameProperty);
-  const std::string* pPath = TextOf(params, "Path");
+  const std::string* pName = GivenText(params, nameProperty);
+  const std::string* pPath = GivenText(params, "Path");
   if (!pName && !pPath) {
     message.RaiseMessage(11000, {std::string(nameProperty) + " or Path"});
     return false;
@@ -134,9 +130,9 @@ struct Origin {
 
 bool ReadOrigin(CMachine& machine, const DiagParams& params, Origin& origin,
                 QueryMessage& message) {
-  const std::string* pSource = TextOf(params, "Source");
-  origin.pResName = TextOf(params, "ResName");
-  origin.pResType = TextOf(params, "ResType");
+  const std::string* pSource = GivenText(params, "Source");
+  origin.pResName = GivenText(params, "ResName");
+  origin.pResType = GivenText(params, "ResType");
   const bool wantsResource = origin.pResName || origin.pResType;
   const char* pMissing = nullptr;
   if (wantsResource && !pSource) pMissing = "Source";
@@ -191,7 +187,7 @@ bool AddDirectory(CMachine& machine, const std::string& directory, const DiagPar
   std::string path;
   if (!ReadNewPath(machine, directory, params, "Name", path, message)) return false;
   CFileSystem* pFiles = machine.Files();
-  if (!pFiles || TextOf(params, "Source")) return message.Fail(kErrorCallNotImplemented);
+  if (!pFiles || GivenText(params, "Source")) return message.Fail(kErrorCallNotImplemented);
   SystemError error = pFiles->MakeDirectory(path, NewRights::Usual);
   if (error != kErrorSuccess) return message.Fail(error);
   error = GiveAttributes(*pFiles, path, OptionsOf(params).value_or(0));
@@ -202,8 +198,8 @@ bool AddDirectory(CMachine& machine, const std::string& directory, const DiagPar
 
 bool UpdateFile(CMachine& machine, const ListedFile& file, const char* nameProperty,
                 const DiagParams& params, QueryMessage& message) {
-  const std::string* pName = TextOf(params, nameProperty);
-  const std::string* pPath = TextOf(params, "Path");
+  const std::string* pName = GivenText(params, nameProperty);
+  const std::string* pPath = GivenText(params, "Path");
   const std::string directory = ParentPath(file.path, machine.System().PathSeparator());
   std::string target = file.path;
   // A relative path of one part has no directory to name.

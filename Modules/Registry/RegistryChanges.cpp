@@ -5,6 +5,7 @@
 #include <utility>
 #include <vector>
 
+#include "Modules/GivenText.h"
 #include "Modules/Registry/RegistryValueText.h"
 #include "VLib/src/system/OsKind.h"
 #include "VLib/src/text/Text.h"
@@ -15,11 +16,6 @@ namespace {
 constexpr size_t kLongestName = 255;        // characters, of a key with its path, and of a value
 constexpr std::ptrdiff_t kMostLevels = 32;  // that one call makes
 constexpr uint32_t kNt6Workstation = 11;
-
-const std::string* TextOf(const DiagParams& params, const char* name) {
-  const DiagParam* pParam = params.Find(name, true);
-  return pParam ? &pParam->StringValue : nullptr;
-}
 
 bool RequireRegistry(CMachine& machine, QueryMessage& message) {
   return machine.Registry() || message.Fail(kErrorCallNotImplemented);
@@ -96,7 +92,7 @@ SystemError DeleteEmptyKey(CMachine& machine, const RegistryHive& hive, const st
 bool AddRegistryKey(CMachine& machine, const RegistryHive& hive, const std::string& parentPath,
                     const DiagParams& params, QueryMessage& message) {
   if (!RequireRegistry(machine, message)) return false;
-  const std::string* pName = TextOf(params, "Name");
+  const std::string* pName = GivenText(params, "Name");
   if (!pName || pName->empty()) return Raise(message, 11000, "Name");
   if (!RefuseProperties(params, {"Path", "Class", "LastWriteTime"}, message) ||
       !CheckKeyName(machine, HivePath(hive, parentPath), *pName, message))
@@ -115,7 +111,7 @@ bool AddRegistryKey(CMachine& machine, const RegistryHive& hive, const std::stri
 bool AddRegistryValue(CMachine& machine, const RegistryOptions& options, const std::string& keyPath,
                       const DiagParams& params, QueryMessage& message) {
   if (!RequireRegistry(machine, message)) return false;
-  const std::string* pName = TextOf(params, "Name");
+  const std::string* pName = GivenText(params, "Name");
   if (!pName) return Raise(message, 11000, "Name");
   const DiagParam* pType = params.Find("Type", true);
   if (!pType) return Raise(message, 11000, "Type");
