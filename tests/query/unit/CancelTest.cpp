@@ -11,8 +11,13 @@
 namespace kestra::test {
 namespace {
 
+// Ready, so that a query on it is not cut off before its own work has begun, slow as the machine may
+// be.
 Ref<DiagRoot> NewRoot() {
-  return MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
+  auto root = MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
+  Value value;
+  EvaluateQuery(value, "1", root, kNoTimeOut, nullptr);
+  return root;
 }
 
 std::string Answer(const Ref<DiagRoot>& root, const std::string& text,
