@@ -11,8 +11,8 @@
 namespace kestra::test {
 namespace {
 
-// Ready, so that a query on it is not cut off before its own work has begun, slow as the machine may
-// be.
+// Ready, so that a query on it is not cut off before its own work has begun, slow as the machine
+// may be.
 Ref<DiagRoot> NewRoot() {
   auto root = MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
   Value value;
