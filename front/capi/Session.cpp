@@ -5,6 +5,7 @@
 #include "front/capi/Barrier.h"
 #include "front/capi/Handles.h"
 #include "platform/os/HostFile.h"
+#include "platform/os/ThreadLocal.h"
 
 using namespace kestra;
 
@@ -27,8 +28,8 @@ const char* TextOption(const kestra_options* options, size_t offset) {
 }
 
 std::string& CreateError() {
-  thread_local std::string text;
-  return text;
+  static os::CThreadLocal<std::string> texts;
+  return texts.Get();
 }
 
 // The machine that the options name.

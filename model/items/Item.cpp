@@ -5,6 +5,7 @@
 #include "VLib/src/log/Log.h"
 #include "VLib/src/text/Text.h"
 #include "model/classes/Class.h"
+#include "platform/os/ThreadLocal.h"
 
 namespace kestra {
 namespace {
@@ -14,8 +15,8 @@ const std::string kNoName;
 // What a filling gets that nobody can cancel: no termination event, and no right to change
 // anything. One per thread, since a filling that fails writes its outcome into it.
 QueryMessage& FillMessage() {
-  thread_local QueryMessage message;
-  return message;
+  static os::CThreadLocal<QueryMessage> messages;
+  return messages.Get();
 }
 
 }  // namespace

@@ -3,7 +3,6 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
@@ -11,6 +10,7 @@
 
 #include "model/items/ParamDef.h"
 #include "platform/base/FileTime.h"
+#include "platform/base/Once.h"
 
 namespace kestra {
 
@@ -125,9 +125,9 @@ class DiagParams : public CCounted<DiagParams> {
  private:
   using Values = std::vector<Ref<DiagParam>>;
   struct Late {
-    std::once_flag isRead;
+    COnce reading;
     CLateValues* pSource;
-    Values values;  // written under isRead
+    Values values;  // written by reading
   };
   Values& LateValues() const;  // read now, if they were not before; only if there are any
   // Has a record of each value in m_values.

@@ -119,7 +119,7 @@ void DiagParams::Defer(CLateValues& source) {
 }
 
 DiagParams::Values& DiagParams::LateValues() const {
-  std::call_once(m_pLate->isRead, [this] {
+  m_pLate->reading.Do([this] {
     DiagParams values(m_poDefs);
     m_pLate->pSource->ReadLate(values);
     m_pLate->values = std::move(values.m_values);

@@ -22,6 +22,7 @@ inline constexpr SystemError kErrorNotSameDevice = 17;
 inline constexpr SystemError kErrorNoMoreFiles = 18;
 inline constexpr SystemError kErrorWriteProtect = 19;
 inline constexpr SystemError kErrorNotReady = 21;
+inline constexpr SystemError kErrorBadLength = 24;
 inline constexpr SystemError kErrorGenFailure = 31;
 inline constexpr SystemError kErrorSharingViolation = 32;
 inline constexpr SystemError kErrorNotSupported = 50;

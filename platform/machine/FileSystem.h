@@ -113,8 +113,8 @@ class CFileWriter {
   // take turns by a lock on the old file (on Linux flock(2)), and a lock that is taken is a sharing
   // violation too. Only with Existing::Replace, and before Commit.
   virtual void ExpectUnchanged(const FileInfo& read) = 0;
-  // Brings what was written to the disk, and then puts it in the name's place in one step. Only
-  // once. After a failure the name stands for what it stood for before.
+  // Brings it to the disk, then puts it in the name's place: in one step (two before Windows 10, if
+  // others have it open). Only once. After a failure the name stands for what it stood for before.
   virtual SystemError Commit() = 0;
 };
 

@@ -12,6 +12,8 @@
 
 namespace kestra {
 
+class CWindowsProcesses;
+
 // What is known of one process. A field without value could not be read, or does not apply.
 struct ProcessRecord {
   uint32_t PID = 0;
@@ -38,7 +40,8 @@ inline constexpr uint32_t kProcessWantCommandLine = 2;
 // when the process has ended.
 class CProcess : public os::CWaitable {
  public:
-  // Asks politely: a close message to its windows on Windows, SIGTERM on Linux.
+  // Asks politely: a close message to its windows on Windows, where one without any is asked
+  // nothing; SIGTERM on Linux.
   virtual SystemError RequestClose() = 0;
   // Ends it by force. Success if it had ended already.
   virtual SystemError Terminate() = 0;
@@ -57,12 +60,16 @@ class CProcessList {
 class CProcesses {
  public:
   virtual ~CProcesses() = default;
-  // Takes the list of all processes of the machine, in rising order of PID on Linux.
+  // Takes the list of all processes of the machine, in rising order of PID on Linux. On Windows no
+  // single call gives it: kErrorCallNotImplemented, and Windows() is what tells. Whoever wants the
+  // list of any machine asks Modules/Processes/ProcessList.h.
   virtual SystemError Enumerate(uint32_t wanted, std::unique_ptr<CProcessList>& list) = 0;
   // Opens a process to end it. With a startTime other than 0, kErrorInvalidHandle when the PID now
   // belongs to another process; also when there is none.
   virtual SystemError Open(uint32_t pid, uint64_t startTime,
                            std::unique_ptr<CProcess>& process) = 0;
+  // The calls of a Windows system; null on every other machine. Lives as long as this object.
+  virtual CWindowsProcesses* Windows() { return nullptr; }
 };
 
 }  // namespace kestra

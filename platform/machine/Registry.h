@@ -61,8 +61,14 @@ class CRegistryKey {
   virtual ~CRegistryKey() = default;
   virtual SystemError OpenSubKey(const std::string& path, uint32_t access,
                                  std::unique_ptr<CRegistryKey>& key) = 0;
+  // The same, but a symbolic link in the path's last place is opened itself, and not the key that
+  // it leads to: it has no keys below it, and its value "SymbolicLinkValue" says where it leads.
+  virtual SystemError OpenLinkItself(const std::string& path, uint32_t access,
+                                     std::unique_ptr<CRegistryKey>& key) = 0;
   virtual SystemError CreateSubKey(const std::string& path, uint32_t access,
                                    std::unique_ptr<CRegistryKey>& key) = 0;
+  // Of a key that has none below it; kErrorAccessDenied for another one. A symbolic link goes
+  // itself.
   virtual SystemError DeleteSubKey(const std::string& path, uint32_t access) = 0;
   virtual SystemError QueryInfo(RegistryKeyInfo& info) = 0;
   virtual SystemError EnumSubKey(uint32_t index, std::string& name) = 0;

@@ -27,7 +27,8 @@ class CHostFile {
 // writer out while it is open (readers are let in): a second open of this kind fails with
 // kErrorSharingViolation, from this process too. A symbolic link in the last place is refused
 // with kErrorAccessDenied, and so is what is no plain file, has a second name or belongs to another
-// user. New files are readable by the user alone.
+// user. New files are readable by the user alone. (On Windows the access list of the directory says
+// whose a file is and who may read it.)
 SystemError OpenExclusive(const std::string& path, std::unique_ptr<CHostFile>& file);
 
 // Reads at most limit bytes from the start of a plain file into content. A symbolic link in the

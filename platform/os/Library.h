@@ -24,6 +24,13 @@ void CloseLibrary(NativeLibrary library);
 // The address of an exported function; null if there is none, and for no library.
 void* FindExport(NativeLibrary library, const std::string& name);
 
+// Libraries speak 8-bit text: on Windows in the system's code page, elsewhere in UTF-8. It is
+// converted here, in both directions; a character that the code page does not have becomes what
+// the system puts in its place.
+
+// Text for a function that takes a plain pointer; NULs inside stay. Throws std::bad_alloc.
+std::string LibraryText(std::string_view utf8);
+
 // Byte strings that libraries and this one hand each other: BSTRs of 8-bit text. On Windows they
 // are OLE's; elsewhere they are made by the functions that include/kestra/plugin.h declares.
 using ByteString = char*;
@@ -33,7 +40,7 @@ class CByteString {
  public:
   CByteString() = default;
   // Throws std::bad_alloc.
-  explicit CByteString(std::string_view bytes);
+  explicit CByteString(std::string_view utf8);
   // Takes over what a library made. Where the system can tell (not on Windows), a pointer that is
   // no such string, a literal say, counts as null and is left alone.
   static CByteString Take(ByteString text);
@@ -45,7 +52,7 @@ class CByteString {
   ~CByteString();
 
   ByteString get() const { return m_pText; }
-  // All of its bytes; nothing for null.
+  // All of it, as UTF-8; nothing for null.
   std::optional<std::string> Text() const;
 
  private:

@@ -45,6 +45,10 @@ struct SharedRecord {
 // signalled before our turn, kErrorTimeout when it does not come within ten seconds, or within one
 // where there is nothing to stop for.
 //
+// On Windows they are the system's objects of exactly these names, as far as the system takes them
+// (a backslash, say, is escaped), for the programs of one session: the two must differ
+// (kErrorInvalidHandle), and any two sizes are the same, since memory comes in whole pages.
+//
 // On Linux they are files where the named locks are (NamedLock.h), and long names are told apart in
 // the same way. Processes in different PID namespaces (pid_namespaces(7)) never share a record,
 // since thread numbers in it would not be unique. Needs /proc. Who goes last removes the files;

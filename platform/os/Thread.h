@@ -21,7 +21,8 @@ class CThreadHandle : public CWaitable {
   // the caller leaves the thread behind.
   virtual bool Terminate() = 0;
   // Waits for the system to be done with an ended thread, so that its stack and thread-local
-  // objects are gone. Only after the object is signalled.
+  // objects are gone. Only after the object is signalled, or after Terminate; then for at most ten
+  // seconds, since the system may not be able to end it yet.
   virtual void Join() = 0;
 };
 

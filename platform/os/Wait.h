@@ -33,10 +33,20 @@ inline constexpr int kWaitFailed = -2;
 // Waits until one of the objects is signalled, or timeOutMs milliseconds are over (0 only looks,
 // kInfinite waits for ever). Answers the index of the first signalled one in the order given,
 // kWaitTimeOut, or kWaitFailed. Null entries are allowed and never signalled; waiting for nothing
-// but null entries without limit fails rather than hang.
+// but null entries without limit fails rather than hang. Any number of objects; of more than 64 on
+// Windows those behind the 64th are answered up to 10 ms late.
 int WaitAny(std::span<const CWaitable* const> objects, uint32_t timeOutMs);
 inline int WaitAny(std::initializer_list<const CWaitable*> objects, uint32_t timeOutMs) {
   return WaitAny(std::span<const CWaitable* const>(objects.begin(), objects.size()), timeOutMs);
+}
+
+// The same for a thread that may have windows, which must go on while it waits: each time input for
+// them arrives it is handed to them, and the time begins anew. On Windows at most 63 objects
+// (kWaitFailed otherwise); elsewhere nothing has windows, and it is WaitAny.
+int WaitAnyDispatching(std::span<const CWaitable* const> objects, uint32_t timeOutMs);
+inline int WaitAnyDispatching(std::initializer_list<const CWaitable*> objects, uint32_t timeOutMs) {
+  return WaitAnyDispatching(std::span<const CWaitable* const>(objects.begin(), objects.size()),
+                            timeOutMs);
 }
 
 }  // namespace kestra::os

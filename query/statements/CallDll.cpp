@@ -101,7 +101,8 @@ std::optional<std::string> Call(Value& out, ParseNode& node, bool& result) {
   }
   if (!GatherTexts(out, arguments.asVector(), block, result)) return std::nullopt;
   // The string's own end is the NUL behind the last one.
-  std::optional<std::string> answer = os::CByteString::Take(callee(block.c_str(), 0)).Text();
+  const std::string text = os::LibraryText(block);
+  std::optional<std::string> answer = os::CByteString::Take(callee(text.c_str(), 0)).Text();
   if (!answer) result = Fail(out);
   return answer;
 }

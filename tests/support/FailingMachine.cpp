@@ -152,6 +152,12 @@ class CFailingKey final : public CRegistryKey {
     return Call(
         [&] { return Wrap(key, [&](auto& k) { return m_inner->OpenSubKey(path, access, k); }); });
   }
+  SystemError OpenLinkItself(const std::string& path, uint32_t access,
+                             std::unique_ptr<CRegistryKey>& key) override {
+    return Call([&] {
+      return Wrap(key, [&](auto& k) { return m_inner->OpenLinkItself(path, access, k); });
+    });
+  }
   SystemError CreateSubKey(const std::string& path, uint32_t access,
                            std::unique_ptr<CRegistryKey>& key) override {
     return Call(
@@ -264,6 +270,7 @@ class CFailingProcesses final : public CProcesses {
       return error;
     });
   }
+  CWindowsProcesses* Windows() override { return m_inner.Windows(); }
 
  private:
   CFaultPlan& m_plan;
@@ -271,23 +278,6 @@ class CFailingProcesses final : public CProcesses {
 };
 
 }  // namespace
-
-void CFaultPlan::FailCall(uint32_t number, SystemError error, Facility facility) {
-  m_calls = 0;
-  m_hasFailed = false;
-  m_error = error;
-  m_facility = facility;
-  m_failing = number;
-}
-
-SystemError CFaultPlan::Count(Facility facility) {
-  const Facility wanted = m_facility;
-  if (wanted != Facility::Any && wanted != facility) return kErrorSuccess;
-  if (++m_calls != m_failing) return kErrorSuccess;
-  m_hasFailed = true;
-  if (onFailure) onFailure();
-  return m_error;
-}
 
 CFailingMachine::CFailingMachine(Ref<CMachine> inner) : m_inner(std::move(inner)) {
   if (m_inner->Files()) m_pFiles = std::make_unique<CFailingFileSystem>(m_plan, *m_inner->Files());

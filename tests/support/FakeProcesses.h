@@ -40,12 +40,15 @@ class CFakeProcesses final : public CProcesses {
   SystemError Enumerate(uint32_t wanted, std::unique_ptr<CProcessList>& list) override;
   SystemError Open(uint32_t pid, uint64_t startTime, std::unique_ptr<CProcess>& process) override;
 
+  CWindowsProcesses* Windows() override { return windows; }
+
   std::shared_ptr<FakeProcessState> Add(ProcessRecord record);
 
   // Runs before each record of a list is given, with its index; set before use. A test cancels or
   // changes the script here.
   std::function<void(size_t)> onNext;
   std::atomic<uint32_t> lastWanted{0};
+  CWindowsProcesses* windows = nullptr;  // borrowed; set before use
 
  private:
   std::mutex m_lock;  // guards the list

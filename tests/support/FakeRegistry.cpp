@@ -12,9 +12,13 @@ using KeyPointer = std::shared_ptr<FakeRegistryKey>;
 
 constexpr uint32_t kViews = kKeyWow64Key32 | kKeyWow64Key64;
 
-KeyPointer Walk(KeyPointer key, const std::string& path, uint32_t view, bool make) {
+enum class LastKey { FollowLink, KeepLink };
+
+KeyPointer Walk(KeyPointer key, const std::string& path, uint32_t view, bool make,
+                LastKey lastKey = LastKey::FollowLink) {
   if (path.empty()) return key;
   for (const std::string& name : Split(path, '\\')) {
+    if (key->linkTarget) key = key->linkTarget;
     KeyPointer next = key->FindSubKey(name, view);
     if (!next && !make) return nullptr;
     if (!next) {
@@ -27,7 +31,7 @@ KeyPointer Walk(KeyPointer key, const std::string& path, uint32_t view, bool mak
     }
     key = next;
   }
-  return key;
+  return key->linkTarget && lastKey == LastKey::FollowLink ? key->linkTarget : key;
 }
 
 void Store(FakeRegistryKey& key, const std::string& name, uint32_t type, const std::string& data) {
@@ -71,6 +75,10 @@ class CFakeRegistryKey final : public CRegistryKey {
                          std::unique_ptr<CRegistryKey>& key) override {
     m_registry.lastAccess = access;
     return Guarded(0, [&] { return Open(path, access, false, key); });
+  }
+  SystemError OpenLinkItself(const std::string& path, uint32_t access,
+                             std::unique_ptr<CRegistryKey>& key) override {
+    return Guarded(0, [&] { return Open(path, access, false, key, LastKey::KeepLink); });
   }
   SystemError CreateSubKey(const std::string& path, uint32_t access,
                            std::unique_ptr<CRegistryKey>& key) override {
@@ -144,9 +152,9 @@ class CFakeRegistryKey final : public CRegistryKey {
     return (m_access & needed) == needed ? operation() : kErrorAccessDenied;
   }
   SystemError Open(const std::string& path, uint32_t access, bool make,
-                   std::unique_ptr<CRegistryKey>& key) {
+                   std::unique_ptr<CRegistryKey>& key, LastKey lastKey = LastKey::FollowLink) {
     const uint32_t view = access & kViews;
-    const KeyPointer found = Walk(m_key, path, view, make);
+    const KeyPointer found = Walk(m_key, path, view, make, lastKey);
     if (!found) return kErrorFileNotFound;
     if (found->openError != kErrorSuccess) return found->openError;
     key = std::make_unique<CFakeRegistryKey>(m_registry, found, access);
@@ -195,6 +203,11 @@ KeyPointer CFakeRegistry::AddViewKey(uint32_t view, RegistryRoot root, const std
   return key;
 }
 
+void CFakeRegistry::AddLink(RegistryRoot root, const std::string& path, const std::string& target) {
+  std::lock_guard guard(m_lock);
+  Make(root, path)->linkTarget = Make(root, target);
+}
+
 void CFakeRegistry::SetValue(RegistryRoot root, const std::string& path, const std::string& name,
                              uint32_t type, const std::string& data) {
   std::lock_guard guard(m_lock);
@@ -221,7 +234,7 @@ void CFakeRegistry::DenyKey(RegistryRoot root, const std::string& path, SystemEr
 std::shared_ptr<FakeRegistryKey> CFakeRegistry::Find(RegistryRoot root, const std::string& path,
                                                      uint32_t view) {
   std::lock_guard guard(m_lock);
-  return Walk(Root(root), path, view, false);
+  return Walk(Root(root), path, view, false, LastKey::KeepLink);
 }
 
 std::shared_ptr<FakeRegistryKey> CFakeRegistry::Root(RegistryRoot root) {

@@ -39,8 +39,9 @@ struct FakeRegistryKey {
   std::string className;
   FileTime lastWriteTime;
   bool isDeleted = false;
-  uint32_t view = 0;                      // 0: in all views
-  SystemError openError = kErrorSuccess;  // given by every attempt to open the key
+  uint32_t view = 0;                            // 0: in all views
+  SystemError openError = kErrorSuccess;        // given by every attempt to open the key
+  std::shared_ptr<FakeRegistryKey> linkTarget;  // of a symbolic link; null for any other key
   std::vector<FakeRegistryValue> values;
   std::vector<std::shared_ptr<FakeRegistryKey>> subKeys;
 
@@ -63,6 +64,8 @@ class CFakeRegistry final : public CRegistry {
   // Adds a key that only one view has. Keys on the way are those of that view, or of all.
   std::shared_ptr<FakeRegistryKey> AddViewKey(uint32_t view, RegistryRoot root,
                                               const std::string& path);
+  // Adds a symbolic link to a key of the same root, which is made too.
+  void AddLink(RegistryRoot root, const std::string& path, const std::string& target);
   void SetValue(RegistryRoot root, const std::string& path, const std::string& name, uint32_t type,
                 const std::string& data);
   void SetNumber(RegistryRoot root, const std::string& path, const std::string& name,
@@ -71,7 +74,7 @@ class CFakeRegistry final : public CRegistry {
                  const std::string& text);
   // Lets every attempt to open the key fail; with an empty path, to open the root.
   void DenyKey(RegistryRoot root, const std::string& path, SystemError error);
-  // Null if there is no such key.
+  // A link itself. Null if there is no such key.
   std::shared_ptr<FakeRegistryKey> Find(RegistryRoot root, const std::string& path,
                                         uint32_t view = 0);
 

@@ -14,14 +14,18 @@ CTempDirectory::CTempDirectory() {
   const std::string base = os::TemporaryDirectory();
   if (base.empty()) throw std::runtime_error("there is no temporary directory");
   do {
-    m_path = std::filesystem::path(base) / ("test-" + std::to_string(os::CurrentProcessId()) + "-" +
-                                            std::to_string(++lastNumber));
-  } while (!std::filesystem::create_directory(m_path));
+    m_path = base + os::PathSeparator() + "test-" + std::to_string(os::CurrentProcessId()) + "-" +
+             std::to_string(++lastNumber);
+  } while (!std::filesystem::create_directory(ToPath(m_path)));
 }
 
 CTempDirectory::~CTempDirectory() {
   std::error_code ignored;
-  std::filesystem::remove_all(m_path, ignored);
+  std::filesystem::remove_all(ToPath(m_path), ignored);
+}
+
+std::string CTempDirectory::operator/(const std::string& name) const {
+  return m_path + os::PathSeparator() + name;
 }
 
 std::string CTempDirectory::Write(const std::string& name, const std::string& content) const {
@@ -31,12 +35,12 @@ std::string CTempDirectory::Write(const std::string& name, const std::string& co
 }
 
 std::string ReadWholeFile(const std::string& path) {
-  std::ifstream file(path, std::ios::binary);
+  std::ifstream file(ToPath(path), std::ios::binary);
   return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
 }
 
 void WriteWholeFile(const std::string& path, const std::string& content) {
-  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  std::ofstream file(ToPath(path), std::ios::binary | std::ios::trunc);
   file.write(content.data(), static_cast<std::streamsize>(content.size()));
 }
 

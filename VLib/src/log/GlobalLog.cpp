@@ -1,9 +1,9 @@
 #include <cinttypes>
 #include <cstdlib>
-#include <mutex>
 
 #include "VLib/src/log/Log.h"
 #include "VLib/src/text/Text.h"
+#include "platform/base/Once.h"
 #include "platform/os/HostEnvironment.h"
 
 namespace kestra {
@@ -43,8 +43,8 @@ CVLog& GlobalLog() {
 }
 
 void OpenGlobalLog(const std::string& directory) {
-  static std::once_flag once;
-  std::call_once(once, OpenOnce, directory);
+  static COnce once;
+  once.Do([&] { OpenOnce(directory); });
 }
 
 }  // namespace kestra

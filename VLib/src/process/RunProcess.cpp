@@ -23,7 +23,7 @@ bool RunProcess(const std::string& file, const std::string& directory, const std
       os::OpenByShell(file, arguments, directory, shellMask, showWindow, process) != kErrorSuccess)
     return false;
   if (waitMs != 0) {
-    if (!process || os::WaitAny({process.get(), stopEvent}, waitMs) != 0) return false;
+    if (!process || os::WaitAnyDispatching({process.get(), stopEvent}, waitMs) != 0) return false;
     if (exitCode) process->ExitCode(*exitCode);
   }
   if (processOut) *processOut = std::move(process);

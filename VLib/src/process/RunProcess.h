@@ -18,7 +18,8 @@ namespace kestra {
 //   useShell   goes to the shell at once; otherwise only when file does not start as a program
 //   shellMask  SEE_MASK_ bits for the shell; showWindow an SW_ number. Nothing on Linux.
 //   waitMs     longest wait for the end in milliseconds; 0 does not wait, os::kInfinite has no
-//              limit
+//              limit. The calling thread's windows go on meanwhile; each time one of them has
+//              input, the wait begins anew
 //   stopEvent  ends the wait; may be null
 //   exitCode   gets the exit code after a wait; may be null. Stays as it was if that is not known.
 //   processOut gets the process; may be null

@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "platform/os/Event.h"
+#include "platform/os/ThreadLocal.h"
 
 // How a wait works. A waiting thread stands in a process-wide table under the lock's address and
 // has set the top bit of the owner word, both under the table's mutex. A holder that finds the bit
@@ -123,7 +124,8 @@ bool CInterruptibleLock::Enter(const os::CWaitable* pTermination) {
 }
 
 bool CInterruptibleLock::EnterSlowly(uint32_t self, const os::CWaitable* pTermination) {
-  thread_local os::CEvent event;
+  static os::CThreadLocal<os::CEvent> events;
+  os::CEvent& event = events.Get();
   CWaiterQueue& queue = QueueOf(this);
   Waiter waiter{this, &event};
   for (bool isFirstTry = true;; isFirstTry = false) {

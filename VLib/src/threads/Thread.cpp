@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "VLib/src/log/Log.h"
+#include "platform/os/ThreadLocal.h"
 
 namespace kestra {
 namespace {
@@ -14,7 +15,10 @@ struct RunningThread {
   const CVThread* pObject = nullptr;
   Ref<os::CEvent> stopEvent;
 };
-thread_local RunningThread t_running;
+RunningThread& Running() {
+  static os::CThreadLocal<RunningThread> threads;
+  return threads.Get();
+}
 
 bool HasEnded(const os::CThreadHandle& thread, uint32_t timeOutMs) {
   return os::WaitAny({&thread}, timeOutMs) == 0;
@@ -34,7 +38,7 @@ bool CVThread::Start(size_t stackBytes) {
   auto stopEvent = MakeRef<os::CEvent>();
   if (!stopEvent->IsValid()) return false;
   const auto body = [self = Ref<CVThread>(this), stopEvent] {
-    t_running = {self.get(), stopEvent};
+    Running() = {self.get(), stopEvent};
     try {
       self->Run();
     } catch (const std::exception& error) {
@@ -42,7 +46,7 @@ bool CVThread::Start(size_t stackBytes) {
     } catch (...) {
       g_Log.Error("CVThread - unknown exception in a thread");
     }
-    t_running = {};
+    Running() = {};
   };
   m_pThread = os::StartThread(body, stackBytes);
   if (!m_pThread) return false;
@@ -79,7 +83,7 @@ uint32_t CVThread::ThreadId() const {
 }
 
 Ref<os::CEvent> CVThread::StopEvent() const {
-  if (t_running.pObject == this) return t_running.stopEvent;
+  if (Running().pObject == this) return Running().stopEvent;
   std::lock_guard guard(m_lock);
   return m_pStopEvent;
 }

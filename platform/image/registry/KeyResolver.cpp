@@ -31,8 +31,12 @@ std::deque<Piece> Pieces(std::string_view path, bool isViewed) {
 
 class CResolver {
  public:
-  CResolver(CVolumeLayout& layout, const VolumeNode& start, std::string_view path, bool isNarrow)
-      : m_layout(layout), m_node(start), m_pieces(Pieces(path, isNarrow)) {
+  CResolver(CVolumeLayout& layout, const VolumeNode& start, std::string_view path, bool isNarrow,
+            LastKey lastKey)
+      : m_layout(layout),
+        m_node(start),
+        m_pieces(Pieces(path, isNarrow)),
+        m_keepsLink(lastKey == LastKey::KeepLink) {
     m_isEndViewed = isNarrow && !m_pieces.empty();
   }
 
@@ -66,7 +70,12 @@ class CResolver {
     m_pieces.pop_front();
     VolumeNode child;
     if (const SystemError error = m_layout.Child(m_node, piece.name, child)) return error;
-    if (IsLink(child)) return Follow(child);
+    if (IsLink(child)) {
+      if (!m_keepsLink || !m_pieces.empty()) return Follow(child);
+      m_isEndViewed = false;  // every view has the link itself
+      m_node = std::move(child);
+      return kErrorSuccess;
+    }
     const auto isLink = [](const KeyLayer& layer) { return layer.pFile->Tree().IsLink(layer.key); };
     std::erase_if(child.layers, isLink);
     if (piece.isOfView && m_node.zone == Zone::Software) child.zone = Zone::SoftwareNarrow;
@@ -106,6 +115,7 @@ class CResolver {
   CVolumeLayout& m_layout;
   VolumeNode m_node;
   std::deque<Piece> m_pieces;
+  const bool m_keepsLink;  // the last one
   bool m_isEndViewed = false;
   int m_linkCount = 0;
 };
@@ -113,8 +123,8 @@ class CResolver {
 }  // namespace
 
 SystemError ResolveKey(CVolumeLayout& layout, const VolumeNode& start, std::string_view path,
-                       bool isNarrow, VolumeNode& node) {
-  return CResolver(layout, start, path, isNarrow).Resolve(node);
+                       bool isNarrow, VolumeNode& node, LastKey lastKey) {
+  return CResolver(layout, start, path, isNarrow, lastKey).Resolve(node);
 }
 
 }  // namespace kestra::image

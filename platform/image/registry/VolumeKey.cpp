@@ -46,12 +46,11 @@ class CVolumeKey final : public CRegistryKey {
 
   SystemError OpenSubKey(const std::string& path, uint32_t access,
                          std::unique_ptr<CRegistryKey>& key) override {
-    const bool isNarrow = (access & kKeyWow64Key32) != 0;
-    if (isNarrow && (access & kKeyWow64Key64) != 0) return kErrorInvalidParameter;
-    VolumeNode node;
-    if (const SystemError error = ResolveKey(*m_layout, m_node, path, isNarrow, node)) return error;
-    key = std::make_unique<CVolumeKey>(m_layout, std::move(node));
-    return kErrorSuccess;
+    return Open(path, access, LastKey::FollowLink, key);
+  }
+  SystemError OpenLinkItself(const std::string& path, uint32_t access,
+                             std::unique_ptr<CRegistryKey>& key) override {
+    return Open(path, access, LastKey::KeepLink, key);
   }
   SystemError QueryInfo(RegistryKeyInfo& info) override;
   SystemError EnumSubKey(uint32_t index, std::string& name) override {
@@ -76,6 +75,16 @@ class CVolumeKey final : public CRegistryKey {
   SystemError DeleteValue(const std::string&) override { return kErrorWriteProtect; }
 
  private:
+  SystemError Open(const std::string& path, uint32_t access, LastKey lastKey,
+                   std::unique_ptr<CRegistryKey>& key) const {
+    const bool isNarrow = (access & kKeyWow64Key32) != 0;
+    if (isNarrow && (access & kKeyWow64Key64) != 0) return kErrorInvalidParameter;
+    VolumeNode node;
+    const SystemError error = ResolveKey(*m_layout, m_node, path, isNarrow, node, lastKey);
+    if (error == kErrorSuccess) key = std::make_unique<CVolumeKey>(m_layout, std::move(node));
+    return error;
+  }
+
   using FileList = SystemError (CRegistryFile::*)(TreeId, Listing&);
 
   static SystemError NameAt(const CKeyListing& listing, uint32_t index, std::string& name) {

@@ -3,37 +3,20 @@
 #include <time.h>
 
 #include <cerrno>
-#include <limits>
+
+#include "platform/base/ZoneTime.h"
 
 namespace kestra::os {
 namespace {
 
-constexpr int64_t kTicksPerSecond = 10'000'000;
 constexpr int64_t kSecondsTo1970 = 11'644'473'600;
-constexpr int64_t kSecondsPerDay = 86'400;
-constexpr int64_t kMostTicks = std::numeric_limits<int64_t>::max();
 
-// Seconds east of UTC that the process's time zone has at a moment (seconds since 1970).
-bool ZoneOffset(int64_t moment, int64_t& offset) {
-  const time_t time = moment;
+// Seconds east of UTC that the process's time zone has at a moment.
+bool ZoneOffset(FileTime moment, int64_t& offset) {
+  const time_t time = static_cast<int64_t>(moment.ticks) / kTicksPerSecond - kSecondsTo1970;
   tm broken{};
   if (!localtime_r(&time, &broken)) return false;
   offset = broken.tm_gmtoff;
-  return true;
-}
-
-bool Shift(FileTime from, int64_t seconds, FileTime& to) {
-  const int64_t ticks = static_cast<int64_t>(from.ticks) + seconds * kTicksPerSecond;
-  if (ticks < 0) return false;
-  to.ticks = static_cast<uint64_t>(ticks);
-  return true;
-}
-
-// False beyond what a file time may be, with room for any zone's offset.
-bool SecondsSince1970(FileTime time, int64_t& seconds) {
-  if (time.ticks > static_cast<uint64_t>(kMostTicks - 2 * kSecondsPerDay * kTicksPerSecond))
-    return false;
-  seconds = static_cast<int64_t>(time.ticks) / kTicksPerSecond - kSecondsTo1970;
   return true;
 }
 
@@ -64,31 +47,12 @@ FileTime SystemTimeAsFileTime() {
   return FileTimeFromTimespec(ReadClock(CLOCK_REALTIME));
 }
 
-// The zone's offsets of a day before and a day after are the two that can hold. With the earlier
-// one the answer is the first of two moments, and in a gap the moment as far behind the change as
-// the local time was behind the gap's beginning.
 bool LocalFileTimeToFileTime(FileTime local, FileTime& utc) {
-  int64_t seconds = 0;
-  int64_t before = 0;
-  int64_t after = 0;
-  if (!SecondsSince1970(local, seconds) || !ZoneOffset(seconds - kSecondsPerDay, before) ||
-      !ZoneOffset(seconds + kSecondsPerDay, after))
-    return false;
-  int64_t offset = before;
-  if (before != after) {
-    int64_t holds = 0;
-    if (!ZoneOffset(seconds - before, holds)) return false;
-    int64_t holdsAfter = 0;
-    if (!ZoneOffset(seconds - after, holdsAfter)) return false;
-    if (holds != before && holdsAfter == after) offset = after;
-  }
-  return Shift(local, -offset, utc);
+  return LocalToUtc(local, ZoneOffset, utc);
 }
 
 bool FileTimeToLocalFileTime(FileTime utc, FileTime& local) {
-  int64_t seconds = 0;
-  int64_t offset = 0;
-  return SecondsSince1970(utc, seconds) && ZoneOffset(seconds, offset) && Shift(utc, offset, local);
+  return UtcToLocal(utc, ZoneOffset, local);
 }
 
 SystemTime LocalTime() {

@@ -59,9 +59,13 @@ void* FindExport(NativeLibrary library, const std::string& name) {
   return library ? dlsym(library, name.c_str()) : nullptr;
 }
 
-CByteString::CByteString(std::string_view bytes) {
-  const bool fits = bytes.size() <= std::numeric_limits<uint32_t>::max();
-  if (fits) m_pText = SysAllocStringByteLen(bytes.data(), static_cast<uint32_t>(bytes.size()));
+std::string LibraryText(std::string_view utf8) {
+  return std::string(utf8);
+}
+
+CByteString::CByteString(std::string_view utf8) {
+  const bool fits = utf8.size() <= std::numeric_limits<uint32_t>::max();
+  if (fits) m_pText = SysAllocStringByteLen(utf8.data(), static_cast<uint32_t>(utf8.size()));
   if (!m_pText) throw std::bad_alloc();
 }
 

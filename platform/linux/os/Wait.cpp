@@ -71,4 +71,8 @@ int WaitAny(std::span<const CWaitable* const> objects, uint32_t timeOutMs) {
   }
 }
 
+int WaitAnyDispatching(std::span<const CWaitable* const> objects, uint32_t timeOutMs) {
+  return WaitAny(objects, timeOutMs);
+}
+
 }  // namespace kestra::os

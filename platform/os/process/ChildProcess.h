@@ -42,6 +42,10 @@ std::string QuotedProgram(const std::string& program);
 // the system cannot start is an error here, and no child: kErrorFileNotFound, kErrorAccessDenied,
 // kErrorBadExeFormat.
 //
+// On Windows the program takes its command line apart itself; it shares the caller's console, and
+// reads from it, unless it is hidden. kErrorBadArguments for no word at all, a NUL, or more than
+// 32766 characters. A missing directory is kErrorDirectory.
+//
 // On Linux commandLine is taken apart by the quoting rules of the POSIX shell, without any
 // expansion: blanks, tabs and line ends separate words; what is between single quotes stands for
 // itself; between double quotes a backslash protects `"`, `\`, `$` and "`" and takes a line end
@@ -51,9 +55,11 @@ SystemError StartChild(const std::string& commandLine, const std::string& direct
                        const ChildWindow& window, std::unique_ptr<CChildProcess>& child);
 
 // Has the desktop open a document, a folder or an address with the program that is meant for it.
-// child may come back null with success where no new program was needed. On Linux xdg-open does it,
-// and is the child; arguments and shellMask have no meaning there. kErrorCallNotImplemented without
-// xdg-open; kErrorFileNotFound or kErrorPathNotFound for a missing file or directory.
+// child may come back null with success where no new program was needed. shellMask is SEE_MASK_
+// bits of the Win32 page SHELLEXECUTEINFO; those that promise a field which cannot be given here
+// have no effect. On Linux xdg-open does it, and is the child; arguments and shellMask have no
+// meaning there. kErrorCallNotImplemented without xdg-open; kErrorFileNotFound or
+// kErrorPathNotFound for a missing file or directory.
 SystemError OpenByShell(const std::string& file, const std::string& arguments,
                         const std::string& directory, uint32_t shellMask, uint32_t showWindow,
                         std::unique_ptr<CChildProcess>& child);

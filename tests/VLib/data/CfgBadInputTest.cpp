@@ -88,10 +88,11 @@ std::string WithHeader(const std::string& length, const std::string& stream) {
 
 // The zlib stream of a text, as any other program may make it.
 std::string Deflated(const std::string& text) {
-  std::string stream(compressBound(text.size()), '\0');
-  uLongf size = stream.size();
+  const auto textSize = static_cast<uLong>(text.size());
+  uLongf size = compressBound(textSize);
+  std::string stream(size, '\0');
   EXPECT_EQ(compress(reinterpret_cast<Bytef*>(stream.data()), &size,
-                     reinterpret_cast<const Bytef*>(text.data()), text.size()),
+                     reinterpret_cast<const Bytef*>(text.data()), textSize),
             Z_OK);
   stream.resize(size);
   return stream;

@@ -11,14 +11,12 @@
 #include "platform/os/NamedLock.h"
 #include "platform/os/Thread.h"
 #include "tests/support/LockCounter.h"
+#include "tests/support/Peer.h"
 #include "tests/support/UniqueName.h"
-#include "tests/support/linux/ChildProcess.h"
-#include "tests/support/linux/HeldGuard.h"
 
 namespace kestra {
 namespace {
 
-using test::CChildProcess;
 using test::CTempDirectory;
 using test::CUniqueName;
 
@@ -170,18 +168,6 @@ TEST(Optex, WakesWhoWaits) {
   }
 }
 
-TEST(Optex, IsNeverEnteredWhereNoHandleIsLeft) {
-  if (!test::kCanRunWithoutDescriptors) GTEST_SKIP() << "a sanitizer needs descriptors";
-  for (const char* name : {"", "test.no-handle"}) {
-    EXPECT_EQ(test::RunWithoutDescriptors([&] {
-                Optex optex(name, 0);
-                return optex.IsOpen() || optex.TryEnter() || optex.Enter(0, nullptr, 0) ? 1 : 0;
-              }),
-              0)
-        << name;
-  }
-}
-
 TEST(Optex, CutsLongNames) {
   const CUniqueName unique;
   const std::string name = std::string(unique) + std::string(100, 'x');
@@ -212,8 +198,8 @@ TEST(Optex, ExcludesThreadsAndProcesses) {
   const CTempDirectory directory;
   const std::string counter = directory.Write("counter", "0");
   constexpr int kRounds = 100;
-  const CChildProcess peer(KESTRA_LOCK_PEER,
-                           {"peer", "count-optex", name, counter, std::to_string(kRounds)});
+  const auto peer =
+      test::StartPeer(KESTRA_LOCK_PEER, {"count-optex", name, counter, std::to_string(kRounds)});
   Optex optex(name, kSpinCount);
   std::vector<std::thread> threads;
   for (int i = 0; i < 3; ++i)
@@ -227,12 +213,14 @@ TEST(Optex, IsLockedForGoodByADeadOwnerWhileAnybodyHasItOpen) {
   const CUniqueName name;
   const CTempDirectory directory;
   {
-    const CChildProcess witness(KESTRA_LOCK_PEER, {"peer", "open-optex", name, directory / "open"});
+    const auto witness =
+        test::StartPeer(KESTRA_LOCK_PEER, {"open-optex", name, directory / "open"});
     ASSERT_TRUE(WaitForFile(directory / "open"));
     {
-      const CChildProcess owner(KESTRA_LOCK_PEER, {"peer", "hold-optex", name, directory / "held"});
+      const auto owner =
+          test::StartPeer(KESTRA_LOCK_PEER, {"hold-optex", name, directory / "held"});
       ASSERT_TRUE(WaitForFile(directory / "held"));
-    }  // SIGKILL
+    }  // killed
     Optex optex(name, 0);
     EXPECT_FALSE(optex.Enter(0, nullptr, 50));
     EXPECT_EQ(CSeenRecord(name).Get().LockCount, 2u);
@@ -255,23 +243,6 @@ TEST(AutoOptex, HoldsForAScope) {
     EXPECT_FALSE(none.Locked);
   }
   EXPECT_EQ(seen.Get().ThreadId, 0u);
-}
-
-TEST(AutoOptex, StopsWaitingForItsTurnToOpen) {
-  if (!test::IsRoot()) GTEST_SKIP() << "would hold up other tests";
-  std::unique_ptr<os::CNamedLock> turn;  // two such tests at once would hold up each other
-  ASSERT_EQ(os::AcquireNamedLock("test.held-guard", nullptr, 20'000, turn),
-            os::NamedLockResult::Held);
-  EXPECT_TRUE(test::RunAsOrdinaryUser([] {
-    const CUniqueName name;
-    const test::CHeldGuard guard;
-    os::CEvent cancel;
-    cancel.Set();
-    const os::CWaitable* const pCancel = &cancel;
-    const uint32_t start = os::TickCount();
-    const AutoOptex lock(1, &pCancel, os::kInfinite, true, name, kSpinCount);
-    return !lock.Locked && os::TickCount() - start < 250;
-  }));
 }
 
 TEST(AutoOptex, DoesNotLeaveWhatItDidNotGet) {

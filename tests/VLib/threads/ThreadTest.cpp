@@ -1,38 +1,14 @@
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <stdexcept>
 
-#include "VLib/src/threads/Thread.h"
-#include "platform/os/Clock.h"
+#include "tests/VLib/threads/TestThread.h"
 
 namespace kestra {
 namespace {
 
-class CTestThread final : public CVThread {
- public:
-  explicit CTestThread(std::function<void(CTestThread&)> body,
-                       std::atomic<bool>* pDeleted = nullptr)
-      : m_body(std::move(body)), m_pDeleted(pDeleted) {}
-  ~CTestThread() override {
-    if (m_pDeleted) *m_pDeleted = true;
-  }
-
- protected:
-  void Run() override { m_body(*this); }
-
- private:
-  std::function<void(CTestThread&)> m_body;
-  std::atomic<bool>* m_pDeleted;
-};
-
-bool WaitFor(const std::function<bool()>& condition) {
-  for (int i = 0; i < 5000; ++i) {
-    if (condition()) return true;
-    os::Sleep(1);
-  }
-  return false;
-}
+using test::CTestThread;
+using test::WaitFor;
 
 TEST(CVThread, RunsUntilItIsStopped) {
   std::atomic<uint32_t> id{0};
@@ -63,31 +39,6 @@ TEST(CVThread, ExistsUntilItIsStoppedThoughItEndedByItself) {
   EXPECT_TRUE(thread->Stop(0));
   EXPECT_TRUE(thread->Start());
   EXPECT_TRUE(thread->Stop(10000));
-}
-
-TEST(CVThread, LeavesBehindAThreadThatDoesNotEnd) {
-  os::CEvent mayEnd;
-  std::atomic<int> ended{0};
-  std::atomic<int> sawStop{0};
-  std::atomic<bool> isDeleted{false};
-  auto thread = MakeRef<CTestThread>(
-      [&](CTestThread& self) {
-        os::WaitAny({&mayEnd}, os::kInfinite);
-        if (self.StopEvent()->IsSet()) ++sawStop;
-        ++ended;
-      },
-      &isDeleted);
-  ASSERT_TRUE(thread->Start());
-  EXPECT_FALSE(thread->Stop(10));
-  EXPECT_FALSE(thread->IsRunning());
-  ASSERT_TRUE(thread->Start());  // a second one, beside the first
-  EXPECT_FALSE(thread->StopEvent()->IsSet());
-  mayEnd.Set();
-  ASSERT_TRUE(WaitFor([&] { return ended == 2; }));
-  EXPECT_EQ(sawStop, 1);  // each looks at its own stop event
-  EXPECT_TRUE(thread->Stop(10000));
-  thread = nullptr;
-  EXPECT_TRUE(WaitFor([&] { return isDeleted.load(); }));
 }
 
 TEST(CVThread, TheThreadKeepsItsObject) {

@@ -6,6 +6,7 @@
 #include <filesystem>
 
 #include "model/dump/Dump.h"
+#include "platform/os/CodeFile.h"
 #include "tests/model/TestTree.h"
 #include "tests/support/TempDirectory.h"
 
@@ -15,13 +16,15 @@ class PluginTest : public testing::Test {
  protected:
   // Puts a library of libraries/ into the directory, seconds younger than the others.
   void Install(const std::string& library, const std::string& as = {}, int seconds = 0) {
-    const std::string path = m_directory / ((as.empty() ? library : as) + ".so");
+    const std::string path = PathOf(as.empty() ? library : as);
     std::filesystem::remove(path);  // never into the file: it may be loaded
-    std::filesystem::copy_file(std::string(KESTRA_TEST_PLUGINS) + "/" + library + ".so", path);
+    std::filesystem::copy_file(
+        std::string(KESTRA_TEST_PLUGINS) + "/" + library + os::LibraryEnding(), path);
     std::filesystem::last_write_time(path, m_start + std::chrono::seconds(seconds));
   }
-  void Remove(const std::string& library) {
-    std::filesystem::remove(m_directory / (library + ".so"));
+  void Remove(const std::string& library) { std::filesystem::remove(PathOf(library)); }
+  std::string PathOf(const std::string& name) const {
+    return m_directory / (name + os::LibraryEnding());
   }
   // As a host that starts now; with the modules Keys, Plain, Broken and Last built in.
   Ref<DiagRoot> NewRoot(const char* pModules = "") {

@@ -22,8 +22,8 @@ std::string CallsOf(DiagModule& module) {
 TEST_F(PluginTest, AddsAndReplacesModules) {
   EXPECT_EQ(Names(*NewRoot()), "Keys Plain Broken Last");
   m_directory.Write("readme.txt", "no library");
-  m_directory.Write("text.so", "no library either");
-  std::filesystem::create_directory(m_directory / "folder.so");
+  test::WriteWholeFile(PathOf("text"), "no library either");
+  std::filesystem::create_directory(PathOf("folder"));
   Install("probe");
   Install("probe_plain");  // a module named "plain"
   const Ref<DiagRoot> root = NewRoot();
@@ -36,7 +36,7 @@ TEST_F(PluginTest, AddsAndReplacesModules) {
   // An empty name changes nothing, another directory everything, and a file is none.
   EXPECT_TRUE(root->SetPluginsDir(""));
   EXPECT_EQ(Names(*root), "Keys plain Broken Last Probe");
-  EXPECT_FALSE(root->SetPluginsDir(m_directory / "text.so"));
+  EXPECT_FALSE(root->SetPluginsDir(PathOf("text")));
   EXPECT_EQ(Names(*root), "Keys Plain Broken Last");
   EXPECT_FALSE(root->SetPluginsDir(m_directory / "missing"));
 }

@@ -10,6 +10,7 @@
 #include <stdexcept>
 
 #include "platform/os/Clock.h"
+#include "tests/support/Peer.h"
 #include "tests/support/TempDirectory.h"
 
 extern char** environ;
@@ -47,6 +48,13 @@ void CChildProcess::AwaitExec() const {
 void CChildProcess::Reap() {
   waitpid(m_pid, nullptr, 0);
   m_pid = -1;
+}
+
+std::shared_ptr<void> StartPeer(const std::string& path,
+                                const std::vector<std::string>& arguments) {
+  std::vector<std::string> words{path};
+  words.insert(words.end(), arguments.begin(), arguments.end());
+  return std::make_shared<CChildProcess>(path, words);
 }
 
 int RunInChild(const std::function<int()>& body) {

@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/base/text/NameCode.h"
 #include "platform/linux/ErrnoMap.h"
 #include "platform/os/Clock.h"
 
@@ -16,45 +17,6 @@ namespace {
 // Longest file name of Linux file systems is 255 bytes.
 constexpr size_t kLongestEncodedName = 200;
 constexpr size_t kReadableBytesOfLongName = 20;
-
-void AppendHex(std::string& text, uint8_t byte) {
-  constexpr char kDigits[] = "0123456789abcdef";
-  text += kDigits[byte >> 4];
-  text += kDigits[byte & 0xF];
-}
-
-// FNV-1a of 128 bits, as the Internet draft "The FNV Non-Cryptographic Hash Algorithm" has it.
-std::string HashText(std::string_view bytes) {
-  __extension__ using UInt128 = unsigned __int128;
-  constexpr UInt128 kPrime = (static_cast<UInt128>(1) << 88) + 0x13B;
-  UInt128 hash = (static_cast<UInt128>(0x6C62272E07BB0142u) << 64) + 0x62B821756295C58Du;
-  for (const char byte : bytes) {
-    hash ^= static_cast<unsigned char>(byte);
-    hash *= kPrime;
-  }
-  std::string text;
-  for (int shift = 120; shift >= 0; shift -= 8)
-    AppendHex(text, static_cast<uint8_t>(hash >> shift));
-  return text;
-}
-
-bool StandsForItself(char c) {
-  return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || c == '-' ||
-         c == '_' || c == '.';
-}
-
-std::string Escape(std::string_view name) {
-  std::string result;
-  for (const char c : name) {
-    if (StandsForItself(c)) {
-      result += c;
-    } else {
-      result += '%';
-      AppendHex(result, static_cast<uint8_t>(c));
-    }
-  }
-  return result;
-}
 
 // Others must not be able to put something else in the place of the user's directory.
 bool KeepsWhatIsInIt(int base) {
@@ -98,12 +60,12 @@ SystemError OpenNamedObjectDirectory(CUniqueFd& directory) {
 
 std::string NamedObjectFileName(std::string_view kind, std::string_view name) {
   if (name.size() <= kLongestEncodedName) {
-    const std::string escaped = Escape(name);
+    const std::string escaped = EscapeName(name);
     if (escaped.size() <= kLongestEncodedName) return std::string(kind) + "-" + escaped;
   }
   // A kind has no "+", so this is no name of the other form.
-  return std::string(kind) + "+" + std::to_string(name.size()) + "+" + HashText(name) + "+" +
-         Escape(name.substr(0, kReadableBytesOfLongName));
+  return std::string(kind) + "+" + std::to_string(name.size()) + "+" + HashName(name) + "+" +
+         EscapeName(name.substr(0, kReadableBytesOfLongName));
 }
 
 SystemError OpenNamedFile(int directory, const std::string& fileName, CUniqueFd& file) {

@@ -119,6 +119,31 @@ TEST(HiveRegistry, TellsClassCountsAndTime) {
   EXPECT_EQ(info.className, "4f8aa1c2");
 }
 
+// In every view, and wherever it leads; a link on the way is followed.
+TEST(HiveRegistry, OpensALinkItself) {
+  CRegistryFiles files(kWide);
+  const auto registry = files.Hives("alice");
+  std::unique_ptr<CRegistryKey> root;
+  ASSERT_EQ(registry->OpenRoot(RegistryRoot::LocalMachine, root), kErrorSuccess);
+  const std::string links = "Software\\Kestra\\Links\\";
+  for (const char* pName : {"Good", "ToDefault", "Round", "Nowhere", "Outside"}) {
+    SCOPED_TRACE(pName);
+    std::unique_ptr<CRegistryKey> key;
+    std::string data;
+    uint32_t type = 0;
+    ASSERT_EQ(root->OpenLinkItself(links + pName, 0, key), kErrorSuccess);
+    EXPECT_EQ(key->QueryValue("SymbolicLinkValue", type, data), kErrorSuccess);
+    EXPECT_EQ(type, kRegLink);
+    EXPECT_EQ(key->EnumSubKey(0, data), kErrorNoMoreItems);
+  }
+  std::unique_ptr<CRegistryKey> key;
+  std::string name;
+  ASSERT_EQ(root->OpenLinkItself(links + "ToDefault\\Control Panel", 0, key), kErrorSuccess);
+  EXPECT_EQ(key->EnumSubKey(0, name), kErrorSuccess);
+  EXPECT_EQ(name, "Desktop");
+  EXPECT_EQ(root->OpenLinkItself(links + "Round\\x", 0, key), kErrorCannotResolveFilename);
+}
+
 TEST(HiveRegistry, ShowsThe32BitView) {
   CRegistryFiles files(kWide);
   const auto registry = files.Hives("alice");

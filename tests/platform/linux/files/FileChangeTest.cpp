@@ -12,7 +12,7 @@
 #include "platform/linux/machine/Facilities.h"
 #include "platform/machine/FileSystem.h"
 #include "platform/os/Event.h"
-#include "tests/platform/linux/files/NamesIn.h"
+#include "tests/support/NamesIn.h"
 #include "tests/support/TempDirectory.h"
 
 namespace kestra {

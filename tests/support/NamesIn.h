@@ -10,7 +10,7 @@ namespace kestra::test {
 inline std::set<std::string> NamesIn(const std::string& directory) {
   std::set<std::string> names;
   for (const auto& entry : std::filesystem::directory_iterator(directory)) {
-    names.insert(entry.path().filename());
+    names.insert(entry.path().filename().string());
   }
   return names;
 }

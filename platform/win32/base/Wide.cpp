@@ -1,0 +1,28 @@
+#include "platform/win32/base/Wide.h"
+
+namespace kestra {
+
+std::wstring Wide(std::string_view utf8) {
+  const int length = static_cast<int>(utf8.size());
+  const int needed = MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, nullptr, 0);
+  std::wstring wide(static_cast<size_t>(needed), L'\0');
+  MultiByteToWideChar(CP_UTF8, 0, utf8.data(), length, wide.data(), needed);
+  return wide;
+}
+
+std::string Narrow(std::wstring_view wide) {
+  const int length = static_cast<int>(wide.size());
+  const int needed =
+      WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, nullptr, 0, nullptr, nullptr);
+  std::string utf8(static_cast<size_t>(needed), '\0');
+  WideCharToMultiByte(CP_UTF8, 0, wide.data(), length, utf8.data(), needed, nullptr, nullptr);
+  return utf8;
+}
+
+SystemError WideName(std::string_view utf8, std::wstring& wide) {
+  if (utf8.find('\0') != std::string_view::npos) return kErrorInvalidName;
+  wide = Wide(utf8);
+  return kErrorSuccess;
+}
+
+}  // namespace kestra

@@ -1,0 +1,51 @@
+#include "platform/win32/machine/processes/ending/OldTasks.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+
+#include "platform/win32/base/Optional.h"
+#include "platform/win32/base/Wide.h"
+#include "platform/win32/machine/processes/NativeCalls.h"
+
+namespace kestra {
+namespace {
+
+using OnTask = BOOL CALLBACK(DWORD threadId, WORD module, WORD taskId, char* pModuleName,
+                             char* pFileName, LPARAM parameter);
+
+// Such programs know the code page of the system only.
+std::string FromCodePage(const char* pText) {
+  if (!pText) return {};
+  const int length = static_cast<int>(std::min<size_t>(std::strlen(pText), MAX_PATH * 4));
+  std::wstring wide(static_cast<size_t>(length), L'\0');
+  wide.resize(
+      static_cast<size_t>(MultiByteToWideChar(CP_ACP, 0, pText, length, wide.data(), length)));
+  return Narrow(wide);
+}
+
+// TRUE would end the enumeration. Nothing may be thrown through the system's library.
+BOOL CALLBACK AddTask(DWORD threadId, WORD, WORD taskId, char* pModuleName, char* pFileName,
+                      LPARAM parameter) noexcept {
+  auto& tasks = *reinterpret_cast<std::vector<OldTask>*>(parameter);
+  tasks.push_back({threadId, taskId, FromCodePage(pModuleName), FromCodePage(pFileName)});
+  return FALSE;
+}
+
+}  // namespace
+
+// The answer is the number of tasks: none is no failure.
+SystemError ListOldTasks(uint32_t pid, std::vector<OldTask>& tasks) {
+  static const auto pList =
+      Optional<INT WINAPI(DWORD, OnTask*, LPARAM)>(L"vdmdbg.dll", "VDMEnumTaskWOWEx");
+  if (!pList) return kErrorCallNotImplemented;
+  pList(pid, AddTask, reinterpret_cast<LPARAM>(&tasks));
+  return kErrorSuccess;
+}
+
+SystemError EndTaskByForce(uint32_t pid, uint16_t taskId) {
+  static const auto pEnd = Optional<BOOL WINAPI(DWORD, WORD)>(L"vdmdbg.dll", "VDMTerminateTaskWOW");
+  return pEnd ? ErrorOf(pEnd(pid, taskId)) : kErrorCallNotImplemented;
+}
+
+}  // namespace kestra

@@ -1,0 +1,100 @@
+#include "platform/os/Thread.h"
+
+#include <process.h>
+
+#include <cstdint>
+
+#include "platform/win32/base/Optional.h"
+#include "platform/win32/os/NativeHandle.h"
+
+namespace kestra::os {
+namespace {
+
+// A thread that was ended by force goes when the system lets it; one that is stuck in a driver may
+// not go at all.
+constexpr DWORD kMostJoinMs = 10'000;
+// At the stack's end: the guard page, and what the system keeps for the handling of an overflow.
+constexpr size_t kStackKeptBySystem = 16 * 1024;
+
+struct ThreadStart {
+  std::function<void()> body;
+};
+
+unsigned __stdcall RunThread(void* pArgument) noexcept {
+  // What the body holds is let go before the thread ends.
+  const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(pArgument));
+  start->body();
+  return 0;
+}
+
+// The thread's own handle is what is waited for, and not an event that the thread sets: when the
+// process ends the system ends its threads where they are, and a wait for one must not hang then.
+class CWinThread final : public CThreadHandle {
+ public:
+  CWinThread(CUniqueHandle thread, uint32_t id) : m_thread(std::move(thread)), m_id(id) {}
+
+  NativeHandle Native() const override { return NativeOf(m_thread.get()); }
+  uint32_t Id() const override { return m_id; }
+  bool Terminate() override { return TerminateThread(m_thread.get(), 0) != FALSE; }
+  void Join() override { WaitForSingleObject(m_thread.get(), kMostJoinMs); }
+
+ private:
+  CUniqueHandle m_thread;
+  uint32_t m_id;
+};
+
+// The lowest address of the calling thread's stack. It is asked each time: a host that uses fibers
+// has several stacks on one thread.
+uintptr_t StackEnd(const void* pHere) {
+  static const auto pGetLimits =
+      Optional<void WINAPI(PULONG_PTR, PULONG_PTR)>(L"kernel32.dll", "GetCurrentThreadStackLimits");
+  if (pGetLimits) {
+    ULONG_PTR low = 0;
+    ULONG_PTR high = 0;
+    pGetLimits(&low, &high);
+    return low;
+  }
+  MEMORY_BASIC_INFORMATION region{};
+  if (VirtualQuery(pHere, &region, sizeof region) == 0) return 0;
+  return reinterpret_cast<uintptr_t>(region.AllocationBase);
+}
+
+}  // namespace
+
+std::unique_ptr<CThreadHandle> StartThread(std::function<void()> body, size_t stackBytes) {
+  auto start = std::make_unique<ThreadStart>(ThreadStart{std::move(body)});
+  if (stackBytes > UINT_MAX) return nullptr;
+  unsigned id = 0;
+  // Without the flag the size would be what is committed at once.
+  const uintptr_t thread = _beginthreadex(nullptr, static_cast<unsigned>(stackBytes), RunThread,
+                                          start.get(), STACK_SIZE_PARAM_IS_A_RESERVATION, &id);
+  if (thread == 0) return nullptr;
+  start.release();
+  return std::make_unique<CWinThread>(CUniqueHandle(reinterpret_cast<HANDLE>(thread)), id);
+}
+
+uint32_t CurrentThreadId() {
+  return GetCurrentThreadId();
+}
+
+uint32_t OnlineProcessors() {
+  // The older function sees at most the 64 of the process's own group.
+  static const auto pCountActive =
+      Optional<DWORD WINAPI(WORD)>(L"kernel32.dll", "GetActiveProcessorCount");
+  constexpr WORD kAllGroups = 0xFFFF;
+  const DWORD count = pCountActive ? pCountActive(kAllGroups) : 0;
+  if (count != 0) return count;
+  SYSTEM_INFO info{};
+  GetSystemInfo(&info);
+  return info.dwNumberOfProcessors;
+}
+
+size_t RemainingStack() {
+  const void* const pHere = __builtin_frame_address(0);
+  const uintptr_t end = StackEnd(pHere);
+  if (end == 0) return SIZE_MAX / 2;
+  const auto here = reinterpret_cast<uintptr_t>(pHere);
+  return here > end + kStackKeptBySystem ? here - end - kStackKeptBySystem : 0;
+}
+
+}  // namespace kestra::os
