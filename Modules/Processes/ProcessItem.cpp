@@ -5,14 +5,15 @@
 #include <string>
 #include <utility>
 
+#include "Modules/Processes/windows/OldTasks.h"
+#include "Modules/Processes/windows/SystemProcesses.h"
+#include "Modules/Processes/windows/WindowsProcessList.h"
 #include "Modules/VersionProperties.h"
+#include "VLib/src/system/OsKind.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
 namespace {
-
-// The greatest PID that Windows keeps for itself: its idle process is 0, its kernel 4.
-constexpr uint32_t kLastSystemPID = 4;
 
 constexpr uint32_t kNoArchitecture = 0xFFFFFFFF;
 
@@ -28,12 +29,6 @@ uint32_t ArchitectureIndex(uint32_t width) {
     default:
       return kNoArchitecture;
   }
-}
-
-std::string SystemProcessName(uint32_t pid, std::string&& listedName) {
-  if (pid == 0) return "System Idle Process";
-  if (pid == kLastSystemPID) return "System";
-  return std::move(listedName);
 }
 
 constexpr VersionProperty kVersionProperties[] = {
@@ -85,6 +80,8 @@ CProcessItem::CProcessItem(Ref<DiagClass> diagClass, Ref<CMachine> machine, uint
 void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs,
                         const os::CWaitable* pTermination) {
   m_startTime = record.StartTime;
+  m_taskHostPID = record.PID;
+  m_taskId = record.TaskId;
   Params.Clear();
   Params.Reserve(ProcessDefs::kCount);
   CSetter set(Params);
@@ -94,7 +91,7 @@ void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDe
   const bool isSystems = isWindows && !isTask && record.PID <= kLastSystemPID;
   if (!isTask) set.Number(defs.pPID, record.PID);
   if (isSystems) {
-    set.Text(defs.pImageName, SystemProcessName(record.PID, std::move(record.ImageName)));
+    set.Text(defs.pImageName, ProcessName(record.PID, std::move(record.ImageName)));
     IsInitialized = true;
     return;
   }
@@ -130,7 +127,7 @@ bool CProcessItem::OnDelete(QueryMessage& message) {
     message.RaiseMessage(11000, {"ThreadID"});
     return false;
   }
-  return pPID ? EndProcess(pPID->DWordValue, message) : EndTask(message);
+  return pPID ? EndProcess(pPID->DWordValue, message) : EndTask(pThread->DWordValue, message);
 }
 
 bool CProcessItem::EndProcess(uint32_t pid, QueryMessage& message) {
@@ -162,9 +159,17 @@ bool CProcessItem::EndProcess(uint32_t pid, QueryMessage& message) {
   }
 }
 
-// No machine has 16-bit tasks to end yet.
-bool CProcessItem::EndTask(QueryMessage& message) {
-  return message.Fail(kErrorCallNotImplemented);
+// Only Windows of the NT family with 32 bits has tasks that can be ended one by one.
+bool CProcessItem::EndTask(uint32_t threadId, QueryMessage& message) {
+  constexpr uint32_t kNarrowSystem = 1;
+  CProcesses* pProcesses = m_poMachine->Processes();
+  CWindowsProcesses* pWindows = pProcesses ? pProcesses->Windows() : nullptr;
+  if (!pWindows || !IsNtFamily(*m_poMachine) || GetBitness(*m_poMachine) != kNarrowSystem) {
+    return message.Fail(kErrorCallNotImplemented);
+  }
+  const SystemError error = EndOldTask(*pWindows, {m_taskHostPID, threadId, m_taskId},
+                                       m_closeTimeOutMs, message.TerminationEvent());
+  return error == kErrorSuccess || message.Fail(error);
 }
 
 }  // namespace kestra

@@ -42,21 +42,26 @@ class CProcessItem : public CFilledItem {
 
  protected:
   // Ends the process: it is asked to close, and ended by force if it has not done so in time.
+  // A 16-bit task has its time to close, and is ended then.
   // - 11000 with "PID" for one of the system's own (below 5), with "ThreadID" for a task without;
   // - kErrorInvalidHandle if the process that was listed is not there any more, if nobody can tell
   //   whether it is the one, or if it may not be opened; kErrorAccessDenied on Linux, where opening
   //   needs no right, if it may not be signalled;
+  // - kErrorInvalidFunction where the system cannot end a task, kErrorCallNotImplemented where it
+  //   has none;
   // - kErrorCancelled if the query is cancelled meanwhile: the process is then left alone.
   // The item stays in its list until the next filling.
   bool OnDelete(QueryMessage& message) override;
 
  private:
   bool EndProcess(uint32_t pid, QueryMessage& message);
-  bool EndTask(QueryMessage& message);
+  bool EndTask(uint32_t threadId, QueryMessage& message);
 
   const Ref<CMachine> m_poMachine;
   const uint32_t m_closeTimeOutMs;
   uint64_t m_startTime = 0;
+  uint32_t m_taskHostPID = 0;  // of a 16-bit task: the process that runs it
+  uint16_t m_taskId = 0;       // likewise
 };
 
 }  // namespace kestra

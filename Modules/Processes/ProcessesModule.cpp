@@ -1,9 +1,10 @@
 #include "Modules/Processes/ProcessesModule.h"
 
-#include <memory>
 #include <utility>
+#include <vector>
 
 #include "Modules/Processes/ProcessItem.h"
+#include "Modules/Processes/ProcessList.h"
 
 namespace kestra {
 namespace {
@@ -22,26 +23,17 @@ bool CProcessesModule::Init(bool /*bInitChild*/, QueryMessage& message) {
   Params.Clear();
   IsInitialized = false;
 
-  CProcesses* pProcesses = Machine().Processes();
-  if (!pProcesses) return IsInitialized = true;
-
   uint32_t showUserAndCommandLine = 0;
   GetArg("ShowUserAndComLine", showUserAndCommandLine);
   const uint32_t wanted =
       showUserAndCommandLine > 0 ? kProcessWantUser | kProcessWantCommandLine : 0;
 
-  std::unique_ptr<CProcessList> list;
-  if (const SystemError error = pProcesses->Enumerate(wanted, list); error != kErrorSuccess) {
-    return message.Fail(error);
-  }
+  std::vector<ProcessRecord> records;
+  if (!EnumProcessList(Machine(), records, wanted != 0, true, message)) return false;
   const Ref<DiagClass> processClass = kProcessClass.Get();
   DiagItems items;  // what is cut off in the middle leaves nothing behind
-  for (;;) {
+  for (ProcessRecord& record : records) {
     if (message.IsTerminated()) return false;
-    ProcessRecord record;
-    const SystemError error = list->Next(record);
-    if (error == kErrorNoMoreItems) break;
-    if (error != kErrorSuccess) return message.Fail(error);
     auto item = MakeRef<CProcessItem>(processClass, MachineRef(), m_closeTimeOutMs);
     item->Fill(std::move(record), wanted, Defs(), message.TerminationEvent());
     items.Add(std::move(item), false);

@@ -67,11 +67,14 @@ struct Doomed {
   std::vector<std::string> children;
 };
 
-// The names of the keys below one. kErrorCancelled when the query was cancelled.
+// The names of the keys below one. A link has none: what it leads to belongs to another tree, and
+// only the link goes. kErrorCancelled when the query was cancelled.
 SystemError ListChildren(CMachine& machine, const RegistryHive& hive, Doomed& doomed,
                          QueryMessage& message) {
-  std::unique_ptr<CRegistryKey> key;
-  SystemError error = OpenRegistryKey(machine, hive, doomed.path, kKeyEnumerateSubKeys, key);
+  std::unique_ptr<CRegistryKey> root, key;
+  SystemError error = machine.Registry()->OpenRoot(hive.root, root);
+  if (error == kErrorSuccess)
+    error = root->OpenLinkItself(doomed.path, kKeyEnumerateSubKeys | hive.view, key);
   std::string name;
   for (uint32_t i = 0; error == kErrorSuccess; ++i) {
     if (message.IsTerminatedInLoop()) return kErrorCancelled;

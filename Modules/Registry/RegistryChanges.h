@@ -38,7 +38,8 @@ bool UpdateRegistryValue(CMachine& machine, const RegistryOptions& options,
 bool DeleteRegistryValue(CMachine& machine, const RegistryHive& hive, const std::string& keyPath,
                          const std::string& name, QueryMessage& message);
 
-// Removes a key with all below it, from the bottom. True for one that is gone already: a statement
+// Removes a key with all below it, from the bottom. A symbolic link among them, or in its place, is
+// removed itself, and what it leads to stays. True for one that is gone already: a statement
 // may have removed a key above it just before. A hive itself is never touched (kErrorAccessDenied).
 bool DeleteRegistryKey(CMachine& machine, const RegistryHive& hive, const std::string& path,
                        QueryMessage& message);

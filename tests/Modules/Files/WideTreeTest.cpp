@@ -50,12 +50,13 @@ TEST_F(WideTreeTest, IsWholeAndInTheSystemsOrder) {
   std::vector<std::string> order, listed;
   for (size_t i = 0; i < top.Children.Count(); ++i)
     order.push_back(top.Children.Get(i)->Params.Find("Path", false)->StringValue);
-  for (const auto& entry : fs::directory_iterator(m_dir.Path())) listed.push_back(entry.path());
+  for (const auto& entry : fs::directory_iterator(m_dir.Path()))
+    listed.push_back(entry.path().string());
   EXPECT_EQ(order, listed);
   std::vector<std::string> paths, expected;
   Collect(top, paths);
   for (const auto& entry : fs::recursive_directory_iterator(m_dir.Path()))
-    expected.push_back(entry.path());
+    expected.push_back(entry.path().string());
   std::sort(paths.begin(), paths.end());
   std::sort(expected.begin(), expected.end());
   EXPECT_EQ(paths, expected);

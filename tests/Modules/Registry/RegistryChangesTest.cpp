@@ -124,6 +124,32 @@ TEST(RegistryChanges, DeletesWhatTheViewShows) {
   EXPECT_TRUE(machine->registry.Find(kHklm, "Other"));
 }
 
+// What a link leads to belongs to another tree: below the key that goes, in its place, and above
+// it.
+TEST(RegistryChanges, DeletesALinkAndNotWhatItLeadsTo) {
+  const struct {
+    const char* path;
+    std::vector<const char*> gone, left;
+  } cases[] = {
+      {"Top", {"Top", "Top\\Link"}, {"Other\\In\\Deep", "Link"}},
+      {"Link", {"Link"}, {"Other\\In\\Deep", "Top\\Link"}},
+      {"Link\\In", {"Other\\In"}, {"Other", "Link", "Top\\Link"}},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.path);
+    auto machine = MakeRef<CFakeMachine>();
+    machine->registry.AddKey(kHklm, "Other\\In\\Deep");
+    machine->registry.AddKey(kHklm, "Top\\Plain");
+    machine->registry.AddLink(kHklm, "Top\\Link", "Other");
+    machine->registry.AddLink(kHklm, "Link", "Other");
+    QueryMessage message = Active();
+    const std::string args = "KeyPath='HKLM\\" + std::string(c.path) + "'";
+    EXPECT_TRUE(DeleteTop(machine, args.c_str(), message));
+    for (const char* pPath : c.gone) EXPECT_FALSE(machine->registry.Find(kHklm, pPath)) << pPath;
+    for (const char* pPath : c.left) EXPECT_TRUE(machine->registry.Find(kHklm, pPath)) << pPath;
+  }
+}
+
 TEST(RegistryChanges, AHiveIsNeverDeleted) {
   auto machine = TreeMachine();
   QueryMessage message = Active();
