@@ -99,12 +99,15 @@ int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
 
 }  // namespace
 
-std::optional<int> ParseOptions(int argc, char** argv, Options& options) {
+std::optional<int> ParseOptions(const std::vector<std::string>& words, Options& options) {
   CLI::App app("Asks this machine about itself, in a SQL-like language.", "kestra");
   RawOptions raw;
   DeclareOptions(app, raw, options);
   try {
-    app.parse(argc, argv);
+    // Without the program's name, and the last word first: so CLI11 wants them.
+    std::vector<std::string> reversed(words.rbegin(), words.rend());
+    if (!reversed.empty()) reversed.pop_back();
+    app.parse(std::move(reversed));
   } catch (const CLI::ParseError& error) {
     return TellParseError(error, app);
   }

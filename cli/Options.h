@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "cli/Render.h"
 
@@ -28,9 +29,10 @@ struct Options {
   uint32_t timeOut = KESTRA_NO_TIMEOUT;  // milliseconds
 };
 
-// Answers an exit status when the process is to end now: after --help and --version, whose text is
-// then written, and after wrong usage, which is then told on standard error. Throws COutputError.
-std::optional<int> ParseOptions(int argc, char** argv, Options& options);
+// words is the command line, the program's name first. Answers an exit status when the process is
+// to end now: after --help and --version, whose text is then written, and after wrong usage, which
+// is then told on standard error. Throws COutputError.
+std::optional<int> ParseOptions(const std::vector<std::string>& words, Options& options);
 
 // What to say when there is nothing to run.
 void PrintShortHelp();

@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "cli/Terminal.h"
+
 namespace kestra::cli {
 namespace {
 
@@ -45,7 +47,7 @@ bool IsBlank(char c) {
 
 std::string ReadQueryFile(const std::string& path) {
   if (path == "-") return ReadAll(stdin, "standard input");
-  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rb"));
+  const std::unique_ptr<std::FILE, CloseFile> file(OpenForReading(path));
   if (!file) FailToRead(path, errno);
   return ReadAll(file.get(), path);
 }

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "cli/Terminal.h"
+#include "cli/Character.h"
 
 namespace kestra::cli {
 namespace {

@@ -29,9 +29,9 @@ std::optional<int> FindQueryText(const Options& options, std::string& text) {
   return std::nullopt;
 }
 
-int Run(int argc, char** argv) {
+int Run(const std::vector<std::string>& words) {
   Options options;
-  if (const auto status = ParseOptions(argc, argv, options)) return *status;
+  if (const auto status = ParseOptions(words, options)) return *status;
   std::string text;
   if (const auto status = FindQueryText(options, text)) return *status;
   std::vector<std::string_view> queries = SplitQueries(text);
@@ -43,7 +43,7 @@ int Run(int argc, char** argv) {
 
 int RunBehindBarrier(int argc, char** argv) {
   try {
-    return Run(argc, argv);
+    return Run(CommandLine(argc, argv));
   } catch (const std::bad_alloc&) {
     std::fputs("kestra: out of memory\n", stderr);
   } catch (const CUsageError& error) {

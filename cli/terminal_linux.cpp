@@ -1,14 +1,11 @@
 #include <fcntl.h>
-#include <locale.h>
 #include <sys/eventfd.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
-#include <clocale>
 #include <csignal>
-#include <cwchar>
 
 #include "cli/Terminal.h"
 
@@ -28,30 +25,6 @@ void OnInterrupt(int) {
   errno = saved;
 }
 
-// Text is UTF-8 whatever the environment says, so the widths are those of this locale.
-locale_t Utf8Locale() {
-  static const locale_t locale = newlocale(LC_CTYPE_MASK, "C.UTF-8", nullptr);
-  return locale;
-}
-
-class CLocaleScope {
- public:
-  explicit CLocaleScope(locale_t locale) : m_old(uselocale(locale)) {}
-  ~CLocaleScope() { uselocale(m_old); }
-  CLocaleScope(const CLocaleScope&) = delete;
-  CLocaleScope& operator=(const CLocaleScope&) = delete;
-
- private:
-  locale_t m_old;
-};
-
-// Marks that turn the direction of text around (UAX 9): a name that has them is not shown as it is.
-bool IsDirectionMark(wchar_t character) {
-  return (character >= 0x202A && character <= 0x202E) ||
-         (character >= 0x2066 && character <= 0x2069) || character == 0x200E ||
-         character == 0x200F || character == 0x061C;
-}
-
 }  // namespace
 
 void ReserveStandardStreams() {
@@ -62,6 +35,14 @@ void ReserveStandardStreams() {
   }
 }
 
+std::vector<std::string> CommandLine(int argc, char** argv) {
+  return {argv, argv + argc};
+}
+
+std::FILE* OpenForReading(const std::string& path) {
+  return std::fopen(path.c_str(), "rb");
+}
+
 bool IsTerminal(Stream stream) {
   return isatty(static_cast<int>(stream)) == 1;
 }
@@ -70,18 +51,6 @@ size_t TerminalWidth() {
   winsize size{};
   if (!IsTerminal(Stream::Out) || ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) != 0) return 0;
   return size.ws_col;
-}
-
-TerminalCharacter FirstCharacter(std::string_view text) {
-  const auto first = static_cast<unsigned char>(text[0]);
-  if (first < 0x80) return {1, first >= 0x20 && first != 0x7F ? 1 : -1};
-  if (!Utf8Locale()) return {1, -1};
-  const CLocaleScope scope(Utf8Locale());
-  wchar_t character = 0;
-  std::mbstate_t state{};
-  const size_t bytes = std::mbrtowc(&character, text.data(), text.size(), &state);
-  if (bytes == 0 || bytes > text.size()) return {1, -1};
-  return {bytes, IsDirectionMark(character) ? -1 : wcwidth(character)};
 }
 
 CInterruptScope::CInterruptScope() {

@@ -1,5 +1,6 @@
 #include "front/capi/Barrier.h"
 #include "front/capi/Handles.h"
+#include "front/session/FillAgain.h"
 
 using namespace kestra;
 
@@ -35,10 +36,7 @@ kestra_status kestra_item_params(kestra_item* item, kestra_params** params) {
 
 kestra_status kestra_item_init(kestra_item* item, int32_t init_child, int32_t* result) {
   return Barrier(item, result)([&] {
-    const CAutoInterruptibleLock lock(item->item->Lock(), nullptr);
-    *result = item->item->Init(init_child != 0) ? -1 : 0;
-    // What a module holds now came from the machine.
-    if (item->item->IsModule()) static_cast<DiagModule&>(*item->item).FromCache = false;
+    *result = FillAgain(*item->item, init_child != 0) ? -1 : 0;
     return KESTRA_OK;
   });
 }

@@ -7,6 +7,7 @@ void CCompletionQueue::Post(uint32_t queryId) {
   if (m_isClosed) return;
   m_queryIds.push_back(queryId);
   m_event.Set();
+  if (m_announce) m_announce(queryId);
 }
 
 std::optional<uint32_t> CCompletionQueue::Fetch() {

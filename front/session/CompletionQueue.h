@@ -1,9 +1,11 @@
-// How the end of an asynchronous query gets back onto the thread that owns the session, where there
-// is no window: a queue with a handle that an event loop can poll.
+// How the end of an asynchronous query gets back onto the thread that owns the session: a queue
+// with a handle that an event loop can poll, and, for owners who have another way to be called (a
+// window), a function that is told of each announcement.
 #pragma once
 
 #include <cstdint>
 #include <deque>
+#include <functional>
 #include <mutex>
 #include <optional>
 
@@ -15,6 +17,13 @@ namespace kestra {
 // Any thread posts; the owner fetches.
 class CCompletionQueue : public CCounted<CCompletionQueue> {
  public:
+  // Called with the id of a query whose end was announced, on the thread that announced it, under
+  // the queue's lock: it must be quick, must not throw and must not call the queue. Never called
+  // once the queue is closed.
+  using Announce = std::function<void(uint32_t queryId)>;
+
+  explicit CCompletionQueue(Announce announce = {}) : m_announce(std::move(announce)) {}
+
   // Announces the end of a query. Dropped once the queue is closed.
   void Post(uint32_t queryId);
   // The oldest announcement; nothing if there is none.
@@ -27,6 +36,7 @@ class CCompletionQueue : public CCounted<CCompletionQueue> {
   os::NativeHandle Handle() const { return m_event.Native(); }
 
  private:
+  const Announce m_announce;
   std::mutex m_lock;  // guards everything below
   std::deque<uint32_t> m_queryIds;
   bool m_isClosed = false;

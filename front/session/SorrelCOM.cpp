@@ -89,6 +89,12 @@ Ref<CCompletionQueue> CSorrelCOM::Completions() {
   return m_poCompletions;
 }
 
+void CSorrelCOM::AnnounceBy(CCompletionQueue::Announce announce) {
+  std::lock_guard lock(m_lock);
+  if (m_poCompletions || m_isAsyncDisabled) return;
+  m_poCompletions = MakeRef<CCompletionQueue>(std::move(announce));
+}
+
 bool CSorrelCOM::IsAsyncModeUsed() {
   std::lock_guard lock(m_lock);
   return static_cast<bool>(m_poCompletions);

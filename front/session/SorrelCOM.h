@@ -53,6 +53,9 @@ class CSorrelCOM {
   SessionStatus RunQuery(const std::string& query, uint32_t timeOut);
   // From here on RunQuery fails.
   void DisableAsyncMode();
+  // Makes the queue of announcements now, and tells of each one (see CCompletionQueue::Announce).
+  // Before the first RunQuery and EventHandle, once; nothing happens later.
+  void AnnounceBy(CCompletionQueue::Announce announce);
   // A handle that is readable while an event waits for DispatchEvents; kNoHandle after
   // DisableAsyncMode. Lives until then or until the session ends.
   os::NativeHandle EventHandle();

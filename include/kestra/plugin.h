@@ -3,8 +3,7 @@
  * with a walk through them, examples/calldll/ a library for CALLDLL.
  *
  * Text is UTF-8 on Linux, and in the system's code page on Windows. There the byte strings are
- * OLE's, plug-ins are DLLs whose version resource says "Diagnostic plugin" in its "Comments", and
- * this header is not needed.
+ * OLE's, and plug-ins are DLLs whose version resource says "Diagnostic plugin" in its "Comments".
  *
  * The functions may be called from several threads at once, but for GetModuleNames and
  * GetModuleTypeInfo, which are called by one at a time. A library is never unloaded once one of its
@@ -147,7 +146,21 @@
 extern "C" {
 #endif
 
+#ifdef _WIN32
+
+/* Not together with the headers of OLE, which declare a BSTR of wide characters. Link oleaut32. */
+#define KESTRA_EXPORT __declspec(dllexport)
+#define KESTRA_IMPORT __declspec(dllimport)
+#define KESTRA_CALL __stdcall
+
+/* Nothing: the mark is the "Comments" string of the version resource. */
+#define KESTRA_PLUGIN(comments) extern const char kestra_plugin_needs_a_version_resource[]
+
+#else
+
 #define KESTRA_EXPORT __attribute__((visibility("default")))
+#define KESTRA_IMPORT KESTRA_EXPORT
+#define KESTRA_CALL
 
 /* Puts the plug-in's mark into its file, where it is read without loading it. */
 #if defined(__has_attribute)
@@ -162,13 +175,15 @@ extern "C" {
   __attribute__((KESTRA_RETAIN used, \
                  section(".kestra.comments"))) static const char kestra_comments[] = comments
 
+#endif
+
 typedef char* BSTR;
 
 /* A byte string of length bytes, copied from bytes (zeroed for null), with two NULs behind. Null
  * when there is no memory. These are found in the process that loads the library. */
-KESTRA_EXPORT BSTR SysAllocStringByteLen(const char* bytes, unsigned int length);
-KESTRA_EXPORT unsigned int SysStringByteLen(BSTR text);
-KESTRA_EXPORT void SysFreeString(BSTR text);
+KESTRA_IMPORT BSTR KESTRA_CALL SysAllocStringByteLen(const char* bytes, unsigned int length);
+KESTRA_IMPORT unsigned int KESTRA_CALL SysStringByteLen(BSTR text);
+KESTRA_IMPORT void KESTRA_CALL SysFreeString(BSTR text);
 
 #ifdef __cplusplus
 }

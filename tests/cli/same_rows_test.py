@@ -1,0 +1,75 @@
+"""The same queries in the Windows command, which runs in a prefix of Wine, and by `kestra --image`
+over that prefix: `same_rows_test.py WINDOWS-COMMAND LINUX-COMMAND`.
+"""
+import difflib
+import os
+import re
+import subprocess
+import sys
+import unittest
+
+sys.path.insert(0, os.environ["KESTRA_TEST_SUPPORT"])
+
+from prefix_content import fill  # noqa: E402
+from same_rows_queries import QUERIES  # noqa: E402
+from wine_prefix import WinePrefix  # noqa: E402
+
+WINDOWS, LINUX = sys.argv.pop(1), sys.argv.pop(1)
+TIMEOUT = 280  # seconds, for all queries on one side
+MARK = "<<query {}>>"
+
+
+def outcomes(command, queries, environment):
+    """What each query gives: the lines of its result, or one line for an Error.
+
+    A start under Wine costs more than many queries, so one process runs all up to the first Error.
+    """
+    found = []
+    while len(found) < len(queries):
+        first = len(found)
+        text = "".join(f"'{MARK.format(i)}';\n{queries[i]};\n" for i in range(first, len(queries)))
+        result = subprocess.run([*command, "--format", "text", "-f", "-"], env=environment,
+                                input=text.encode(), timeout=TIMEOUT, check=False,
+                                stdout=subprocess.PIPE, stderr=subprocess.PIPE)
+        out = result.stdout.decode("utf-8", "surrogateescape").replace("\r\n", "\n")
+        pieces = re.split(r"^" + MARK.format(r"\d+") + "\n", out, flags=re.M)[1:]
+        error = result.stderr.decode("utf-8", "replace").replace("\r", "")
+        if result.returncode not in (0, 1) or not pieces or out.count(MARK.format(first)) != 1:
+            raise AssertionError(f"{command} ended with {result.returncode}: {error}")
+        found += [piece.split("\n")[:-1] for piece in pieces]
+        if result.returncode == 1:
+            found[-1] = ["Error: " + error.split("\n", maxsplit=1)[0]]
+        elif len(found) < len(queries):
+            raise AssertionError(f"{command} ended without an Error before its last query: {error}")
+    return found
+
+
+class SameRows(unittest.TestCase):
+    @classmethod
+    def setUpClass(cls):
+        for command in (WINDOWS, LINUX):
+            if not os.path.exists(command):
+                raise AssertionError(f"{command} is not there: both the preset win64 and the "
+                                     "preset linux have to be built for this test")
+        # Names of files are UTF-8 for Wine only in such a locale.
+        os.environ["LC_ALL"] = "C.UTF-8"
+        cls.prefix = WinePrefix(os.environ["KESTRA_WINE_PREFIX"])
+        fill(cls.prefix)
+        queries = [row.query for row in QUERIES]
+        cls.live = outcomes(["wine", WINDOWS], queries, cls.prefix.environment())
+        # The registry's files are written when the last program has gone.
+        cls.prefix.wait()
+        cls.image = outcomes([LINUX, "--image", cls.prefix.path], queries, dict(os.environ))
+
+    def test_rows(self):
+        for number, row in enumerate(QUERIES):
+            with self.subTest(query=row.query):
+                live, image = row.comparable(self.live[number]), row.comparable(self.image[number])
+                if live != image:
+                    lines = difflib.unified_diff(live, image, "in Wine", "by --image", lineterm="")
+                    self.fail("\n".join(lines))
+                self.assertTrue(row.is_plausible(live), f"the same on both sides, but {live[:9]}")
+
+
+if __name__ == "__main__":
+    unittest.main(verbosity=2)
