@@ -38,6 +38,15 @@ function(make_google_test)
   endforeach()
 endfunction()
 
+# What is given to others goes without debug information, which stays beside it in a file of its own.
+function(split_debug_information target)
+  add_custom_command(TARGET ${target} POST_BUILD
+    COMMAND ${CMAKE_OBJCOPY} --only-keep-debug $<TARGET_FILE:${target}> $<TARGET_FILE:${target}>.debug
+    COMMAND ${CMAKE_STRIP} --strip-debug $<TARGET_FILE:${target}>
+    COMMAND ${CMAKE_OBJCOPY} --add-gnu-debuglink=$<TARGET_FILE:${target}>.debug $<TARGET_FILE:${target}>
+    VERBATIM)
+endfunction()
+
 # A library that Kestra loads: OLE's byte strings, and the mark of a plug-in in its version resource.
 function(windows_plugin target comments)
   set(resource ${CMAKE_CURRENT_BINARY_DIR}/${target}.rc)

@@ -43,6 +43,8 @@ class CDispatchObject : public CComObject<Interface, Others...> {
     CComPtr<ITypeInfo> info;
     const HRESULT result = TypeInfoOf(__uuidof(Interface), info);
     if (FAILED(result)) return result;
+    // Some hosts ask for the enumerator as a method, some as a property.
+    if (member == DISPID_NEWENUM) flags = DISPATCH_METHOD | DISPATCH_PROPERTYGET;
     return info->Invoke(static_cast<Interface*>(this), member, flags, pParams, pResult, pException,
                         pArgumentError);
   }

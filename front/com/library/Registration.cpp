@@ -16,6 +16,7 @@ struct Place {
   bool isForUser;
 };
 constexpr const wchar_t* kClassesPath = L"Software\\Classes\\CLSID\\";
+constexpr const wchar_t* kTypesPath = L"Software\\Classes\\TypeLib\\";
 
 Place Machine() {
   return {HKEY_LOCAL_MACHINE, false};
@@ -65,6 +66,13 @@ HRESULT UnregisterClassAt(const Place& place, const CreatableClass& creatable) {
   return S_OK;
 }
 
+bool Exists(HKEY root, const std::wstring& path) {
+  HKEY opened = nullptr;
+  const LSTATUS status = RegOpenKeyExW(root, path.c_str(), 0, KEY_QUERY_VALUE, &opened);
+  const CUniqueKey key(opened);
+  return status == ERROR_SUCCESS;
+}
+
 using RegisterForUser = HRESULT WINAPI(ITypeLib*, OLECHAR*, OLECHAR*);
 using UnregisterForUser = HRESULT WINAPI(REFGUID, WORD, WORD, LCID, SYSKIND);
 
@@ -75,14 +83,15 @@ HRESULT RegisterTypesAt(const Place& place, ITypeLib& library) {
   return registerForUser ? registerForUser(&library, path.data(), nullptr) : E_ACCESSDENIED;
 }
 
+// Asks first: systems do not agree on what the function answers when there is nothing.
 HRESULT UnregisterTypesAt(const Place& place, const TLIBATTR& attributes) {
+  if (!Exists(place.root, kTypesPath + TextOf(attributes.guid))) return S_OK;
   const auto unregisterForUser =
       Optional<UnregisterForUser>(L"oleaut32.dll", "UnRegisterTypeLibForUser");
   if (place.isForUser && !unregisterForUser) return S_OK;
-  const HRESULT result = (place.isForUser ? unregisterForUser : &UnRegisterTypeLib)(
+  return (place.isForUser ? unregisterForUser : &UnRegisterTypeLib)(
       attributes.guid, attributes.wMajorVerNum, attributes.wMinorVerNum, attributes.lcid,
       attributes.syskind);
-  return result == TYPE_E_REGISTRYACCESS || result == TYPE_E_LIBNOTREGISTERED ? S_OK : result;
 }
 
 HRESULT RegisterAt(const Place& place, ITypeLib& library, const TLIBATTR& attributes) {

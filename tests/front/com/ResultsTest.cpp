@@ -55,8 +55,9 @@ TEST_F(Results, AValueTellsItsKindAndConverts) {
       {L"1 = 2", "..x.....", L"False", 0, 0},
       {L"42", "...x....", L"42", 42, 0},
       {L"'text'", "....x...", L"text", 0, 0},
+      {L"'\x00E4\x4E2D'", "....x...", L"\x00E4\x4E2D", 0, 0},
       {L"SELECT MAX(Created) FROM Test.Row", ".....x..", L"2100-01-01 00:00:00", 0, 0},
-      {L"SELECT * FROM Test.Row WHERE Id = 1", "......x.", L"Row", 0, 0},
+      {L"SELECT * FROM Test.Row WHERE Id = 1", "......x.", L"<Diagnostics Item>", 0, 0},
   };
   for (const auto& test : kCases) {
     const auto value = RunFirst(*m_session.get(), test.query);
