@@ -6,6 +6,8 @@
 #include <map>
 #include <sstream>
 
+#include "cli/Terminal.h"
+
 namespace kestra::cli {
 namespace {
 
@@ -21,6 +23,10 @@ const std::map<std::string, Format>& FormatNames() {
 std::string CheckFormat(const std::string& name) {
   if (FormatNames().contains(name)) return {};
   return name + " is no format: choose table, text, csv, json, jsonl or xml";
+}
+
+std::string CheckDirectory(const std::string& path) {
+  return IsDirectory(path) ? std::string() : "Directory does not exist: " + path;
 }
 
 struct RawOptions {
@@ -45,12 +51,12 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
   app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1");
   app.add_option("--log", raw.logDirectory, "Write the log into that directory")
       ->option_text("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CheckDirectory);
   app.add_option("--image", raw.imageDirectory,
                  "Ask about the Windows system whose volume is in that directory (a mounted disk, "
                  "or a prefix of Wine), which is only read")
       ->option_text("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CheckDirectory);
   app.add_option("--image-user", raw.imageUser,
                  "Whose registry HKCU is there: a user's name or SID (default: the only user)")
       ->option_text("NAME")
@@ -59,12 +65,12 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
                  "Add the modules of the plug-ins in that directory")
       ->excludes("--image")
       ->option_text("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CheckDirectory);
   app.add_option("--cache", raw.cacheDirectory,
                  "Keep results in that directory, for queries that ask for it: FROM Processes#60")
       ->excludes("--image")
       ->option_text("DIR")
-      ->check(CLI::ExistingDirectory);
+      ->check(CheckDirectory);
   app.set_version_flag("--version", std::string("kestra ") + kestra_version(),
                        "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cstdio>
-#include <filesystem>
 
 #include "cli/Render.h"
 #include "cli/Terminal.h"
@@ -11,15 +10,15 @@ namespace kestra::cli {
 namespace {
 
 // Empty for an option that is not given.
-std::string AbsolutePath(const std::optional<std::string>& path) {
-  return path ? std::filesystem::absolute(*path).string() : std::string();
+std::string FullPathOf(const std::optional<std::string>& path) {
+  return path ? FullPath(*path) : std::string();
 }
 
 CSessionHandle MakeSession(const Options& options) {
   kestra_options settings{};
   settings.struct_size = sizeof(settings);
-  const std::string log = AbsolutePath(options.logDirectory);
-  const std::string cache = AbsolutePath(options.cacheDirectory);
+  const std::string log = FullPathOf(options.logDirectory);
+  const std::string cache = FullPathOf(options.cacheDirectory);
   if (!log.empty()) settings.log_directory = log.c_str();
   if (!cache.empty()) settings.cache_directory = cache.c_str();
   if (options.imageDirectory) settings.image_directory = options.imageDirectory->c_str();

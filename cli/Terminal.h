@@ -23,6 +23,10 @@ std::vector<std::string> CommandLine(int argc, char** argv);
 // A file by its path in UTF-8, as it is; null, with errno, if it cannot be opened.
 std::FILE* OpenForReading(const std::string& path);
 
+bool IsDirectory(const std::string& path);
+// From the root on; as it is if the system does not tell.
+std::string FullPath(const std::string& path);
+
 bool IsTerminal(Stream stream);
 // Columns of the terminal that standard output goes to; 0 if it goes elsewhere or none is told.
 size_t TerminalWidth();

@@ -6,6 +6,8 @@
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <filesystem>
+#include <system_error>
 
 #include "cli/Terminal.h"
 
@@ -41,6 +43,17 @@ std::vector<std::string> CommandLine(int argc, char** argv) {
 
 std::FILE* OpenForReading(const std::string& path) {
   return std::fopen(path.c_str(), "rb");
+}
+
+bool IsDirectory(const std::string& path) {
+  std::error_code failure;
+  return std::filesystem::is_directory(path, failure);
+}
+
+std::string FullPath(const std::string& path) {
+  std::error_code failure;
+  const auto full = std::filesystem::absolute(path, failure);
+  return failure ? path : full.string();
 }
 
 bool IsTerminal(Stream stream) {

@@ -80,6 +80,19 @@ std::FILE* OpenForReading(const std::string& path) {
   return _wfopen(Wide(path).c_str(), L"rb");
 }
 
+bool IsDirectory(const std::string& path) {
+  const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
+  return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::string FullPath(const std::string& path) {
+  const std::wstring wide = Wide(path);
+  std::wstring full(GetFullPathNameW(wide.c_str(), 0, nullptr, nullptr), L'\0');
+  const DWORD length =
+      GetFullPathNameW(wide.c_str(), static_cast<DWORD>(full.size()), full.data(), nullptr);
+  return length > 0 && length < full.size() ? Narrow(full.c_str()) : path;
+}
+
 bool IsTerminal(Stream stream) {
   DWORD mode = 0;
   return GetConsoleMode(HandleOf(stream), &mode) != 0;

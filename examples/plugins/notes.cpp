@@ -8,9 +8,11 @@
 //
 // A line of the file is a note; one that is done begins with "x ".
 #include <cstdio>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <mutex>
+#include <system_error>
 #include <vector>
 
 #include "text.h"
@@ -89,7 +91,9 @@ bool WriteNotes(const KeptModule& module) {
     if (!note.isGone) out << (note.isDone ? "x " : "") << note.text << '\n';
   }
   out.close();
-  if (out && std::rename(fresh.c_str(), module.file.c_str()) == 0) return true;
+  std::error_code error;
+  if (out) std::filesystem::rename(fresh, module.file, error);  // also over a file that is there
+  if (out && !error) return true;
   std::remove(fresh.c_str());
   return false;
 }

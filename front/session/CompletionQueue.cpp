@@ -14,7 +14,7 @@ std::optional<uint32_t> CCompletionQueue::Fetch() {
   std::lock_guard lock(m_lock);
   if (m_queryIds.empty()) return std::nullopt;
   const uint32_t queryId = m_queryIds.front();
-  m_queryIds.pop_front();
+  m_queryIds.erase(m_queryIds.begin());
   if (m_queryIds.empty()) m_event.Reset();
   return queryId;
 }

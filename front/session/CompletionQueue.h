@@ -4,10 +4,10 @@
 #pragma once
 
 #include <cstdint>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <optional>
+#include <vector>
 
 #include "platform/base/Ref.h"
 #include "platform/os/Event.h"
@@ -22,7 +22,9 @@ class CCompletionQueue : public CCounted<CCompletionQueue> {
   // once the queue is closed.
   using Announce = std::function<void(uint32_t queryId)>;
 
-  explicit CCompletionQueue(Announce announce = {}) : m_announce(std::move(announce)) {}
+  explicit CCompletionQueue(Announce announce = {}) : m_announce(std::move(announce)) {
+    m_queryIds.reserve(kMostWaiting);
+  }
 
   // Announces the end of a query. Dropped once the queue is closed.
   void Post(uint32_t queryId);
@@ -36,9 +38,12 @@ class CCompletionQueue : public CCounted<CCompletionQueue> {
   os::NativeHandle Handle() const { return m_event.Native(); }
 
  private:
+  // One for the query that runs, and some of threads that were left behind.
+  static constexpr size_t kMostWaiting = 16;
+
   const Announce m_announce;
-  std::mutex m_lock;  // guards everything below
-  std::deque<uint32_t> m_queryIds;
+  std::mutex m_lock;                 // guards everything below
+  std::vector<uint32_t> m_queryIds;  // has room, so that no announcement fails for want of memory
   bool m_isClosed = false;
   os::CEvent m_event;  // set while m_queryIds is not empty
 };

@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "VLib/src/log/Log.h"
+#include "platform/os/Apartment.h"
 #include "platform/os/Thread.h"
 
 namespace kestra {
@@ -26,8 +27,9 @@ bool CQueryWorker::Accept(QueryRequest request, uint32_t& busyQueryId) {
   return true;
 }
 
-QueryOutcome CQueryWorker::FetchOutcome() {
+std::optional<QueryOutcome> CQueryWorker::FetchOutcome(uint32_t queryId) {
   std::lock_guard lock(m_lock);
+  if (!m_isBusy || m_request.queryId != queryId) return std::nullopt;
   m_isBusy = false;
   return std::exchange(m_outcome, {});
 }
@@ -39,10 +41,12 @@ std::optional<QueryRequest> CQueryWorker::TakeRequest() {
   return m_request;
 }
 
-void CQueryWorker::RunOne(const QueryRequest& request) {
+// isReady: the thread may run queries. Otherwise an Error is all that comes.
+void CQueryWorker::RunOne(const QueryRequest& request, bool isReady) {
   QueryOutcome outcome;
+  outcome.value.SetError();
   try {
-    Evaluate(request, outcome);
+    if (isReady) Evaluate(request, outcome);
   } catch (...) {
     // No memory, as a rule. The host waits for an answer all the same.
     outcome = {};
@@ -78,6 +82,7 @@ void CQueryWorker::Evaluate(const QueryRequest& request, QueryOutcome& outcome) 
 }
 
 void CQueryWorker::Run() {
+  const os::CApartmentScope apartment;
   const Ref<os::CEvent> stop = StopEvent();
   for (;;) {
     const std::optional<QueryRequest> request = TakeRequest();
@@ -86,7 +91,7 @@ void CQueryWorker::Run() {
                  static_cast<int>(os::CurrentThreadId()));
       break;
     }
-    RunOne(*request);
+    RunOne(*request, apartment.IsReady());
     if (stop->IsSet()) break;  // a query that was cancelled announces nothing
     m_poCompletions->Post(request->queryId);
   }
@@ -126,10 +131,10 @@ bool CQCalculatorAsync::Cancel() {
   return hasEnded;
 }
 
-std::optional<QueryOutcome> CQCalculatorAsync::FetchOutcome() {
+std::optional<QueryOutcome> CQCalculatorAsync::FetchOutcome(uint32_t queryId) {
   std::lock_guard lock(m_lock);
   if (!m_poWorker) return std::nullopt;
-  return m_poWorker->FetchOutcome();
+  return m_poWorker->FetchOutcome(queryId);
 }
 
 }  // namespace kestra

@@ -43,15 +43,16 @@ class CQueryWorker : public CVThread {
 
   // Hands a query to the thread. False while the one before is not fetched yet.
   bool Accept(QueryRequest request, uint32_t& busyQueryId);
-  // Takes the finished query's outcome and frees the worker for the next one.
-  QueryOutcome FetchOutcome();
+  // Takes the outcome of the finished query of that id and frees the worker for the next one.
+  // Nothing when the worker is at another one: a late announcement of a query that was cancelled.
+  std::optional<QueryOutcome> FetchOutcome(uint32_t queryId);
 
  protected:
   void Run() override;
 
  private:
   std::optional<QueryRequest> TakeRequest();
-  void RunOne(const QueryRequest& request);
+  void RunOne(const QueryRequest& request, bool isReady);
   void Evaluate(const QueryRequest& request, QueryOutcome& outcome);
 
   const std::shared_ptr<CSorrel> m_pSorrel;
@@ -73,8 +74,8 @@ class CQCalculatorAsync {
   bool Run(QueryRequest request);
   // Stops the thread, with up to ten seconds for it to look. False if it had to be left behind.
   bool Cancel();
-  // The outcome of the query whose end was announced. Nothing when there is no thread any more.
-  std::optional<QueryOutcome> FetchOutcome();
+  // The outcome of the query whose end was announced. Nothing when it was cancelled meanwhile.
+  std::optional<QueryOutcome> FetchOutcome(uint32_t queryId);
 
  private:
   const std::shared_ptr<CSorrel> m_pSorrel;

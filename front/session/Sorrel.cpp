@@ -1,7 +1,5 @@
 #include "front/session/Sorrel.h"
 
-#include <filesystem>
-
 #include "platform/machine/Machine.h"
 #include "platform/machine/SystemFacts.h"
 #include "platform/os/HostEnvironment.h"
@@ -43,7 +41,7 @@ bool CSorrel::Initialize(OldRoot& old) {
 
 bool CSorrel::SetPluginsDir(const std::string& directory) {
   if (m_setup.machine->IsReadOnly() || !os::DirectoryExists(directory)) return false;
-  std::string absolute = std::filesystem::absolute(directory).string();
+  std::string absolute = os::FullPath(directory);
   while (absolute.size() > os::RootLength(absolute) && absolute.back() == os::PathSeparator()) {
     absolute.pop_back();
   }

@@ -132,15 +132,15 @@ os::NativeHandle CSorrelCOM::EventHandle() {
   return completions ? completions->Handle() : os::kNoHandle;
 }
 
-size_t CSorrelCOM::DispatchEvents() {
+size_t CSorrelCOM::DispatchEvents(size_t most) {
   const Ref<CCompletionQueue> completions = Completions();
   const std::shared_ptr<bool> isAlive = m_pIsAlive;
   size_t count = 0;
-  while (completions && *isAlive) {
+  while (completions && *isAlive && count < most) {
     const std::optional<uint32_t> queryId = completions->Fetch();
     if (!queryId) break;
     const auto calculator = Calculator();
-    auto outcome = calculator ? calculator->FetchOutcome() : std::nullopt;
+    auto outcome = calculator ? calculator->FetchOutcome(*queryId) : std::nullopt;
     if (!outcome) continue;
     OnRunQueryCompleted(*outcome, *queryId);
     ++count;

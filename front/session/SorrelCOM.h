@@ -61,9 +61,9 @@ class CSorrelCOM {
   os::NativeHandle EventHandle();
   // Who gets the outcome of asynchronous queries.
   void SetQueryCompleteSink(QueryCompleteSink sink) { m_sink = std::move(sink); }
-  // Fires the events that wait; answers how many. On the owner's thread. The sink may end the
-  // session, after which nothing more is fired.
-  size_t DispatchEvents();
+  // Fires the events that wait, at most so many; answers how many. On the owner's thread. The sink
+  // may end the session, after which nothing more is fired.
+  size_t DispatchEvents(size_t most = SIZE_MAX);
   // Starts filling a module on a thread of its own; nothing to do for one that is filled already,
   // unless initAlways. Pointer for a module that there is not.
   SessionStatus InitDiagModule(const std::string& name, const std::string& args, bool initAlways);

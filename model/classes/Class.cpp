@@ -1,6 +1,7 @@
 #include "model/classes/Class.h"
 
 #include <mutex>
+#include <vector>
 
 #include "VLib/src/text/Text.h"
 
@@ -12,6 +13,12 @@ namespace {
 std::recursive_mutex& ClassLock() {
   static auto* pLock = new std::recursive_mutex;  // never destroyed: sessions may outlive statics
   return *pLock;
+}
+
+// The slots that are filled, under the class lock.
+std::vector<const CClassSlot*>& BuiltSlots() {
+  static auto* pSlots = new std::vector<const CClassSlot*>;
+  return *pSlots;
 }
 
 Ref<DiagParamDefs> BuildParamDefs(std::span<const ParamDecl> params) {
@@ -135,8 +142,17 @@ Ref<DiagClass> ClassDecl::Get() const {
                                   canBeAddedAndDeleted, BuildActions(actions), BuildArgs(args));
   built->pDeclaration = this;
   for (const ClassDecl* pChild : children) built->AddChildClass(pChild->Get());
+  BuiltSlots().push_back(&slot);
   slot.m_pClass.store(Ref<DiagClass>(built).Detach(), std::memory_order_release);
   return built;
+}
+
+void DropClasses() {
+  std::lock_guard lock(ClassLock());
+  for (const CClassSlot* pSlot : BuiltSlots()) {
+    Ref<DiagClass>::Attach(pSlot->m_pClass.exchange(nullptr));
+  }
+  BuiltSlots().clear();
 }
 
 }  // namespace kestra

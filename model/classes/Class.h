@@ -112,6 +112,7 @@ class CClassSlot {
 
  private:
   friend struct ClassDecl;
+  friend void DropClasses();
   mutable std::atomic<DiagClass*> m_pClass{nullptr};  // owns one count once built
 };
 
@@ -129,5 +130,9 @@ struct ClassDecl {
   // Builds the class at first use. Thread-safe; never null.
   Ref<DiagClass> Get() const;
 };
+
+// Lets go of every class that was built, in the order of building; one that is asked for afterwards
+// is built anew. Only for the unloading of the library: what looks classes up keeps bare pointers.
+void DropClasses();
 
 }  // namespace kestra

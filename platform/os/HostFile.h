@@ -35,6 +35,8 @@ SystemError OpenExclusive(const std::string& path, std::unique_ptr<CHostFile>& f
 // last place is refused with kErrorAccessDenied.
 SystemError ReadFileHead(const std::string& path, size_t limit, std::string& content);
 
+// The same path from the root on; as it is if the system does not tell.
+std::string FullPath(const std::string& path);
 bool DirectoryExists(const std::string& path);
 bool PathExists(const std::string& path);
 // Makes one directory, for the user alone on Linux. kErrorAlreadyExists if the path exists.

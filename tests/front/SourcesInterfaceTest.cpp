@@ -72,7 +72,8 @@ TEST_F(SourcesInterface, TellWhereTheContentCameFrom) {
 }
 
 TEST_F(SourcesInterface, PluginDirectoriesMakeTheRootAnew) {
-  const char* const plugin = "(SELECT COUNT(*) FROM Mounts.Mount) > 0";
+  const std::string notes = m_cache.Write("notes", "call Ann\n");
+  const std::string plugin = "(SELECT COUNT(*) FROM Notes(File='" + notes + "').Note) = 1";
   // Whether the module had to be filled for a query.
   const auto fill = [&] {
     EXPECT_EQ(TextOf(session, "SELECT COUNT(*) FROM Test.Row"), "5");
@@ -86,14 +87,14 @@ TEST_F(SourcesInterface, PluginDirectoriesMakeTheRootAnew) {
   EXPECT_EQ(kestra_session_set_plugins_dir(session, ""), KESTRA_E_NOTFOUND);
   EXPECT_EQ(kestra_session_clear_plugins(session), KESTRA_OK);
   EXPECT_EQ(fill(), "Test() 1;");
-  EXPECT_EQ(TextOf(session, plugin), "<ERROR: Syntax error>");
+  EXPECT_EQ(TextOf(session, plugin.c_str()), "<ERROR: Syntax error>");
   EXPECT_EQ(kestra_session_set_plugins_dir(session, KESTRA_EXAMPLE_PLUGINS "///"), KESTRA_OK);
   EXPECT_EQ(fill(), "Test() 0;");
   EXPECT_EQ(fill(), "Test() 1;");
-  EXPECT_EQ(TextOf(session, plugin), "True");
+  EXPECT_EQ(TextOf(session, plugin.c_str()), "True");
   EXPECT_EQ(kestra_session_clear_plugins(session), KESTRA_OK);
   EXPECT_EQ(fill(), "Test() 0;");
-  EXPECT_EQ(TextOf(session, plugin), "<ERROR: Syntax error>");
+  EXPECT_EQ(TextOf(session, plugin.c_str()), "<ERROR: Syntax error>");
 }
 
 }  // namespace

@@ -30,6 +30,22 @@ set(scripts
   versions.test
 )
 list(TRANSFORM scripts PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+if(CMAKE_CROSSCOMPILING)
+  # Starting takes longer than most cases, so there are two tests and not one for each script. The
+  # library of CALLDLL is found on the PATH that Wine makes of WINEPATH.
+  set(run_scripts python3 ${script_runner} --system windows --words $<TARGET_FILE_NAME:words>)
+  add_test(NAME query_scripts
+    COMMAND ${run_scripts} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:kestra_with_test_modules>
+            -- ${scripts})
+  set_tests_properties(query_scripts PROPERTIES
+    ENVIRONMENT "WINEPATH=Z:$<TARGET_FILE_DIR:words>" TIMEOUT 600)
+  add_test(NAME query_scripts_of_the_command
+    COMMAND ${run_scripts} --skip-test-modules ${CMAKE_CROSSCOMPILING_EMULATOR}
+            $<TARGET_FILE:kestra_command> -- ${scripts})
+  set_tests_properties(query_scripts_of_the_command PROPERTIES TIMEOUT 600)
+  return()
+endif()
+
 foreach(script ${scripts})
   get_filename_component(name ${script} NAME_WE)
   add_test(NAME query_script_${name}

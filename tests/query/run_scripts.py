@@ -1,14 +1,17 @@
 #!/usr/bin/env python3
 """Runs query scripts through the command, as a user would.
 
-    run_scripts.py [--skip-test-modules] COMMAND... -- SCRIPT...
+    run_scripts.py [--skip-test-modules] [--system windows] [--words NAME] COMMAND... -- SCRIPT...
 
-COMMAND is how the command is called (such as "wine kestra.exe"); the query goes in behind it.
+COMMAND is how the command is called (such as "wine kestra.exe"); the query goes in behind it. It is
+one for Linux unless --system says otherwise. NAME is the file name of the library that a query
+means by "{words}". Two cases run at a time.
 
 A script is a list of cases, parted by blank lines; lines that begin with "#" are comments.
 
     @active                 options of the case: --active
     @timeout 500            --timeout 500
+    @linux                  a case for that system alone; likewise @windows
     > SELECT x              the query; further lines that begin with ">" continue it
     = text                  a line of standard output, exactly
     ~ te*t                  a line of standard output, with "*" for anything
@@ -17,14 +20,19 @@ A script is a list of cases, parted by blank lines; lines that begin with "#" ar
 
 A script with a line "@test-modules" needs the command that has the test modules.
 """
+import argparse
+import concurrent.futures
 import re
 import subprocess
 import sys
+
+SYSTEMS = ("linux", "windows")
 
 
 class Case:
     def __init__(self, line):
         self.line, self.options, self.query, self.expected = line, [], [], []
+        self.system = None  # every one
 
 
 def parse(path):
@@ -43,7 +51,10 @@ def parse(path):
                 cases.append(case)
             if text[0] == "@":
                 words = text[1:].split()
-                case.options += ["--" + words[0]] + words[1:]
+                if words[0] in SYSTEMS:
+                    case.system = words[0]
+                else:
+                    case.options += ["--" + words[0]] + words[1:]
             elif text[0] == ">":
                 case.query.append(text[2:])
             elif text[0] in "=~!-":
@@ -81,33 +92,46 @@ def fault(case, result):
     return None
 
 
+def run(case, arguments):
+    """What is wrong with a case, or None."""
+    if not case.expected:
+        return "nothing is expected of it"
+    query = "\n".join(case.query).replace("{words}", arguments.words)
+    call = arguments.command + ["--format", "text"] + case.options + ["--", query]
+    try:
+        result = subprocess.run(call, capture_output=True, stdin=subprocess.DEVNULL, timeout=120)
+    except subprocess.TimeoutExpired:
+        return "did not end within two minutes"
+    return fault(case, result)
+
+
+def read_arguments():
+    split = sys.argv.index("--")
+    parser = argparse.ArgumentParser()
+    parser.add_argument("--skip-test-modules", action="store_true")
+    parser.add_argument("--system", choices=SYSTEMS, default="linux")
+    parser.add_argument("--words", default="libwords.so")
+    parser.add_argument("command", nargs=argparse.REMAINDER)
+    arguments = parser.parse_args(sys.argv[1:split])
+    arguments.scripts = sys.argv[split + 1:]
+    return arguments
+
+
 def main():
-    arguments = sys.argv[1:]
-    skip = arguments[:1] == ["--skip-test-modules"]
-    arguments = arguments[skip:]
-    split = arguments.index("--")
-    command, scripts = arguments[:split], arguments[split + 1:]
-    passed = failed = 0
-    for path in scripts:
+    arguments = read_arguments()
+    chosen = []
+    for path in arguments.scripts:
         cases, needs_modules = parse(path)
-        if skip and needs_modules:
-            continue
-        for case in cases:
-            call = command + ["--format", "text"] + case.options + ["--", "\n".join(case.query)]
-            if not case.expected:
-                wrong = "nothing is expected of it"
-            else:
-                try:
-                    wrong = fault(case, subprocess.run(call, capture_output=True, timeout=120))
-                except subprocess.TimeoutExpired:
-                    wrong = "did not end within two minutes"
-            if wrong:
-                failed += 1
-                print(f"{path}:{case.line}: {' '.join(case.query)}\n    {wrong}")
-            else:
-                passed += 1
-    print(f"{passed} passed, {failed} failed")
-    sys.exit(1 if failed or not passed else 0)
+        if not (arguments.skip_test_modules and needs_modules):
+            chosen += [(path, case) for case in cases if case.system in (None, arguments.system)]
+    with concurrent.futures.ThreadPoolExecutor(2) as pool:
+        faults = list(pool.map(lambda entry: run(entry[1], arguments), chosen))
+    for (path, case), wrong in zip(chosen, faults):
+        if wrong:
+            print(f"{path}:{case.line}: {' '.join(case.query)}\n    {wrong}")
+    failed = len([wrong for wrong in faults if wrong])
+    print(f"{len(chosen) - failed} passed, {failed} failed")
+    sys.exit(1 if failed or not chosen else 0)
 
 
 main()

@@ -23,23 +23,26 @@ std::string ResultOf(CSorrelCOM& session, const std::string& query) {
 }
 
 // Each answers the same whatever the others do; the plug-in's module is there or not.
-void AskUntil(CSorrelCOM& session, const std::atomic<bool>& isOver) {
+void AskUntil(CSorrelCOM& session, const std::string& file, const std::atomic<bool>& isOver) {
+  const std::string ofPlugin = "SELECT Text FROM Notes(File='" + file + "')#60.Note";
   while (!isOver) {
     EXPECT_EQ(ResultOf(session, "SELECT COUNT(*) FROM Many(Count=40)#60.Entry"), "40");
     EXPECT_EQ(ResultOf(session, "SELECT COUNT(*) FROM Many(Count=30)#0*.Entry"), "30");
-    const std::string mounts = ResultOf(session, "(SELECT COUNT(*) FROM Mounts#60.Mount) > 0");
-    EXPECT_TRUE(mounts == "True" || mounts == "<ERROR: Syntax error>") << mounts;
+    const std::string notes = ResultOf(session, "(" + ofPlugin + ") = 'call Ann'");
+    EXPECT_TRUE(notes == "True" || notes == "<ERROR: Syntax error>") << notes;
   }
 }
 
 TEST(PluginThreads, QueriesGoOnWhilePluginsComeAndGo) {
   const CTempDirectory cache;
+  const CTempDirectory directory;
+  const std::string file = directory.Write("notes", "call Ann\n");
   const SessionSetup setup{ModulesWithTests(), LiveMachine(), cache.Path()};
   CSorrelCOM shared(setup), other(setup);
   std::atomic<bool> isOver{false};
   std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) threads.emplace_back([&] { AskUntil(shared, isOver); });
-  threads.emplace_back([&] { AskUntil(other, isOver); });
+  for (int i = 0; i < 3; ++i) threads.emplace_back([&] { AskUntil(shared, file, isOver); });
+  threads.emplace_back([&] { AskUntil(other, file, isOver); });
   const uint32_t start = os::TickCount();
   for (int turn = 0; os::TickCount() - start < kDurationMs; ++turn) {
     EXPECT_TRUE(shared.SetPluginsDir(KESTRA_EXAMPLE_PLUGINS));

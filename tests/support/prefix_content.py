@@ -8,7 +8,6 @@ fill returns, the prefix's server has gone and its files are written.
 """
 import os
 import shutil
-import stat
 
 FOLDER = "Kestra Data"  # below C:\
 KEY = "Kestra Rows"     # below Software, the classes and so on
@@ -35,10 +34,18 @@ FILES = [
     ("all three.txt", b"all", 1300000003, "+r +h +s"),
     (".dotted.txt", b"never listed", 1300000004, ""),
     ("same.txt", b"lower", 1300000005, ""),
+    ("SAME.txt", b"upper case", 1300000006, ""),
+    ("n" * 251 + ".txt", b"as long as a name may be", 1300000007, ""),
     ("Sub/Deep/deepest.txt", b"deep", 1400000000, ""),
     ("Sub/sub.txt", b"sub", 1400000001, ""),
     ("SUB TWO/two.txt", b"two", 1400000002, ""),
     ("Hidden Folder/inside.txt", b"in", 1400000003, ""),
+    (".dotted/in.txt", b"not listed, and named", 1400000004, ""),
+    ("Far/" + "/".join(f"a name of fifty characters and a path of many, {i:03}" for i in range(7))
+     + "/bottom.txt", b"beyond 260 characters", 1400000005, ""),
+    ("Case/\u03c9.txt", b"omega", 1400000006, ""),
+    ("Case/\u00ff.txt", b"y with diaeresis", 1400000007, ""),
+    ("Case/\u03c2.txt", b"sigma at the end of a word", 1400000008, ""),
     ("crlf.ini", b"top=outside\r\n; a comment\r\n[First]\r\nname = value with blanks  \r\nnumber=42\r\n"
                  b"zeros=007\r\nlargest=4294967294\r\nnone=4294967295\r\nempty=\r\nquoted=\"in quotes\"\r\n"
                  b"sign='single'\r\nequals=a=b=c\r\n[Second]\r\nkey=1\r\n[first]\r\nname=again\r\nextra=2\r\n",
@@ -52,6 +59,18 @@ FILES = [
     ("tree.cfg", b"top=1\r\n[outer]\r\nkey=a\r\n[inner]\r\nkey=b\r\n[]\r\nlast=c\r\n[]\r\n[outer]\r\nkey=d\r\n[]\r\n",
      1500000006, ""),
     ("wide.ini", "\ufeff[wide]\r\nkey=value\r\n".encode("utf-16-le"), 1500000007, ""),
+]
+
+# Files that are one hole, in bytes.
+HOLES = [("Holes/huge.bin", 5 << 30), ("Holes/small.bin", 1 << 20)]
+
+# Name and target. Absolute ones lead out of the volume.
+LINKS = [
+    ("Links/folder", "../Sub"),
+    ("Links/file.txt", "../lower.txt"),
+    ("Links/nowhere.txt", "none"),
+    ("Links/round.txt", "round.txt"),
+    ("Links/out", "/"),
 ]
 
 # Of each type, with content that fits its type and content that does not.
@@ -97,14 +116,23 @@ KEYS = rf'''
 "v2"="x"
 [ROOT\Sub One\Deep\Deeper]
 "bottom"=dword:00000001
-[ROOT\Ünter [brackets]
+[ROOT\Ünter [brackets]]
 "Version"="not a version"
 [ROOT\x * y]
 "star"="*"
 [ROOT\Empty]
+[ROOT\lone \uD800 surrogate]
+"lone \uDC00"="too"
+'''.replace("\\uD800", "\ud800").replace("\\uDC00", "\udc00")
+
+LONG = f'''
+"{"n" * 300}"="{"t" * 5000}"
+"much"=hex:{",".join(["ab"] * 3000)}
+[ROOT\\{"k" * 255}]
+"inside"="a key with a long name"
 '''
 
-# Which keys the registry is filled below, and with what behind the text of the value "where".
+# The keys that the registry is filled below; the value "where" tells them apart.
 ROOTS = [
     r"HKEY_LOCAL_MACHINE\Software",
     r"HKEY_LOCAL_MACHINE\Software\Wow6432Node",
@@ -116,8 +144,6 @@ ROOTS = [
     r"HKEY_LOCAL_MACHINE\Software\Classes\Wow6432Node\CLSID",
     r"HKEY_CURRENT_USER\Software\Classes",
 ]
-
-DATE = "creation"
 
 
 def fill(prefix):
@@ -136,7 +162,18 @@ def _fill_files(prefix, folder):
         os.makedirs(os.path.dirname(path), exist_ok=True)
         with open(path, "wb") as file:
             file.write(content)
-    lines = [f'attrib {marks} "C:\\{FOLDER}\\{name}"' for name, _, _, marks in FILES if marks]
+    for name, size in HOLES:
+        path = os.path.join(folder, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        with open(path, "wb") as file:
+            file.truncate(size)
+    for name, target in LINKS:
+        path = os.path.join(folder, name)
+        os.makedirs(os.path.dirname(path), exist_ok=True)
+        os.symlink(target, path)
+    # One by one: of several marks at once Wine 8 sets the last.
+    lines = [f'attrib {mark} "C:\\{FOLDER}\\{name}"' for name, _, _, marks in FILES
+             for mark in marks.split()]
     lines.append(f'attrib +h "C:\\{FOLDER}\\Hidden Folder"')
     script = os.path.join(folder, "fill.bat")
     with open(script, "w", encoding="ascii", newline="\r\n") as file:
@@ -150,10 +187,11 @@ def _fill_registry(prefix, folder):
     for root in ROOTS:
         key = f"{root}\\{KEY}"
         escaped = root.replace("\\", "\\\\")
-        text += f'\n[-{key}]\n[{key}]\n"where"="{escaped}"{VALUES}{KEYS.replace("ROOT", key)}'
+        content = VALUES + (LONG if root == ROOTS[0] else "") + KEYS
+        text += f'\n[-{key}]\n[{key}]\n"where"="{escaped}"' + content.replace("ROOT", key)
     script = os.path.join(folder, "fill.reg")
-    with open(script, "w", encoding="utf-16", newline="\r\n") as file:
-        file.write(text)
+    with open(script, "wb") as file:
+        file.write(("\ufeff" + text).replace("\n", "\r\n").encode("utf-16-le", "surrogatepass"))
     prefix.run("regedit", "/s", rf"C:\{FOLDER}\fill.reg")
     os.remove(script)
 

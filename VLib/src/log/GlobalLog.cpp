@@ -30,7 +30,7 @@ void OpenOnce(const std::string& directory) {
   CVLog& log = GlobalLog();
   log.Open(directory, FileTitle(path) + "_" + FileTitle(executable));
   // The log itself stays, for threads that still run while the process ends.
-  std::atexit([] { GlobalLog().Close(); });
+  std::atexit([] { GlobalLog().CloseAtExit(); });
   log.Info("kestra loaded - module info: load_address=0x%08" PRIXPTR ", path=%s, executable=%s",
            os::LibraryLoadAddress(), path.c_str(), executable.c_str());
 }

@@ -103,13 +103,19 @@ void CVLog::WriteSettings() {
   m_file.Write(LogSettingsBlock({ErrorsOnly, MaxSize, Append}));
 }
 
+void CVLog::CloseAtExit() {
+  m_file.CloseAtExit("\r\n\r\nFINISH\t" + TimeStamp() + "\r\n\r\n");
+}
+
 void CVLog::Close() {
   m_file.Write("\n\nFINISH\t" + TimeStamp() + "\n\n");
   m_file.Close();
   m_path.clear();
 }
 
-void CVLog::Log(uint32_t level, const char* text, va_list* pArguments) {
+// An entry that cannot be put together is lost: the log never fails loudly, and destructors write
+// to it.
+void CVLog::Log(uint32_t level, const char* text, va_list* pArguments) try {
   if (ErrorsOnly && level != static_cast<uint32_t>(LogLevel::Error)) return;
   const char* label = LevelLabel(level);
   if (!label) return;
@@ -120,6 +126,7 @@ void CVLog::Log(uint32_t level, const char* text, va_list* pArguments) {
   }
   m_file.Write(fmt::format("\n\n{}\t{}\n", label, TimeStamp()));
   if (text) m_file.Write(pArguments ? Format(text, *pArguments) : text);
+} catch (const std::exception&) {
 }
 
 LogFile& CVLog::LogArguments(LogLevel level, const char* format, va_list* pArguments) {

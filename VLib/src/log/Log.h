@@ -47,6 +47,9 @@ class LogFile {
   bool IsOpen() const;
   void Open(std::unique_ptr<os::CHostFile> file, uint32_t size);
   void Close();
+  // For the end of the process: writes a last text and closes, unless another thread holds the
+  // file. Threads that the system has ended in the middle of a write hold it for ever.
+  void CloseAtExit(std::string_view lastText);
   // Every LF becomes CR LF; a failure to write is ignored.
   void Write(std::string_view text);
   uint32_t Size() const { return m_size.load(std::memory_order_relaxed); }
@@ -79,6 +82,8 @@ class CVLog {
   void Open(const std::string& directory, const std::string& name);
   // Writes the close marker and closes the file. Entries are dropped from then on.
   void Close();
+  // The same for the end of the process: see LogFile::CloseAtExit.
+  void CloseAtExit();
 
   // Entries with printf formats; "%b" stands for a wide string.
   LogFile& Error(const char* format, ...) __attribute__((format(printf, 2, 3)));

@@ -10,31 +10,34 @@
 namespace kestra {
 namespace {
 
+// Windows takes both, and environment variables hold either.
+std::string_view Separators() {
+  return os::PathSeparator() == '\\' ? "\\/" : "/";
+}
+
 // Least index of the separator before a directory that is made: behind "C:\" on Windows.
 size_t LeastSeparatorIndex() {
   return os::PathSeparator() == '\\' ? 3 : 0;
 }
 
 std::string TemporaryLogDirectory(const LogHost& host) {
-  const char separator = os::PathSeparator();
   const std::string path = host.temporaryDirectory();
-  const std::string trimmed(TrimRight(path, std::string_view(&separator, 1)));
-  if (trimmed.empty() && separator == '\\') return "C:";
+  const std::string trimmed(TrimRight(path, Separators()));
+  if (trimmed.empty() && os::PathSeparator() == '\\') return "C:";
   return trimmed;
 }
 
 }  // namespace
 
 bool MakeDirectories(const std::string& path) {
-  const char separator = os::PathSeparator();
-  std::string current(TrimRight(path, std::string_view(&separator, 1)));
+  std::string current(TrimRight(path, Separators()));
   std::vector<std::string> missing;
   // A path of the system's greatest length has at most some thousand parts.
   while (!current.empty() && !os::PathExists(current)) {
-    const size_t last = current.rfind(separator);
+    const size_t last = current.find_last_of(Separators());
     if (last == std::string::npos || last < LeastSeparatorIndex()) return false;
     missing.push_back(current);
-    current = std::string(TrimRight(current.substr(0, last), std::string_view(&separator, 1)));
+    current = std::string(TrimRight(current.substr(0, last), Separators()));
   }
   if (!current.empty() && !os::DirectoryExists(current)) return false;
   if (path.empty()) return false;

@@ -1,4 +1,7 @@
+#include <new>
+
 #include "VLib/src/log/Log.h"
+#include "platform/os/Clock.h"
 
 namespace kestra {
 
@@ -28,7 +31,21 @@ void LogFile::Close() {
   m_pFile.reset();
 }
 
-void LogFile::Write(std::string_view text) {
+void LogFile::CloseAtExit(std::string_view lastText) {
+  constexpr int kTries = 10;
+  std::unique_lock guard(m_lock, std::try_to_lock);
+  for (int i = 0; i < kTries && !guard; ++i) {
+    os::Sleep(1);
+    guard = std::unique_lock(m_lock, std::try_to_lock);
+  }
+  if (!guard || !m_pFile) return;
+  size_t written = 0;
+  m_pFile->Write(lastText, written);
+  m_pFile.reset();
+}
+
+// Without memory for the text it is lost: the log never fails loudly.
+void LogFile::Write(std::string_view text) try {
   std::string lines;
   lines.reserve(text.size() + 8);
   for (const char c : text) {
@@ -40,6 +57,7 @@ void LogFile::Write(std::string_view text) {
   size_t written = 0;
   m_pFile->Write(lines, written);
   m_size.fetch_add(static_cast<uint32_t>(written), std::memory_order_relaxed);
+} catch (const std::bad_alloc&) {
 }
 
 void LogFile::Truncate(uint32_t size) {

@@ -5,6 +5,7 @@
 
 #include "VLib/src/threads/TerminationLook.h"
 #include "VLib/src/threads/Thread.h"
+#include "platform/os/Apartment.h"
 
 namespace kestra {
 namespace {
@@ -19,6 +20,7 @@ class CCallThread final : public CVThread {
 
  protected:
   void Run() override {
+    const os::CApartmentScope apartment;  // a plug-in may want it; one without gets along
     {
       // What the call holds is let go before it counts as returned.
       const std::function<void()> call = std::move(m_call);

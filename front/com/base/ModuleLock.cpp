@@ -16,9 +16,13 @@ void CModuleLock::Lock() {
 }
 
 // What is kept for the objects goes with the last of them: at the library's unloading, under the
-// loader's lock, it would be too late to release what belongs to other libraries.
+// loader's lock, it would be too late to release what belongs to other libraries. It goes before
+// the count is 0, since from then on the library may be unloaded.
 void CModuleLock::Unlock() {
-  if (--g_count == 0) ForgetTypeInfos();
+  long count = g_count;
+  do {
+    if (count == 1) ForgetTypeInfos();
+  } while (!g_count.compare_exchange_weak(count, count - 1));
 }
 
 long CModuleLock::Count() {

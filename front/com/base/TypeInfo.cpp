@@ -15,8 +15,16 @@ struct KnownInfo {
   CComPtr<ITypeInfo> info;
 };
 
-std::mutex g_lock;               // guards the list
-std::vector<KnownInfo> g_known;  // a dozen at most
+// Never destroyed: at the end of a process that still holds objects it is too late to release what
+// belongs to other libraries.
+struct KnownInfos {
+  std::mutex lock;               // guards the list
+  std::vector<KnownInfo> infos;  // a dozen at most
+};
+KnownInfos& Known() {
+  static auto* const pKnown = new KnownInfos;
+  return *pKnown;
+}
 
 HRESULT Load(REFGUID id, CComPtr<ITypeInfo>& info) {
   CComPtr<ITypeLib> library;
@@ -36,15 +44,15 @@ HRESULT LoadOwnTypeLibrary(CComPtr<ITypeLib>& library) {
 
 HRESULT TypeInfoOf(REFGUID id, CComPtr<ITypeInfo>& info) noexcept {
   return ComBarrier()([&]() -> HRESULT {
-    std::lock_guard lock(g_lock);
-    for (const KnownInfo& known : g_known) {
+    std::lock_guard lock(Known().lock);
+    for (const KnownInfo& known : Known().infos) {
       if (!IsEqualGUID(known.id, id)) continue;
       info = known.info;
       return S_OK;
     }
     CComPtr<ITypeInfo> loaded;
     if (const HRESULT result = Load(id, loaded); FAILED(result)) return result;
-    g_known.push_back({id, loaded});
+    Known().infos.push_back({id, loaded});
     info = std::move(loaded);
     return S_OK;
   });
@@ -52,8 +60,8 @@ HRESULT TypeInfoOf(REFGUID id, CComPtr<ITypeInfo>& info) noexcept {
 
 void ForgetTypeInfos() noexcept {
   std::vector<KnownInfo> known;
-  std::lock_guard lock(g_lock);
-  known.swap(g_known);
+  std::lock_guard lock(Known().lock);
+  known.swap(Known().infos);
 }
 
 }  // namespace kestra::com

@@ -9,6 +9,7 @@
 #include "front/com/library/Registration.h"
 #include "front/com/session/HiddenWindow.h"
 #include "front/session/Sorrel.h"
+#include "model/classes/Class.h"
 #include "model/dump/Dump.h"
 #include "model/root/GetDiagRoot.h"
 #include "platform/win32/base/UniqueHandle.h"
@@ -90,17 +91,18 @@ extern "C" void CALLBACK GenerateTypeInfo(HWND, HINSTANCE, LPSTR fileName, int) 
   ComBarrier()([&] { return WriteTypeText(fileName); });
 }
 
-// The log is opened here, so that its first line says when the library came into the process. At
-// the end of the process nothing is cleaned up: other threads have been ended wherever they were.
+// The log is opened here, so that its first line says when the library came into the process. While
+// a thread of ours runs the library stays loaded, so that nobody uses what is dropped at the end.
+// At the end of the process nothing is cleaned up: threads have been ended wherever they were.
 extern "C" BOOL WINAPI DllMain(HINSTANCE module, DWORD reason, LPVOID isProcessEnding) {
   if (reason == DLL_PROCESS_ATTACH) {
-    DisableThreadLibraryCalls(module);
     ComBarrier()([] {
       OpenGlobalLog();
       return S_OK;
     });
   } else if (reason == DLL_PROCESS_DETACH && !isProcessEnding) {
-    CHiddenWindow::UnregisterWindowClass();
+    CHiddenWindow::UnregisterWindowClass(module);
+    DropClasses();
   }
   return TRUE;
 }

@@ -137,8 +137,10 @@ HRESULT RegisterLibrary() {
   if (FAILED(result)) return result;
   for (const Place& place : {Machine(), User()}) {
     result = RegisterAt(place, types.Library(), types.Attributes());
+    if (FAILED(result)) UnregisterAt(place, types.Attributes());
+    // What was registered for the user before would come first.
+    if (SUCCEEDED(result) && !place.isForUser) UnregisterAt(User(), types.Attributes());
     if (SUCCEEDED(result)) return result;
-    UnregisterAt(place, types.Attributes());
   }
   return result;
 }

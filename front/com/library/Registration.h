@@ -6,7 +6,7 @@
 
 namespace kestra::com {
 
-// Leaves nothing behind when it fails.
+// Leaves nothing behind when it fails, another copy's registration at the same place included.
 HRESULT RegisterLibrary();
 
 // Takes away what RegisterLibrary wrote, wherever it did. Success when there was nothing.

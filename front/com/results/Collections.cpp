@@ -48,7 +48,8 @@ STDMETHODIMP CCollection<Interface, Policy>::get__NewEnum(IUnknown** pVal) noexc
     *pVal = nullptr;
     auto sources = std::make_shared<std::vector<typename Policy::Source>>();
     const auto& list = Policy::List(*m_poOwner);
-    for (size_t i = 0; i < list.Count(); ++i) sources->emplace_back(list.Get(i));
+    // The list may be filled anew meanwhile, and be shorter then.
+    for (size_t i = 0; auto* pElement = list.Get(i); ++i) sources->emplace_back(pElement);
     return GiveObject<CEnumerator<Policy>>(pVal, std::move(sources));
   });
 }

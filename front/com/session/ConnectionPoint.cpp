@@ -27,8 +27,11 @@ void CallSink(IDispatch& sink, DISPID member, const VARIANT& argument) {
   VariantInit(&copy);
   if (FAILED(VariantCopy(&copy, const_cast<VARIANT*>(&argument)))) return;
   DISPPARAMS params{&copy, nullptr, 1, 0};
-  sink.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr, nullptr,
-              nullptr);
+  // A sink in C++ may throw.
+  ComBarrier()([&] {
+    return sink.Invoke(member, IID_NULL, LOCALE_USER_DEFAULT, DISPATCH_METHOD, &params, nullptr,
+                       nullptr, nullptr);
+  });
   VariantClear(&copy);
 }
 

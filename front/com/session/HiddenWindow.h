@@ -2,6 +2,7 @@
 // session: what is posted to it arrives there when the thread pumps messages.
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 
 #include "front/com/base/Com.h"
@@ -20,7 +21,9 @@ class CQueryDoneReceiver {
   ~CQueryDoneReceiver() = default;
 };
 
-// Made and destroyed on the owner's thread; its handle may be posted to from any.
+// Made and destroyed on the owner's thread; its handle may be posted to from any. A window keeps
+// the library loaded until it is gone: one whose owner was released on another thread goes when its
+// own thread pumps messages the next time.
 class CHiddenWindow {
  public:
   // The receiver is borrowed, and must live as long as the window.
@@ -35,11 +38,12 @@ class CHiddenWindow {
   // Takes every WM_QUERY_DONE that is still queued out of the queue.
   void RemoveQueued();
 
-  // At the library's unloading.
-  static void UnregisterWindowClass();
+  // At the library's unloading, with its handle.
+  static void UnregisterWindowClass(HINSTANCE module);
 
  private:
   HWND m_window = nullptr;
+  std::atomic<CQueryDoneReceiver*>* m_pReceiver = nullptr;  // the window's, while there is one
 };
 
 }  // namespace kestra::com

@@ -153,11 +153,12 @@ STDMETHODIMP CSorrelObject::DisableAsyncMode() noexcept {
   });
 }
 
-// A sink may let go of the session, which then lives until everything here is done.
+// One event for each message, so that the host's other messages get their turn. A sink may let go
+// of the session, which then lives until everything here is done.
 void CSorrelObject::OnQueryDone() noexcept {
   const CComPtr<ISorrelCOM> self(this);
   ComBarrier()([&] {
-    m_pSession->DispatchEvents();
+    m_pSession->DispatchEvents(1);
     return S_OK;
   });
 }

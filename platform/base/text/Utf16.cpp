@@ -7,8 +7,6 @@
 namespace kestra {
 namespace {
 
-constexpr uint32_t kReplacement = 0xFFFD;
-
 bool IsHighSurrogate(uint32_t unit) {
   return unit >= 0xD800 && unit < 0xDC00;
 }
@@ -48,8 +46,7 @@ std::string Utf8FromUtf16(std::string_view bytes) {
       AppendUtf8(text, 0x10000 + ((unit - 0xD800u) << 10) + (next - 0xDC00u));
       at += 2;
     } else {
-      const bool isAlone = IsHighSurrogate(unit) || IsLowSurrogate(unit);
-      AppendUtf8(text, isAlone ? kReplacement : unit);
+      AppendUtf8(text, unit);
     }
   }
   return text;

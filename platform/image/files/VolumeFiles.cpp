@@ -92,7 +92,8 @@ class CVolumeFiles final : public CFileSystem {
     if (error == kErrorSuccess) error = m_volume.Find(names, LastName::KeepLink, entry);
     if (error != kErrorSuccess) return error;
     error = ReadEntry(m_volume, names, entry.directory.get(), entry.name, info);
-    const bool isNoDirectory = error == kErrorSuccess && path.ends_with('\\') &&
+    const bool wantsDirectory = path.ends_with('\\') || path.ends_with('/');
+    const bool isNoDirectory = error == kErrorSuccess && wantsDirectory &&
                                (info.attributes & kFileAttributeDirectory) == 0;
     return isNoDirectory ? kErrorPathNotFound : error;
   }

@@ -7,6 +7,8 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <filesystem>
+#include <system_error>
 
 #include "platform/linux/ErrnoMap.h"
 #include "platform/linux/Trust.h"
@@ -96,6 +98,12 @@ SystemError ReadFileHead(const std::string& path, size_t limit, std::string& con
     content.append(buffer, static_cast<size_t>(count));
   }
   return kErrorSuccess;
+}
+
+std::string FullPath(const std::string& path) {
+  std::error_code failure;
+  const auto full = std::filesystem::absolute(path, failure);
+  return failure ? path : full.string();
 }
 
 bool DirectoryExists(const std::string& path) {

@@ -9,9 +9,10 @@
 
 namespace kestra {
 
-// Bytes that are no UTF-8 become U+FFFD, as does a surrogate without its other half. Text with a
-// NUL inside keeps it; a function that takes a terminated string would see its beginning only, so
-// names from outside go through WideName.
+// Bytes that are no UTF-8 become U+FFFD. A surrogate without its other half, which names of files
+// and keys may have, is kept as its three bytes (WTF-8, as in Utf16.h), and they become it again.
+// Text with a NUL inside keeps it; a function that takes a terminated string would see its
+// beginning only, so names from outside go through WideName.
 std::wstring Wide(std::string_view utf8);
 std::string Narrow(std::wstring_view wide);
 

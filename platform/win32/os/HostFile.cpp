@@ -108,6 +108,14 @@ SystemError ReadFileHead(const std::string& path, size_t limit, std::string& con
   return kErrorSuccess;
 }
 
+std::string FullPath(const std::string& path) {
+  const std::wstring name = Wide(path);
+  const std::wstring full = FetchText([&name](wchar_t* pBuffer, DWORD size) {
+    return GetFullPathNameW(name.c_str(), size, pBuffer, nullptr);
+  });
+  return full.empty() ? path : Narrow(full);
+}
+
 bool DirectoryExists(const std::string& path) {
   const DWORD attributes = AttributesOf(path);
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;

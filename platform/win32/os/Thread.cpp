@@ -18,29 +18,49 @@ constexpr size_t kStackKeptBySystem = 16 * 1024;
 
 struct ThreadStart {
   std::function<void()> body;
+  HMODULE module;  // a reference of the thread's own to the library that its code is in
 };
 
-unsigned __stdcall RunThread(void* pArgument) noexcept {
-  // What the body holds is let go before the thread ends.
+// What the body holds is let go before the thread ends.
+HMODULE RunBody(void* pArgument) {
   const std::unique_ptr<ThreadStart> start(static_cast<ThreadStart*>(pArgument));
   start->body();
-  return 0;
+  return start->module;
+}
+
+// A thread that was left behind may run when the host has let go of the library. The last reference
+// is given back by a function that does not return here.
+unsigned __stdcall RunThread(void* pArgument) noexcept {
+  FreeLibraryAndExitThread(RunBody(pArgument), 0);
+}
+
+// Null, for which giving it back does nothing, if the system does not tell.
+HMODULE OwnModule() {
+  HMODULE module = nullptr;
+  GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                     reinterpret_cast<const wchar_t*>(&RunThread), &module);
+  return module;
 }
 
 // The thread's own handle is what is waited for, and not an event that the thread sets: when the
 // process ends the system ends its threads where they are, and a wait for one must not hang then.
 class CWinThread final : public CThreadHandle {
  public:
-  CWinThread(CUniqueHandle thread, uint32_t id) : m_thread(std::move(thread)), m_id(id) {}
+  void Started(uintptr_t thread, unsigned id) {
+    m_thread = CUniqueHandle(reinterpret_cast<HANDLE>(thread));
+    m_id = id;
+  }
 
   NativeHandle Native() const override { return NativeOf(m_thread.get()); }
   uint32_t Id() const override { return m_id; }
+  // The thread's reference to the library is lost with it, and so the library stays loaded:
+  // whatever the thread held, locks among it, it holds for ever.
   bool Terminate() override { return TerminateThread(m_thread.get(), 0) != FALSE; }
   void Join() override { WaitForSingleObject(m_thread.get(), kMostJoinMs); }
 
  private:
   CUniqueHandle m_thread;
-  uint32_t m_id;
+  uint32_t m_id = 0;
 };
 
 // The lowest address of the calling thread's stack. It is asked each time: a host that uses fibers
@@ -62,15 +82,21 @@ uintptr_t StackEnd(const void* pHere) {
 }  // namespace
 
 std::unique_ptr<CThreadHandle> StartThread(std::function<void()> body, size_t stackBytes) {
-  auto start = std::make_unique<ThreadStart>(ThreadStart{std::move(body)});
   if (stackBytes > UINT_MAX) return nullptr;
+  auto handle = std::make_unique<CWinThread>();
+  auto start = std::make_unique<ThreadStart>(ThreadStart{std::move(body), nullptr});
+  start->module = OwnModule();
   unsigned id = 0;
   // Without the flag the size would be what is committed at once.
   const uintptr_t thread = _beginthreadex(nullptr, static_cast<unsigned>(stackBytes), RunThread,
                                           start.get(), STACK_SIZE_PARAM_IS_A_RESERVATION, &id);
-  if (thread == 0) return nullptr;
+  if (thread == 0) {
+    if (start->module) FreeLibrary(start->module);
+    return nullptr;
+  }
   start.release();
-  return std::make_unique<CWinThread>(CUniqueHandle(reinterpret_cast<HANDLE>(thread)), id);
+  handle->Started(thread, id);
+  return handle;
 }
 
 uint32_t CurrentThreadId() {

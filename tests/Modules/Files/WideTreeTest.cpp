@@ -26,8 +26,10 @@ class WideTreeTest : public testing::Test {
       for (int f = 0; f < kFiles; ++f) m_dir.Write(name + "/b3/f" + std::to_string(f), "x");
     }
   }
+  // Under Wine and much load it takes longer than the time that a filling has by default.
   Ref<DiagModule> Module(const std::string& more = {}) const {
-    return MakeFiles(LiveMachine(), "DirPath='" + m_dir.Path() + "',Levels=9" + more);
+    return MakeFiles(LiveMachine(),
+                     "DirPath='" + m_dir.Path() + "',Levels=9,Timeout=120000" + more);
   }
 
   const CTempDirectory m_dir;

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <initializer_list>
 #include <map>
 
 #include "VLib/src/errors/DiagMessage.h"
@@ -109,12 +111,18 @@ TEST(DiagMessage, CutsTheModuleNameAtACharacter) {
   EXPECT_EQ(message.GetText(texts), "Message Id: 11015, source: " + std::string(254, 'x') + ".");
 }
 
+// Wine words some of the system's texts in its own way.
+bool IsOneOf(const std::string& text, std::initializer_list<const char*> known) {
+  return std::find(known.begin(), known.end(), text) != known.end();
+}
+
 TEST(DiagMessage, SystemTextsOfThisSystem) {
   DiagMessage message;
   message.SystemError = 5;
-  EXPECT_EQ(message.GetText(), "Access is denied.");
+  EXPECT_TRUE(IsOneOf(message.GetText(), {"Access is denied.", "Access denied."}));
   message.SystemError = 1223;
-  EXPECT_EQ(message.GetText(), "The operation was canceled by the user.");
+  EXPECT_TRUE(IsOneOf(message.GetText(),
+                      {"The operation was canceled by the user.", "Operation canceled by user."}));
   message.SystemError = 0x0FFFFFFF;
   EXPECT_EQ(message.GetText(), "System error code: 268435455.");
   message.ClearState();
@@ -125,7 +133,8 @@ TEST(DiagMessage, SystemTextsOfThisSystem) {
 }
 
 TEST(CVSystemException, KeepsTheLineEndOfTheSystemsText) {
-  EXPECT_EQ(std::string(CVSystemException(5).what()), "Access is denied.\r\n");
+  EXPECT_TRUE(
+      IsOneOf(CVSystemException(5).what(), {"Access is denied.\r\n", "Access denied.\r\n"}));
   EXPECT_EQ(CVSystemException(0x0FFFFFFF).Text, "");
   EXPECT_EQ(CVSystemException(5).Context, "");
 }

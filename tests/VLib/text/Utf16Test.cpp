@@ -13,12 +13,13 @@ TEST(Utf16, BecomesUtf8) {
       {u"\x80\u07ff", "\u0080\u07ff"},
       {u"\u0800\uffff", "\u0800\uffff"},
       {u"\U00010000\U0010FFFF", "\U00010000\U0010FFFF"},
-      {u"\xD800", "\uFFFD"},
-      {u"\xDC00\xD800", "\uFFFD\uFFFD"},
-      {u"\xD800\xD800\xDC00", "\uFFFD\U00010000"},
+      {u"\xD800", "\xED\xA0\x80"},
+      {u"\xDC00\xD800", "\xED\xB0\x80\xED\xA0\x80"},
+      {u"\xD800\xD800\xDC00", "\xED\xA0\x80\U00010000"},
       {u"\xD800"
        u"a",
-       "\uFFFDa"},
+       "\xED\xA0\x80"
+       "a"},
       {std::u16string(u"a\0b", 3), std::string("a\0b", 3)},
   };
   for (const auto& [text, utf8] : cases) EXPECT_EQ(Utf8FromUtf16(test::Utf16(text)), utf8) << utf8;

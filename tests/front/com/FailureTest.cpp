@@ -43,6 +43,10 @@ TEST_F(Failure, ANullPlaceIsRefusedByEveryMember) {
   CComPtr<IConnectionPoint> point;
   ASSERT_EQ(container->FindConnectionPoint(__uuidof(_SorrelEvents), point.Place()), S_OK);
 
+  CComPtr<IUnknown> enumerator;
+  ASSERT_EQ(params->get__NewEnum(enumerator.Place()), S_OK);
+  const auto each = As<IEnumVARIANT>(enumerator.get());
+
   const std::pair<const char*, std::function<HRESULT()>> kCalls[] = {
       {"DiagRoot", [&] { return m_session->get_DiagRoot(nullptr); }},
       {"CheckQuerySyntax", [&] { return m_session->CheckQuerySyntax(nullptr, nullptr); }},
@@ -67,6 +71,14 @@ TEST_F(Failure, ANullPlaceIsRefusedByEveryMember) {
       {"FindConnectionPoint",
        [&] { return container->FindConnectionPoint(__uuidof(_SorrelEvents), nullptr); }},
       {"Advise", [&] { return point->Advise(nullptr, nullptr); }},
+      {"Advise without a place", [&] { return point->Advise(m_session.get(), nullptr); }},
+      {"Advise without a sink",
+       [&] {
+         DWORD cookie = 0;
+         return point->Advise(nullptr, &cookie);
+       }},
+      {"Next", [&] { return each->Next(2, nullptr, nullptr); }},
+      {"Clone", [&] { return each->Clone(nullptr); }},
       {"EnumConnections", [&] { return point->EnumConnections(nullptr); }},
       {"GetConnectionInterface", [&] { return point->GetConnectionInterface(nullptr); }},
       {"GetConnectionPointContainer", [&] { return point->GetConnectionPointContainer(nullptr); }},

@@ -46,6 +46,7 @@ bool CLibrary::IsInUse() const {
 
 bool CLibrary::Unload() {
   if (m_module) FreeLibrary(std::exchange(m_module, nullptr));
+  for (int i = 0; i < 100 && GetModuleHandleW(KESTRA_TEST_SERVER); ++i) Sleep(10);
   return GetModuleHandleW(KESTRA_TEST_SERVER) == nullptr;
 }
 
@@ -64,7 +65,7 @@ STDMETHODIMP CSink::Invoke(DISPID member, REFIID, LCID, WORD, DISPPARAMS* pParam
   if (member != 1 || pParams->cArgs != 1 || pParams->rgvarg[0].vt != VT_DISPATCH) return E_FAIL;
   const auto value = As<IValueCOM>(pParams->rgvarg[0].pdispVal);
   events.push_back({value ? TextOf(*value.get()) : L"no value", GetCurrentThreadId()});
-  if (pLetGo) *pLetGo = {};
+  if (onEvent) onEvent();
   return E_FAIL;  // of no account
 }
 

@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -31,7 +32,8 @@ class CLibrary {
   // While any object is alive.
   bool IsInUse() const;
   void SetAngry(bool angry) const { Export<void(int)>("SetAngry")(angry ? 1 : 0); }
-  // Whether it has gone from the process then.
+  // Whether it has gone from the process then. A thread of it that has just ended may take a
+  // moment.
   bool Unload();
 
  private:
@@ -53,7 +55,7 @@ class CSink final : public IDispatch {
     DWORD threadId;
   };
   std::vector<Event> events;
-  CComPtr<ISorrelCOM>* pLetGo = nullptr;  // what is released while the event is fired
+  std::function<void()> onEvent;  // called while the event is fired
 
   STDMETHODIMP QueryInterface(REFIID iid, void** ppInterface) override;
   STDMETHODIMP_(ULONG) AddRef() override { return ++m_references; }

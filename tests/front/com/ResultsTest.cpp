@@ -10,6 +10,7 @@ class Results : public testing::Test {
   ~Results() override {
     m_session = {};
     EXPECT_FALSE(m_library.IsInUse());
+    EXPECT_TRUE(m_library.Unload());
   }
 
   CApartment m_apartment;

@@ -1,4 +1,5 @@
 // Synchronous queries, and what ends them.
+#include <atomic>
 #include <thread>
 
 #include "tests/front/com/Host.h"
@@ -14,6 +15,7 @@ class SyncHost : public testing::Test {
   ~SyncHost() override {
     m_session = {};
     EXPECT_FALSE(m_library.IsInUse());
+    EXPECT_TRUE(m_library.Unload());
   }
   // The text of a slow query that is given this event; the time is bounded by the query's own.
   std::wstring RunSlow(VARIANT event, long timeOut) {
@@ -67,11 +69,15 @@ TEST_F(SyncHost, OtherwiseCancelQueryEndsIt) {
   kCases[3].scode = DISP_E_PARAMNOTFOUND;
   for (const VARIANT& given : kCases) {
     EXPECT_EQ(m_session->CancelQuery(), S_OK);  // an old one counts for nothing
+    std::atomic<bool> isOver{false};
     std::thread canceller([&] {
-      Sleep(100);
-      m_session->CancelQuery();
+      while (!isOver) {  // one that comes before the query begins counts for nothing
+        Sleep(50);
+        m_session->CancelQuery();
+      }
     });
     EXPECT_EQ(RunSlow(given, -1), L"<ERROR>") << given.vt;
+    isOver = true;
     canceller.join();
   }
 }

@@ -16,13 +16,16 @@ class PluginTest : public testing::Test {
  protected:
   // Puts a library of libraries/ into the directory, seconds younger than the others.
   void Install(const std::string& library, const std::string& as = {}, int seconds = 0) {
-    const std::string path = PathOf(as.empty() ? library : as);
-    std::filesystem::remove(path);  // never into the file: it may be loaded
-    std::filesystem::copy_file(
-        std::string(KESTRA_TEST_PLUGINS) + "/" + library + os::LibraryEnding(), path);
-    std::filesystem::last_write_time(path, m_start + std::chrono::seconds(seconds));
+    const std::string name = as.empty() ? library : as;
+    const std::string source = std::string(KESTRA_TEST_PLUGINS) + "/" + library;
+    std::filesystem::copy_file(source + os::LibraryEnding(), PathOf(name));
+    std::filesystem::last_write_time(PathOf(name), m_start + std::chrono::seconds(seconds));
   }
-  void Remove(const std::string& library) { std::filesystem::remove(PathOf(library)); }
+  // Where it lies it may be loaded, so that Windows does not delete it.
+  void Remove(const std::string& library) {
+    const std::string removed = ".removed" + std::to_string(m_removedCount++);
+    std::filesystem::rename(PathOf(library), PathOf(library) + removed);
+  }
   std::string PathOf(const std::string& name) const {
     return m_directory / (name + os::LibraryEnding());
   }
@@ -55,6 +58,7 @@ class PluginTest : public testing::Test {
   CTempDirectory m_directory;
 
  private:
+  int m_removedCount = 0;
   const std::filesystem::file_time_type m_start = std::filesystem::file_time_type::clock::now();
 };
 

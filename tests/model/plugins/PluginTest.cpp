@@ -4,6 +4,7 @@
 #include "model/plugins/Plugin.h"
 #include "model/root/GetDiagRoot.h"
 #include "platform/os/Clock.h"
+#include "platform/os/HostEnvironment.h"
 #include "tests/model/plugins/PluginFixture.h"
 
 namespace kestra::test {
@@ -65,10 +66,12 @@ TEST_F(PluginTest, TheYoungerOneWins) {
   Install("probe_old", "b");  // names the modules "Probe" and "Other"
   Install("probe", "c");
   EXPECT_EQ(origin(), "probe_old");  // of one age: the first
+  Remove("c");
   Install("probe", "c", 1);
   EXPECT_EQ(origin(), "Probe");
   Install("probe", "a", -1);
   EXPECT_EQ(origin(), "Probe");
+  Remove("b");
   Install("probe_old", "b", 2);
   EXPECT_EQ(origin(), "probe_old");
   EXPECT_EQ(Names(*NewRoot()), "Keys Plain Broken Last Probe Other");
@@ -198,6 +201,8 @@ TEST_F(PluginTest, FaultyOnesHarmNobody) {
       {"throws_content", "throws"},  // the query catches it
   };
   for (const auto& c : kCases) {
+    // OLE cannot tell a literal from a string of its own: whoever frees one is lost on Windows.
+    if (os::PathSeparator() == '\\' && std::string_view(c.pLibrary).ends_with("literal")) continue;
     Install(c.pLibrary);
     const Ref<DiagRoot> root = NewRoot();
     const Ref<DiagModule> module = root->GetDiagModule("Faulty", "");

@@ -98,7 +98,7 @@ TEST_F(WindowsRegistry, TextThatIsNoText) {
   EXPECT_EQ(key->QueryValue("odd", type, data), kErrorSuccess);
   EXPECT_EQ(data, "ab");
   EXPECT_EQ(key->QueryValue("half", type, data), kErrorSuccess);
-  EXPECT_EQ(data, "a\xef\xbf\xbd");
+  EXPECT_EQ(data, "a\xed\xa0\x80");
 }
 
 TEST_F(WindowsRegistry, TellsWhatIsNotThere) {

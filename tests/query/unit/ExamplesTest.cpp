@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "Modules/ModuleTable.h"
+#include "platform/os/HostEnvironment.h"
 #include "query/Evaluate.h"
 
 namespace kestra::test {
@@ -13,6 +14,11 @@ namespace {
 void Collect(const ClassDecl& decl, std::vector<std::string>& examples) {
   for (const char* pExample : decl.examples) examples.emplace_back(pExample);
   for (const ClassDecl* pChild : decl.children) Collect(*pChild, examples);
+}
+
+// Some name files that every Linux has, and Windows has not.
+bool NamesFilesOfAnother(const std::string& example) {
+  return os::PathSeparator() == '\\' && example.find("'/") != std::string::npos;
 }
 
 TEST(Examples, RunOnThisMachine) {
@@ -24,6 +30,7 @@ TEST(Examples, RunOnThisMachine) {
     Value value;
     EvaluateQuery(value, example, root, 0, nullptr);
     EXPECT_TRUE(value.IsUndefined()) << example << ": " << value.asString();
+    if (NamesFilesOfAnother(example)) continue;
     // Without the right to change anything an active statement is refused, and that is right; one
     // that finds nothing to change comes to nothing.
     const bool isSelect = example.starts_with("SELECT") || example.starts_with("(SELECT");

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "Modules/ModuleTable.h"
+#include "platform/os/MessageText.h"
 #include "query/Evaluate.h"
 #include "tests/query/unit/RunningQuery.h"
 #include "tests/support/FailingMachine.h"
@@ -127,6 +128,8 @@ struct Refusal {
 };
 
 TEST(RegistryQueries, RefusedStatementsChangeNothing) {
+  const std::string denied = *os::SystemErrorLine(kErrorAccessDenied);
+  const std::string missing = *os::SystemErrorLine(kErrorFileNotFound);
   const std::string insertValue = "INSERT Registry(KeyPath='HKLM\\Soft\\Acme').RegistryValue ";
   const std::string insertKey = "INSERT Registry(KeyPath='HKLM\\Soft\\Acme').RegistryKey ";
   const std::string updateValue = "UPDATE REGISTRY.REGISTRYVALUE('HKLM\\Soft\\Acme\\";
@@ -169,7 +172,7 @@ TEST(RegistryQueries, RefusedStatementsChangeNothing) {
       {"INSERT Registry(KeyPath='HKLM\\Soft\\A*').RegistryKey (Name) VALUES ('n')",
        "name, directory name, or volume label syntax is incorrect"},
       {"INSERT Registry(KeyPath='HKLM\\Soft\\Nope').RegistryKey (Name) VALUES ('n')",
-       "cannot find the file"},
+       missing.c_str()},
       {"INSERT Registry(ValuePath='HKLM\\Soft\\Acme\\x').RegistryKey (Name) VALUES ('n')",
        "11000*strings: KeyPath."},
       {updateValue + "Version') SET DWORDValue = 1", "11000*strings: StringValue."},
@@ -185,7 +188,7 @@ TEST(RegistryQueries, RefusedStatementsChangeNothing) {
       {updateValue + "List') SET StringValue = 'a\n\nb'", "16003"},
       {updateValue + "List') SET StringValue = 'a', DWORDValue = 1",
        "11010*strings: StringValue, DWORDValue."},
-      {"DELETE REGISTRY.REGISTRYKEY('HKLM')", "Access is denied."},
+      {"DELETE REGISTRY.REGISTRYKEY('HKLM')", denied.c_str()},
       {"UPDATE REGISTRY.REGISTRYKEY('HKLM\\Soft\\Acme') SET Name = 'n'", "11011*strings: Name."},
   };
   const auto machine = Machine();
@@ -274,7 +277,7 @@ TEST(RegistryQueries, AMachineWithoutRegistry) {
   EXPECT_EQ(Answer(machine, "SELECT Name FROM REGISTRY.REGISTRYKEY('HKLM\\Soft')"), "");
   const std::string refused = Answer(
       machine, "INSERT Registry(KeyPath='HKLM\\Soft').RegistryKey (Name) VALUES ('n')", true);
-  EXPECT_EQ(refused, "! <ERROR: This function is not supported on this system.>");
+  EXPECT_EQ(refused, "! <ERROR: " + *os::SystemErrorLine(kErrorCallNotImplemented) + ">");
 }
 
 class RegistryEnds : public testing::TestWithParam<const char*> {};

@@ -66,8 +66,11 @@ class CDecoder {
 
   bool ReadKey(std::string_view line) {
     size_t position = 1;
-    if (!ReadEscaped(line, position, ']', m_text) || !m_tree->MakeKey(m_text, m_key)) return false;
-    if (position < line.size()) m_tree->SetTime(m_key, FromUnixTime(line.substr(position + 1)));
+    if (!ReadEscaped(line, position, ']', m_text)) return false;
+    FileTime time{};
+    if (position < line.size()) time = FromUnixTime(line.substr(position + 1));
+    if (!m_tree->MakeKey(m_text, time, m_key)) return false;
+    if (position < line.size()) m_tree->SetTime(m_key, time);
     return true;
   }
 

@@ -38,7 +38,7 @@ SystemError Copy(const std::vector<Record>& records, const std::vector<uint32_t>
 
 }  // namespace
 
-bool CWineTree::MakeKey(std::string_view path, TreeId& key) {
+bool CWineTree::MakeKey(std::string_view path, FileTime time, TreeId& key) {
   const std::vector<std::string_view> pieces = Pieces(path);
   if (pieces.size() > kDeepest || m_keys.size() + pieces.size() > kMostKeys) return false;
   // Keys stand in the order of their paths: most of the way is that of the key before.
@@ -50,19 +50,21 @@ bool CWineTree::MakeKey(std::string_view path, TreeId& key) {
   }
   m_way.resize(depth);
   for (; depth < pieces.size(); ++depth) {
-    at = MakeChild(at, pieces[depth]);
+    at = MakeChild(at, pieces[depth], time);
     m_way.push_back(at);
   }
   key = at;
   return true;
 }
 
-uint32_t CWineTree::MakeChild(uint32_t parent, std::string_view name) {
+uint32_t CWineTree::MakeChild(uint32_t parent, std::string_view name, FileTime time) {
   const auto next = static_cast<uint32_t>(m_keys.size());
   const auto [found, isNew] =
       m_childIndex.try_emplace(std::to_string(parent) + '\\' + FoldedName(name), next);
   if (isNew) {
-    m_keys.emplace_back().name = name;
+    Key& key = m_keys.emplace_back();
+    key.name = name;
+    key.facts.lastWriteTime = time;
     m_keys[parent].subKeys.push_back(next);
   }
   return found->second;

@@ -17,9 +17,11 @@ class CWineTree final : public CKeyTree {
  public:
   CWineTree() : m_keys(1) {}
 
-  // The key at a path below the root, made with all that is missing on the way. False, and nothing
-  // is made, if the path is deeper, or the tree larger, than any registry is.
-  bool MakeKey(std::string_view path, TreeId& key);
+  // The key at a path below the root, made with all that is missing on the way. What is made has
+  // the time, until another is set: a key with nothing but subkeys has no line of its own, and Wine
+  // gives it that of the first key below it. False, and nothing is made, if the path is deeper, or
+  // the tree larger, than any registry is.
+  bool MakeKey(std::string_view path, FileTime time, TreeId& key);
   void SetTime(TreeId key, FileTime time) { m_keys[key].facts.lastWriteTime = time; }
   void SetClass(TreeId key, std::string name) { m_keys[key].facts.className = std::move(name); }
   void SetLink(TreeId key) { m_keys[key].isLink = true; }
@@ -52,7 +54,7 @@ class CWineTree final : public CKeyTree {
     std::string data;
   };
 
-  uint32_t MakeChild(uint32_t parent, std::string_view name);
+  uint32_t MakeChild(uint32_t parent, std::string_view name, FileTime time);
   void KeepLastValues(Key& key, os::CPacedTermination& termination);
 
   std::vector<Key> m_keys;

@@ -13,6 +13,8 @@ namespace {
 
 using test::CUniqueName;
 
+constexpr uint32_t kSpinCount = 4000;
+
 TEST(Optex, IsNeverEnteredWhereNoHandleIsLeft) {
   if (!test::kCanRunWithoutDescriptors) GTEST_SKIP() << "a sanitizer needs descriptors";
   for (const char* name : {"", "test.no-handle"}) {

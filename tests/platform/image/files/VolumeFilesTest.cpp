@@ -88,7 +88,14 @@ TEST_F(VolumeFilesTest, PathsLeadToFiles) {
       {"twin\\lower", "#3"},
       {"C:twin\\lower", "#3"},
       {"/twin/lower", "#3"},
-      {"C:\\twin/lower", "#123"},
+      {"C:\\twin/lower", "l"},
+      {"C:/twin/../twin\\lower", "l"},
+      {"\\\\?\\c:\\twin\\lower", "l"},
+      {"\\\\?\\D:\\twin\\lower", "#3"},
+      {"C:\\twin.\\lower. .", "l"},
+      {"C:\\twin..\\lower", "#3"},
+      {"C:\\twin \\lower", "#3"},
+      {"C:\\twin\\...", "#5"},
       {"", "#3"},
   };
   for (const auto& one : cases) EXPECT_EQ(Read(one.path), one.expected) << one.path;

@@ -88,7 +88,7 @@ TEST(HiveRegistry, GivesValuesAsStored) {
       {"HKLM\\Software\\Kestra|List", 0, "7:one\\0\\0three\\0\\0\\0"},
       {"HKLM\\Software\\Kestra|ListOpen", 0, "7:one\\0two"},
       {"HKLM\\Software\\Kestra|Half", 0,
-       "1:a\xef\xbf\xbd"
+       "1:a\xed\xa0\x80"
        "b\\0"},
       {"HKLM\\Software\\Kestra|ShortNumber", 0, "4:\\x01\\x02"},
       {"HKLM\\Software\\Kestra|LongNumber", 0, "4:\\x01\\x02\\x03\\x04\\x05\\x06\\x07\\x08"},

@@ -65,9 +65,9 @@ TEST(HiveTree, ReadsNamesThatAreNoCleanText) {
     EXPECT_EQ(facts.className, "class of " + key.name);
     const std::vector<TreeEntry> values = hive.Values(key.id);
     ASSERT_EQ(values.size(), 1u);
-    EXPECT_EQ(values[0].name, "half\ufffdvalue");
+    EXPECT_EQ(values[0].name, "half\xED\xB0\x80value");
   }
-  const std::vector<std::string> expected = {"half\ufffd",         "Stra\u00dfe", "with\0nul"s,
+  const std::vector<std::string> expected = {"half\xED\xA0\x80",   "Stra\u00dfe", "with\0nul"s,
                                              "\u03a3\u0391\u03a3", "\u03a9mega",  "\U0001f511"};
   EXPECT_EQ(names, expected);
   EXPECT_EQ(hive.damage, 0);

@@ -44,7 +44,7 @@ TEST(WineRegistry, ReadsValuesOfEveryForm) {
       {"[A]\n\"n\"=\"\\a\\b\\e\\f\\n\\r\\t\\v\"\n", "A{n=1:\a\b\x1B\f\n\r\t\v\0;}"s},
       {"[A]\n\"n\"=\"\\1\\33\\1012\\x41g\\x00e9\\xd83d\\xdd11\"\n",
        "A{n=1:\x01\x1B"s + "A2Ag\u00e9\U0001f511\0;}"s},
-      {"[A]\n\"n\"=\"\\xd83d.\\xdd11\\x\"\n", "A{n=1:\ufffd.\ufffdx\0;}"s},
+      {"[A]\n\"n\"=\"\\xd83d.\\xdd11\\x\"\n", "A{n=1:\xED\xA0\xBD.\xED\xB4\x91x\0;}"s},
       {"[A]\n\"n\"=\"gr\u00f6\u00dfe\"\n", "A{n=1:gr\u00f6\u00dfe\0;}"s},
       {"[A]\n\"n\"=str(2):\"%x%\"\n", "A{n=2:%x%\0;}"s},
       {"[A]\n\"n\"=str(7):\"one\\0two\\0\"\n", "A{n=7:one\0two\0\0;}"s},
@@ -109,23 +109,28 @@ TEST(WineRegistry, PassesOverDamagedLinesAndNoMore) {
 
 TEST(WineRegistry, TellsWhatTheHeadAndTheOptionsSay) {
   WineRegistry registry;
-  const std::string text = kHead + "#arch=win64\n[A] 1795406846\n[B] 5\n#time=1dd7b00263d0182\n" +
-                           "#class=\"a \\\"class\\\"\"\n#later=option\n[C\\\\D]\n";
+  const std::string text =
+      kHead + "#arch=win64\n[A] 1795406846\n[B] 5\n#time=1dd7b00263d0182\n" +
+      "#class=\"a \\\"class\\\"\"\n#later=option\n[C\\\\D]\n[E\\\\F\\\\G] 1795406846\n[E\\\\H] 7\n";
   ASSERT_EQ(DecodeWineRegistry(text, registry), kErrorSuccess);
   EXPECT_TRUE(registry.isWide);
   EXPECT_EQ(registry.relativeTo, "REGISTRY\\Machine");
   EXPECT_EQ(registry.damagedLines, 0u);
   std::vector<TreeEntry> keys;
   ASSERT_EQ(registry.tree->SubKeys(registry.tree->Root(), keys), kErrorSuccess);
-  ASSERT_EQ(keys.size(), 3u);
+  ASSERT_EQ(keys.size(), 4u);
   KeyFacts facts;
   registry.tree->Facts(keys[0].id, facts);
-  EXPECT_EQ(facts.lastWriteTime.ticks, 134398804460000000u);  // 2026-11-23 04:07:26 UTC
+  constexpr uint64_t kTicks = 134398804460000000u;  // 2026-11-23 04:07:26 UTC
+  EXPECT_EQ(facts.lastWriteTime.ticks, kTicks);
   registry.tree->Facts(keys[1].id, facts);
   EXPECT_EQ(facts.lastWriteTime.ticks, 0x1dd7b00263d0182u);
   EXPECT_EQ(facts.className, "a \"class\"");
   registry.tree->Facts(keys[2].id, facts);
   EXPECT_EQ(facts.lastWriteTime.ticks, 0u);
+  // Without a line of its own: the time of the first key below.
+  registry.tree->Facts(keys[3].id, facts);
+  EXPECT_EQ(facts.lastWriteTime.ticks, kTicks);
 }
 
 TEST(WineRegistry, RefusesWhatIsNoRegistry) {

@@ -1,7 +1,10 @@
 /* A library with a version resource, strings, and functions that tell which bytes they get. */
-#include <oleauto.h>
-#include <string.h>
+/* The first one is needed by the next. */
+/* clang-format off */
 #include <windows.h>
+#include <oleauto.h>
+/* clang-format on */
+#include <string.h>
 
 /* The bytes up to two NULs in hexadecimal digits, as CALLDLL hands them over. */
 __declspec(dllexport) BSTR HexOfBlock(const char* block, int reserved) {

@@ -111,7 +111,7 @@ TEST(ProcessBlock, AReadThatFailsLeavesTheRestEmpty) {
        [](auto& p) { p.memory[kTextsAddress].resize(p.memory[kTextsAddress].size() - 2); },
        "|C:\\a.exe|a.exe -x|A title"},
       {"half a surrogate", [](auto& p) { StoreLittle(p.memory[kTextsAddress], 0, 2, 0xD800); },
-       "|\xEF\xBF\xBD:\\a.exe|a.exe -x|A title"},
+       "|\xED\xA0\x80:\\a.exe|a.exe -x|A title"},
   };
   for (const HostileCase& c : cases) {
     SCOPED_TRACE(c.what);

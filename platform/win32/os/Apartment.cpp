@@ -1,0 +1,16 @@
+#include "platform/os/Apartment.h"
+
+#include "platform/win32/base/Windows.h"
+//
+#include <objbase.h>
+
+namespace kestra::os {
+
+CApartmentScope::CApartmentScope()
+    : m_isReady(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+
+CApartmentScope::~CApartmentScope() {
+  if (m_isReady) CoUninitialize();
+}
+
+}  // namespace kestra::os
