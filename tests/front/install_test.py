@@ -34,7 +34,7 @@ def check_exports(root, library):
     declared = set()
     for header in glob.glob(root + "/prefix/include/kestra/*.h"):
         with open(header) as text:
-            declared |= set(re.findall(r"^KESTRA_(?:API|EXPORT) [\w\s\*]*?(\w+)\(", text.read(), re.M))
+            declared |= set(re.findall(r"^KESTRA_(?:API|IMPORT) [\w\s\*]*?(\w+)\(", text.read(), re.M))
     assert len(declared) > 50, declared
     assert set(names) == declared, set(names) ^ declared
 
