@@ -5,6 +5,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "front/session/SorrelCOM.h"
@@ -87,6 +88,27 @@ TEST_F(AsyncSession, ACancelledQueryAnnouncesNothingAndTheNextOneRuns) {
   EXPECT_TRUE(m_results.empty());
   ASSERT_EQ(m_pSession->RunQuery("3 + 3", kNoTimeOut), SessionStatus::Ok);
   EXPECT_EQ(Dispatch(), "6");
+}
+
+// The announcement of a query that is cancelled from elsewhere may come late, when the next query
+// runs already: it must not take that one's place.
+TEST_F(AsyncSession, ALateAnnouncementIsNotTheNextQuerys) {
+  for (int round = 0; round < 100; ++round) {
+    ASSERT_EQ(m_pSession->RunQuery("1 + 1", kNoTimeOut), SessionStatus::Ok);
+    ASSERT_TRUE(WaitForEvent(kLongMs));
+    std::thread canceller([this] { m_pSession->CancelQuery(); });
+    for (int i = 0; i < 50; ++i) {
+      m_pSession->RunQuery("SELECT COUNT(*) FROM Slow(Duration=1).Entry", kNoTimeOut);
+      m_pSession->DispatchEvents();
+    }
+    canceller.join();
+    m_pSession->CancelQuery();
+  }
+  ASSERT_EQ(m_pSession->RunQuery("3 + 3", kNoTimeOut), SessionStatus::Ok);
+  EXPECT_EQ(Dispatch(), "6");
+  for (const std::string& result : m_results) {
+    EXPECT_TRUE(result == "2" || result == "1" || result == "6") << result;
+  }
 }
 
 TEST_F(AsyncSession, WithoutAsyncModeNothingStarts) {
