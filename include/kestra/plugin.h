@@ -122,6 +122,8 @@
  *    _Result = 1                the same once more, and what the user reads:
  *    _Msg = 11006               the number of a message, with up to nine inserts
  *    _MsgArg1 = Place
+ *    _MsgSrc = 140737488355328  the handle of the module that has the message's text, on Windows;
+ *                               nothing for Kestra itself
  *    _SystemErr = 5             an error number of the Windows API; 0 or nothing for none
  *    _Restart = 1               the change works after a restart only
  *   []

@@ -1,7 +1,10 @@
 // Operations on what a plug-in made: the request, and the answer.
 #include <fmt/format.h>
 
+#include <charconv>
+
 #include "model/plugins/PluginModule.h"
+#include "platform/os/MessageText.h"
 
 namespace kestra {
 namespace {
@@ -27,12 +30,22 @@ void WriteMeans(CfgNode& request, const os::CKeptEvent* pEvent, bool isActive) {
   section.SetNumber("_Active", isActive ? 1 : 0);
 }
 
+// The module that the message's text is in: its handle as a decimal number of 64 bits. What is no
+// module of this process counts for nothing, and the message is then this library's own.
+MessageSource SourceOf(const CfgNode& outcome) {
+  const std::string text = outcome.GetText("_MsgSrc");
+  uint64_t handle = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), handle);
+  if (error != std::errc() || end != text.data() + text.size()) return 0;
+  return os::ModuleFileName(handle) ? static_cast<MessageSource>(handle) : 0;
+}
+
 // How the operation ended, as the plug-in tells it.
 void ReadOutcome(const CfgNode& outcome, QueryMessage& message) {
   constexpr int kMostInserts = 9;  // their numbers have one digit
   constexpr std::string_view kMissing = " ";
   message.Success = outcome.GetNumber("_Result") == 1;
-  message.Source = static_cast<uint32_t>(outcome.GetNumber("_MsgSrc"));
+  message.Source = SourceOf(outcome);
   message.MessageId = static_cast<uint32_t>(outcome.GetNumber("_Msg"));
   message.Args.clear();
   for (int i = 1; i <= kMostInserts; ++i) {

@@ -64,11 +64,14 @@ bool CVThread::Stop(uint32_t timeOutMs) {
   }
   if (thread->Id() == os::CurrentThreadId()) return false;
   const bool hasEnded = HasEnded(*thread, timeOutMs);
-  std::lock_guard guard(m_lock);
-  // Another Stop may have been faster, and a new thread may have been started since.
-  if (m_pThread != thread) return hasEnded;
+  {
+    std::lock_guard guard(m_lock);
+    // Another Stop may have been faster, and a new thread may have been started since.
+    if (m_pThread != thread) return hasEnded;
+    m_pThread.reset();
+  }
+  // Without the lock, since both may take their time.
   if (hasEnded || thread->Terminate()) thread->Join();
-  m_pThread.reset();
   return hasEnded;
 }
 

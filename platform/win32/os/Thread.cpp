@@ -13,6 +13,7 @@ namespace {
 // A thread that was ended by force goes when the system lets it; one that is stuck in a driver may
 // not go at all.
 constexpr DWORD kMostJoinMs = 10'000;
+constexpr DWORD kMsToComeBack = 200;
 // At the stack's end: the guard page, and what the system keeps for the handling of an overflow.
 constexpr size_t kStackKeptBySystem = 16 * 1024;
 
@@ -55,7 +56,12 @@ class CWinThread final : public CThreadHandle {
   uint32_t Id() const override { return m_id; }
   // The thread's reference to the library is lost with it, and so the library stays loaded:
   // whatever the thread held, locks among it, it holds for ever.
-  bool Terminate() override { return TerminateThread(m_thread.get(), 0) != FALSE; }
+  bool Terminate() override {
+    // A thread that is stuck in a call to a dead server may come back from it, and end by itself.
+    CancelSynchronousIo(m_thread.get());
+    if (WaitForSingleObject(m_thread.get(), kMsToComeBack) == WAIT_OBJECT_0) return true;
+    return TerminateThread(m_thread.get(), 0) != FALSE;
+  }
   void Join() override { WaitForSingleObject(m_thread.get(), kMostJoinMs); }
 
  private:

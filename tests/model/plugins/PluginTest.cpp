@@ -155,6 +155,7 @@ TEST_F(PluginTest, TellsTheOutcomeOfAnOperation) {
   EXPECT_FALSE(update("fail", message));
   EXPECT_EQ(message.MessageId, 11006u);
   EXPECT_EQ(message.Args, (std::vector<std::string>{"Label", "is good"}));
+  EXPECT_EQ(message.Source, 0u);  // the source that it names is no module
   EXPECT_EQ(message.SystemError, 5u);
   EXPECT_TRUE(message.Restart);
   for (const char* pLabel : {"silent", "nothing"}) {

@@ -1,5 +1,6 @@
 #include "platform/win32/os/named/MutexLock.h"
 
+#include <algorithm>
 #include <cstddef>
 #include <map>
 #include <mutex>
@@ -18,6 +19,8 @@ namespace {
 struct Gate : CCounted<Gate> {
   Gate() { free.Set(); }
   CAutoResetEvent free;
+  std::mutex lock;      // guards the one below
+  CUniqueHandle owner;  // the thread that has come through; none while the gate is open
 };
 
 struct GateTable {
@@ -45,7 +48,7 @@ class CGateUse {
     m_gate = entry.gate;
   }
   ~CGateUse() {
-    if (m_isThrough) m_gate->free.Set();
+    if (m_isThrough) Open();
     std::lock_guard guard(Gates().lock);
     const auto found = Gates().entries.find(m_name);
     if (--found->second.users == 0) Gates().entries.erase(found);
@@ -55,9 +58,26 @@ class CGateUse {
 
   bool IsValid() const { return m_gate->free.IsValid(); }
   const CWaitable& Free() const { return m_gate->free; }
-  void HasComeThrough() { m_isThrough = true; }
+  void HasComeThrough() {
+    m_isThrough = true;
+    std::lock_guard guard(m_gate->lock);
+    m_gate->owner = CUniqueHandle(OpenThread(SYNCHRONIZE, FALSE, GetCurrentThreadId()));
+  }
+  // A thread that was ended by force leaves its gate shut.
+  void OpenIfOwnerHasEnded() {
+    std::lock_guard guard(m_gate->lock);
+    if (!m_gate->owner || WaitForSingleObject(m_gate->owner.get(), 0) != WAIT_OBJECT_0) return;
+    m_gate->owner = {};
+    m_gate->free.Set();
+  }
 
  private:
+  void Open() {
+    std::lock_guard guard(m_gate->lock);
+    m_gate->owner = {};
+    m_gate->free.Set();
+  }
+
   std::wstring m_name;
   Ref<Gate> m_gate;
   bool m_isThrough = false;
@@ -107,10 +127,17 @@ CUniqueHandle MakeMutex(const std::wstring& name) {
   return CUniqueHandle(CreateMutexExW(rights.get(), name.c_str(), 0, kMutexAccess));
 }
 
+// A mutex for all sessions that is there and refuses us is no reason to take another one: whoever
+// holds that one would not be kept out.
 CUniqueHandle OpenMutexIn(NameSpace space, const std::wstring& name) {
-  CUniqueHandle mutex;
-  if (space == NameSpace::Machine) mutex = MakeMutex(L"Global\\" + name);
-  return mutex ? std::move(mutex) : MakeMutex(L"Local\\" + name);
+  if (space == NameSpace::Machine) {
+    const std::wstring global = L"Global\\" + name;
+    CUniqueHandle mutex = MakeMutex(global);
+    if (mutex) return mutex;
+    const CUniqueHandle refused(OpenMutexW(SYNCHRONIZE, FALSE, global.c_str()));
+    if (refused || GetLastError() != ERROR_FILE_NOT_FOUND) return {};
+  }
+  return MakeMutex(L"Local\\" + name);
 }
 
 // Waits for the object, which comes before the stops.
@@ -130,6 +157,18 @@ uint32_t RestOf(uint32_t timeOutMs, uint32_t start) {
   return passed < timeOutMs ? timeOutMs - passed : 0;
 }
 
+// Waits at the gate, and looks now and then whether who came through still lives.
+NamedLockResult WaitAt(CGateUse& gate, std::span<const CWaitable* const> stops, uint32_t start,
+                       uint32_t timeOutMs) {
+  constexpr uint32_t kMsBetweenLooks = 250;
+  for (;;) {
+    const uint32_t rest = RestOf(timeOutMs, start);
+    const NamedLockResult result = WaitFor(gate.Free(), stops, std::min(rest, kMsBetweenLooks));
+    if (result != NamedLockResult::TimedOut || rest <= kMsBetweenLooks) return result;
+    gate.OpenIfOwnerHasEnded();
+  }
+}
+
 }  // namespace
 
 NamedLockResult AcquireMutexLock(NameSpace space, const std::wstring& name,
@@ -138,7 +177,7 @@ NamedLockResult AcquireMutexLock(NameSpace space, const std::wstring& name,
   const uint32_t start = TickCount();
   auto gate = std::make_unique<CGateUse>(name);
   if (!gate->IsValid()) return NamedLockResult::Failed;
-  NamedLockResult result = WaitFor(gate->Free(), stops, timeOutMs);
+  NamedLockResult result = WaitAt(*gate, stops, start, timeOutMs);
   if (result != NamedLockResult::Held) return result;
   gate->HasComeThrough();
   CUniqueHandle mutex = OpenMutexIn(space, name);

@@ -52,12 +52,16 @@ class CApartment {
 // Without the bits that promise a field which is not filled here: the shell would follow it.
 uint32_t UsableMask(uint32_t shellMask) {
   constexpr uint32_t kClass = SEE_MASK_CLASSNAME | SEE_MASK_CLASSKEY;
-  constexpr uint32_t kIcon = 0x10;  // SEE_MASK_ICON, of systems before Vista
-  constexpr uint32_t kOtherFields = kIcon | SEE_MASK_HOTKEY | SEE_MASK_HMONITOR;
+  constexpr uint32_t kIcon = 0x10;               // SEE_MASK_ICON, of systems before Vista
+  constexpr uint32_t kFileAndUrl = 0x400000;     // SEE_MASK_FILEANDURL
+  constexpr uint32_t kHinstIsSite = 0x08000000;  // SEE_MASK_FLAG_HINST_IS_SITE
+  constexpr uint32_t kOtherFields =
+      kIcon | SEE_MASK_HOTKEY | SEE_MASK_HMONITOR | kFileAndUrl | kHinstIsSite;
   uint32_t mask = shellMask & ~(kClass | kOtherFields);
   // Alone it names a list of ids; with the other bit of SEE_MASK_INVOKEIDLIST the shell makes one.
   if ((mask & SEE_MASK_INVOKEIDLIST) == SEE_MASK_IDLIST) mask &= ~uint32_t{SEE_MASK_IDLIST};
-  return mask | SEE_MASK_NOCLOSEPROCESS;
+  // The calling thread may have no message loop, and may end at once.
+  return mask | SEE_MASK_NOCLOSEPROCESS | SEE_MASK_NOASYNC;
 }
 
 const wchar_t* OrNull(const std::wstring& text) {

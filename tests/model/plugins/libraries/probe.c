@@ -80,7 +80,7 @@ KESTRA_EXPORT BSTR Update(BSTR request, int reserved) {
   if (strstr(request, "fail")) {
     return Text(
         "_Result=0\n[_Ops]\n_Result=0\n_Msg=11006\n_MsgArg1=Label\n_MsgArg2=is good\n"
-        "_SystemErr=5\n_Restart=1\n[]\n");
+        "_MsgSrc=4294967297\n_SystemErr=5\n_Restart=1\n[]\n");
   }
   if (strstr(request, "silent")) return Text("_Result=1\n");
   if (strstr(request, "nothing")) return 0;
