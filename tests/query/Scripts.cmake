@@ -29,29 +29,30 @@ set(scripts
   syntax.test
   versions.test
 )
-list(TRANSFORM scripts PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/)
+
+# Where the library of CALLDLL is found; Wine makes the PATH of Windows out of WINEPATH.
 if(CMAKE_CROSSCOMPILING)
-  # Starting takes longer than most cases, so there are two tests and not one for each script. The
-  # library of CALLDLL is found on the PATH that Wine makes of WINEPATH.
-  set(run_scripts python3 ${script_runner} --system windows --words $<TARGET_FILE_NAME:words>)
-  add_test(NAME query_scripts
-    COMMAND ${run_scripts} ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:kestra_with_test_modules>
-            -- ${scripts})
-  set_tests_properties(query_scripts PROPERTIES
-    ENVIRONMENT "WINEPATH=Z:$<TARGET_FILE_DIR:words>" TIMEOUT 600)
-  add_test(NAME query_scripts_of_the_command
-    COMMAND ${run_scripts} --skip-test-modules ${CMAKE_CROSSCOMPILING_EMULATOR}
-            $<TARGET_FILE:kestra_command> -- ${scripts})
-  set_tests_properties(query_scripts_of_the_command PROPERTIES TIMEOUT 600)
-  return()
+  set(system windows)
+  set(words_path WINEPATH=Z:$<TARGET_FILE_DIR:words>)
+else()
+  set(system linux)
+  set(words_path LD_LIBRARY_PATH=$<TARGET_FILE_DIR:words>)
 endif()
+
+function(add_script_test name script command)
+  add_test(NAME ${name}
+    COMMAND python3 ${script_runner} --system ${system} --words $<TARGET_FILE_NAME:words>
+            ${CMAKE_CROSSCOMPILING_EMULATOR} $<TARGET_FILE:${command}> -- ${script})
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "${words_path}")
+endfunction()
 
 foreach(script ${scripts})
   get_filename_component(name ${script} NAME_WE)
-  add_test(NAME query_script_${name}
-    COMMAND python3 ${script_runner} $<TARGET_FILE:kestra_with_test_modules> -- ${script})
-  set_tests_properties(query_script_${name} PROPERTIES
-    ENVIRONMENT LD_LIBRARY_PATH=${CMAKE_BINARY_DIR}/examples/calldll)
+  set(script ${CMAKE_CURRENT_SOURCE_DIR}/${script})
+  add_script_test(query_script_${name} ${script} kestra_with_test_modules)
+  set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${script})
+  file(STRINGS ${script} mark REGEX "^@test-modules$")
+  if(NOT mark)
+    add_script_test(query_script_of_the_command_${name} ${script} kestra_command)
+  endif()
 endforeach()
-add_test(NAME query_scripts_of_the_command
-  COMMAND python3 ${script_runner} --skip-test-modules $<TARGET_FILE:kestra_command> -- ${scripts})

@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 """Runs query scripts through the command, as a user would.
 
-    run_scripts.py [--skip-test-modules] [--system windows] [--words NAME] COMMAND... -- SCRIPT...
+    run_scripts.py [--system windows] [--words NAME] COMMAND... -- SCRIPT...
 
 COMMAND is how the command is called (such as "wine kestra.exe"); the query goes in behind it. It is
 one for Linux unless --system says otherwise. NAME is the file name of the library that a query
@@ -18,7 +18,8 @@ A script is a list of cases, parted by blank lines; lines that begin with "#" ar
     -                       no output at all
     ! <ERROR: Syntax error> the query ends as an Error; "*" stands for anything
 
-A script with a line "@test-modules" needs the command that has the test modules.
+A script with a line "@test-modules" needs the command that has the test modules: it is not run
+with the other one (Scripts.cmake).
 """
 import argparse
 import concurrent.futures
@@ -36,7 +37,7 @@ class Case:
 
 
 def parse(path):
-    cases, case, needs_modules = [], None, False
+    cases, case = [], None
     with open(path, encoding="utf-8") as script:
         for number, raw in enumerate(script, 1):
             text = raw.rstrip("\n")
@@ -44,7 +45,6 @@ def parse(path):
                 case = case if text else None
                 continue
             if text == "@test-modules":
-                needs_modules = True
                 continue
             if case is None or (case.expected and text[0] in "@>"):
                 case = Case(number)
@@ -61,7 +61,7 @@ def parse(path):
                 case.expected.append((text[0], text[2:]))
             else:
                 sys.exit(f"{path}:{number}: what is this line? {text}")
-    return cases, needs_modules
+    return cases
 
 
 def like(text, pattern):
@@ -108,7 +108,6 @@ def run(case, arguments):
 def read_arguments():
     split = sys.argv.index("--")
     parser = argparse.ArgumentParser()
-    parser.add_argument("--skip-test-modules", action="store_true")
     parser.add_argument("--system", choices=SYSTEMS, default="linux")
     parser.add_argument("--words", default="libwords.so")
     parser.add_argument("command", nargs=argparse.REMAINDER)
@@ -121,9 +120,7 @@ def main():
     arguments = read_arguments()
     chosen = []
     for path in arguments.scripts:
-        cases, needs_modules = parse(path)
-        if not (arguments.skip_test_modules and needs_modules):
-            chosen += [(path, case) for case in cases if case.system in (None, arguments.system)]
+        chosen += [(path, case) for case in parse(path) if case.system in (None, arguments.system)]
     with concurrent.futures.ThreadPoolExecutor(2) as pool:
         faults = list(pool.map(lambda entry: run(entry[1], arguments), chosen))
     for (path, case), wrong in zip(chosen, faults):

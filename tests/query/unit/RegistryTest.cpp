@@ -130,6 +130,8 @@ struct Refusal {
 TEST(RegistryQueries, RefusedStatementsChangeNothing) {
   const std::string denied = *os::SystemErrorLine(kErrorAccessDenied);
   const std::string missing = *os::SystemErrorLine(kErrorFileNotFound);
+  const std::string tooLong = *os::SystemErrorLine(kErrorFilenameExceedsRange);
+  const std::string badName = *os::SystemErrorLine(kErrorInvalidName);
   const std::string insertValue = "INSERT Registry(KeyPath='HKLM\\Soft\\Acme').RegistryValue ";
   const std::string insertKey = "INSERT Registry(KeyPath='HKLM\\Soft\\Acme').RegistryKey ";
   const std::string updateValue = "UPDATE REGISTRY.REGISTRYVALUE('HKLM\\Soft\\Acme\\";
@@ -140,7 +142,7 @@ TEST(RegistryQueries, RefusedStatementsChangeNothing) {
       {insertValue + "(Name, Type, Path, StringValue) VALUES ('n', 'SZ', 'p', 'x')",
        "11007*strings: Path."},
       {insertValue + "(Name, Type, StringValue) VALUES ('" + longName + "', 'SZ', 'x')",
-       "filename or extension is too long"},
+       tooLong.c_str()},
       {insertValue + "(Name, Type, StringValue) VALUES ('version', 'SZ', 'x')",
        "16002*strings: version."},
       {insertValue + "(Name, Type) VALUES ('n', 'SZ')", "11000*strings: StringValue."},
@@ -166,11 +168,11 @@ TEST(RegistryQueries, RefusedStatementsChangeNothing) {
       {insertKey + "(Name) VALUES ('')", "11000*strings: Name."},
       {insertKey + "(Name, Path) VALUES ('n', 'p')", "11007*strings: Path."},
       {insertKey + "(Name, Class) VALUES ('n', 'c')", "11007*strings: Class."},
-      {insertKey + "(Name) VALUES ('" + longName + "')", "filename or extension is too long"},
+      {insertKey + "(Name) VALUES ('" + longName + "')", tooLong.c_str()},
       {"INSERT Registry(KeyPath='HKLM\\Soft').RegistryKey (Name) VALUES ('ACME')",
        "16002*strings: ACME."},
       {"INSERT Registry(KeyPath='HKLM\\Soft\\A*').RegistryKey (Name) VALUES ('n')",
-       "name, directory name, or volume label syntax is incorrect"},
+       badName.c_str()},
       {"INSERT Registry(KeyPath='HKLM\\Soft\\Nope').RegistryKey (Name) VALUES ('n')",
        missing.c_str()},
       {"INSERT Registry(ValuePath='HKLM\\Soft\\Acme\\x').RegistryKey (Name) VALUES ('n')",

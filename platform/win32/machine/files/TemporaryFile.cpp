@@ -3,9 +3,12 @@
 #include <array>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 #include <vector>
 
+#include "platform/os/NamedLock.h"
 #include "platform/win32/base/Optional.h"
+#include "platform/win32/base/Wide.h"
 #include "platform/win32/machine/files/FileStatus.h"
 
 namespace kestra {
@@ -24,6 +27,18 @@ std::wstring NewName(const NativePath& target) {
     name += L"0123456789abcdef"[byte & 15];
   }
   return name;
+}
+
+// Held while a name gets its file in steps: in the moment of an exchange the name seems to be free,
+// and a writer of ours that took it then would have the old file lost. Two spellings of a path are
+// two names here; for those the exchange is taken back.
+SystemError AcquireTurn(const NativePath& target, std::unique_ptr<os::CNamedLock>& turn) {
+  constexpr uint32_t kMostWaitMs = 200;  // no cancel is at hand
+  std::wstring name = target.text;
+  CharUpperBuffW(name.data(), static_cast<DWORD>(name.size()));
+  const auto result =
+      os::AcquireNamedLock("kestra.file." + Narrow(name), nullptr, kMostWaitMs, turn);
+  return result == os::NamedLockResult::Held ? kErrorSuccess : kErrorSharingViolation;
 }
 
 // A read-only file does not go otherwise.
@@ -70,9 +85,12 @@ void CTemporaryFile::Keep() {
 
 SystemError CTemporaryFile::MoveToFreeName() {
   m_file = CUniqueHandle();
+  std::unique_ptr<os::CNamedLock> turn;
+  SystemError error = AcquireTurn(m_target, turn);
+  if (error != kErrorSuccess) return error;
   if (MoveFileExW(m_name.c_str(), m_target.text.c_str(), MOVEFILE_WRITE_THROUGH))
     return kErrorSuccess;
-  const SystemError error = LastError();
+  error = LastError();
   return error == kErrorAlreadyExists ? kErrorFileExists : error;
 }
 
@@ -82,6 +100,9 @@ SystemError CTemporaryFile::MoveOver() {
   SystemError error = RenameOpenFile();
   if (!IsUnsupported(error)) return error;
   m_file = CUniqueHandle();
+  std::unique_ptr<os::CNamedLock> turn;
+  error = AcquireTurn(m_target, turn);
+  if (error != kErrorSuccess) return error;
   constexpr DWORD kFlags = MOVEFILE_REPLACE_EXISTING | MOVEFILE_WRITE_THROUGH;
   if (MoveFileExW(m_name.c_str(), m_target.text.c_str(), kFlags)) return kErrorSuccess;
   error = LastError();
