@@ -10,6 +10,7 @@
 #include "Modules/Processes/windows/WindowsProcessList.h"
 #include "Modules/VersionProperties.h"
 #include "VLib/src/system/OsKind.h"
+#include "VLib/src/text/Text.h"
 #include "platform/machine/SystemFacts.h"
 
 namespace kestra {
@@ -36,6 +37,13 @@ constexpr VersionProperty kVersionProperties[] = {
     {"ProductName", "ProductName"},     {"ProductVersion", "ProductVersion"},
     {"CompanyName", "CompanyName"},
 };
+
+// Whether a path is one on a drive, "C:\...". The process itself has written it where it was read
+// from: a path of a server or of a device would have whoever asks log on there, or open what is no
+// file.
+bool IsOnDrive(const std::string& path) {
+  return path.size() > 3 && IsAsciiLetter(path[0]) && path[1] == ':' && path[2] == '\\';
+}
 
 // Appends to an item's values, leaving out what has none.
 class CSetter {
@@ -101,7 +109,7 @@ void CProcessItem::Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDe
   const std::string path = record.FilePath.value_or(std::string());
   set.Text(defs.pFilePath, std::move(record.FilePath));
   // What the kernel of Linux runs is never a program of Windows, so no file is opened there.
-  if (isWindows && !path.empty()) {
+  if (isWindows && IsOnDrive(path)) {
     SetVersionProperties(Params, kVersionProperties, *m_poMachine, path, pTermination);
   }
   set.NumberAboveZero(defs.pMemoryUsage, record.WorkingSetKB);
@@ -133,10 +141,12 @@ bool CProcessItem::OnDelete(QueryMessage& message) {
 bool CProcessItem::EndProcess(uint32_t pid, QueryMessage& message) {
   CProcesses* pProcesses = m_poMachine->Processes();
   if (!pProcesses) return message.Fail(kErrorCallNotImplemented);
-  // On Linux every process that may be looked at has a start time. Without one nobody can tell
-  // whether the number still means the process that was listed.
+  // Every process that may be looked at has a start time, but for those of the 9x family. Without
+  // one nobody can tell whether the number still means the process that was listed.
   const bool isLinux = m_poMachine->System().Family() == SystemFamily::Linux;
-  if (isLinux && m_startTime == 0) return message.Fail(kErrorInvalidHandle);
+  if (m_startTime == 0 && (isLinux || IsNtFamily(*m_poMachine))) {
+    return message.Fail(kErrorInvalidHandle);
+  }
   std::unique_ptr<CProcess> process;
   if (pProcesses->Open(pid, m_startTime, process) != kErrorSuccess || !process) {
     return message.Fail(kErrorInvalidHandle);

@@ -36,7 +36,8 @@ class CProcessItem : public CFilledItem {
   // Sets the properties that the record has a value for. wanted is what the list was asked for; the
   // user and the command line are shown only if they were. On Windows nothing is known of the idle
   // process and of the kernel's (PID up to 4) but their names, and what the others run is looked at
-  // for its version resource, unless pTermination (may be null) is signalled.
+  // for its version resource if its path is on a drive, unless pTermination (may be null) is
+  // signalled.
   void Fill(ProcessRecord&& record, uint32_t wanted, const ProcessDefs& defs,
             const os::CWaitable* pTermination);
 

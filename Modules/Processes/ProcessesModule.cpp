@@ -38,6 +38,8 @@ bool CProcessesModule::Init(bool /*bInitChild*/, QueryMessage& message) {
     item->Fill(std::move(record), wanted, Defs(), message.TerminationEvent());
     items.Add(std::move(item), false);
   }
+  // The last one's filling may have been cut short.
+  if (message.IsTerminated()) return false;
   Children.Swap(items);
   return IsInitialized = true;
 }

@@ -1,10 +1,10 @@
 // The module Processes: what runs on the machine, one item of the class Process per process and
 // per 16-bit task.
 //
-// Filling reads the machine's process list once; what may not be read of a process stays unset, and
-// a process that ends meanwhile makes no item. A list that cannot be taken, or that ends in an
-// error, gives a failed fill with the system error in the message. A machine without processes to
-// show gives no items, and success.
+// Filling reads the machine's process list once; what may not be read of a process stays unset.
+// One that ends meanwhile makes no item on Linux; on Windows its item has what the list itself says
+// of it. A list that cannot be taken, or that ends in an error, gives a failed fill with the system
+// error in the message. A machine without processes to show gives no items, and success.
 #pragma once
 
 #include "model/classes/Module.h"

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <string_view>
 
 #include "Modules/Files/FileItem.h"
 #include "Modules/Processes/ProcessesModule.h"
@@ -107,6 +108,13 @@ TEST(VersionProperties, OfProcesses) {
   const Case cases[] = {
       {SystemFamily::Windows, 5, "C:\\x\\a.exe", "PID=5 " + shown},
       {SystemFamily::Windows, 4, "C:\\x\\a.exe", "PID=4 ImageName=System"},
+      // A process tells its path itself, and may name a server, or what is no file at all.
+      {SystemFamily::Windows, 5, "\\\\server\\share\\a.exe",
+       "PID=5 FilePath=\\\\server\\share\\a.exe"},
+      {SystemFamily::Windows, 5, "\\\\?\\C:\\x\\a.exe", "PID=5 FilePath=\\\\?\\C:\\x\\a.exe"},
+      {SystemFamily::Windows, 5, "\\Device\\Mup\\a.exe", "PID=5 FilePath=\\Device\\Mup\\a.exe"},
+      {SystemFamily::Windows, 5, "a.exe", "PID=5 FilePath=a.exe"},
+      {SystemFamily::Windows, 5, "C:a.exe", "PID=5 FilePath=C:a.exe"},
       {SystemFamily::Windows, 5, "C:\\gone.exe", "PID=5 FilePath=C:\\gone.exe"},
       {SystemFamily::Linux, 5, "/x/a", "PID=5 FilePath=/x/a"},
   };
@@ -114,6 +122,8 @@ TEST(VersionProperties, OfProcesses) {
     auto machine = MakeRef<CFakeMachine>(c.family);
     machine->files.Add(c.family == SystemFamily::Windows ? "C:\\x\\a.exe" : "/x/a",
                        {.content = Sample()});
+    if (std::string_view(c.path) != "C:\\gone.exe")
+      machine->files.Add(c.path, {.content = Sample()});
     ProcessRecord record;
     record.PID = c.pid;
     record.FilePath = c.path;

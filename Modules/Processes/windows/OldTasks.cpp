@@ -12,25 +12,39 @@ namespace {
 constexpr uint32_t kOldTaskWidth = 16;
 
 // Whether the process that was the tasks' is there, and still is what it was.
-SystemError FindHost(CWindowsProcesses& windows, uint32_t hostPid) {
+SystemError FindHost(CWindowsProcesses& windows, uint32_t hostPid, bool& isThere) {
+  isThere = false;
   std::unique_ptr<CProcessSnapshot> snapshot;
   SystemError error = windows.TakeSnapshot(snapshot);
   while (error == kErrorSuccess) {
     SnapshotEntry entry;
     error = snapshot->Next(entry);
     if (error != kErrorSuccess) break;
-    if (entry.pid == hostPid && IsOldTaskHost(entry.exeName)) return kErrorSuccess;
+    if (entry.pid == hostPid && IsOldTaskHost(entry.exeName)) {
+      isThere = true;
+      return kErrorSuccess;
+    }
   }
-  return error == kErrorNoMoreFiles ? kErrorInvalidHandle : error;
+  return error == kErrorNoMoreFiles ? kErrorSuccess : error;
 }
 
-// Its number may have come to mean another task once it has gone.
-bool HasGone(CWindowsProcesses& windows, const OldTaskId& task) {
+// Whether the task still runs: its thread and its number may mean others once it has gone.
+SystemError FindTask(CWindowsProcesses& windows, const OldTaskId& task, bool& isThere) {
+  SystemError error = FindHost(windows, task.hostPid, isThere);
+  if (error != kErrorSuccess || !isThere) return error;
   std::vector<OldTask> tasks;
-  if (windows.EnumOldTasks(task.hostPid, tasks) != kErrorSuccess) return false;
-  return std::none_of(tasks.begin(), tasks.end(), [&](const OldTask& other) {
+  error = windows.EnumOldTasks(task.hostPid, tasks);
+  isThere = std::any_of(tasks.begin(), tasks.end(), [&](const OldTask& other) {
     return other.threadId == task.threadId && other.taskId == task.taskId;
   });
+  return error;
+}
+
+SystemError EndByForce(CWindowsProcesses& windows, const OldTaskId& task) {
+  bool isThere = false;
+  const SystemError error = FindTask(windows, task, isThere);
+  if (error != kErrorSuccess || !isThere) return error;
+  return windows.TerminateOldTask(task.hostPid, task.taskId);
 }
 
 }  // namespace
@@ -64,14 +78,15 @@ void AppendOldTasks(ProcessEnumContext& context, uint32_t hostPid,
 SystemError EndOldTask(CWindowsProcesses& windows, const OldTaskId& task, uint32_t timeOutMs,
                        const os::CWaitable* pTermination) {
   if (!windows.HasLibrary(ProcessLibrary::VdmDbg)) return kErrorInvalidFunction;
-  SystemError error = FindHost(windows, task.hostPid);
+  bool isThere = false;
+  SystemError error = FindTask(windows, task, isThere);
+  if (error == kErrorSuccess && !isThere) error = kErrorInvalidHandle;
   if (error == kErrorSuccess) error = windows.CloseThreadWindows(task.threadId);
   if (error != kErrorSuccess) return error;
   // A task is no object that can be waited for: it has its time, however soon it goes.
   switch (os::WaitAny({pTermination}, timeOutMs)) {
     case os::kWaitTimeOut:
-      return HasGone(windows, task) ? kErrorSuccess
-                                    : windows.TerminateOldTask(task.hostPid, task.taskId);
+      return EndByForce(windows, task);
     case 0:
       return kErrorCancelled;
     default:

@@ -26,8 +26,9 @@ struct OldTaskId {
 };
 
 // Asks the task's windows to close, waits for timeOutMs, and ends the task then, unless it has
-// gone. kErrorInvalidFunction where the system has no means to; kErrorInvalidHandle if the process
-// that it was listed in is not there any more; kErrorCancelled, with the task left alone, when
+// gone. kErrorInvalidFunction where the system has no means to; kErrorInvalidHandle if it, or the
+// process that it was listed in, is not there any more; the list's error when nobody can tell, and
+// the task is not ended then; kErrorCancelled, with the task left alone, when
 // pTermination (may be null) is signalled meanwhile.
 SystemError EndOldTask(CWindowsProcesses& windows, const OldTaskId& task, uint32_t timeOutMs,
                        const os::CWaitable* pTermination);

@@ -23,8 +23,10 @@ constexpr EntryLayout kWideEntry = {8, 0x50, 0x58, 0x60, 0x90, 0x98};
 constexpr uint64_t kStartTime = 0x20;
 constexpr uint64_t kNameLength = 0x38;
 
-// The name's characters lie somewhere in the list, at an address of where it was written.
-std::string NameOf(const SystemBytes& list, uint64_t entry, const EntryLayout& layout) {
+// The name's characters lie somewhere in the list, at an address of where it was written. Their
+// number is added to nameBytes.
+std::string NameOf(const SystemBytes& list, uint64_t entry, const EntryLayout& layout,
+                   uint64_t& nameBytes) {
   const uint64_t nameAddress = entry + kNameLength + layout.pointerSize;
   uint16_t length = 0;
   uint64_t address = 0;
@@ -33,11 +35,13 @@ std::string NameOf(const SystemBytes& list, uint64_t entry, const EntryLayout& l
   if (address < list.address || address - list.address > list.bytes.size()) return {};
   const std::string_view rest =
       std::string_view(list.bytes).substr(static_cast<size_t>(address - list.address));
-  return rest.size() < length ? std::string() : Utf8FromUtf16(rest.substr(0, length));
+  if (rest.size() < length) return {};
+  nameBytes += length;
+  return Utf8FromUtf16(rest.substr(0, length));
 }
 
 bool DecodeEntry(const SystemBytes& list, uint64_t entry, const EntryLayout& layout,
-                 ListedProcess& process) {
+                 uint64_t& nameBytes, ListedProcess& process) {
   if (list.bytes.size() < layout.size || entry > list.bytes.size() - layout.size) return false;
   LoadLittle(list.bytes, entry + layout.pid, process.pid);
   LoadLittle(list.bytes, entry + layout.parentPid, process.parentPid);
@@ -45,7 +49,7 @@ bool DecodeEntry(const SystemBytes& list, uint64_t entry, const EntryLayout& lay
   LoadLittle(list.bytes, entry + kStartTime, process.startTime);
   LoadNumber(list.bytes, entry + layout.workingSet, layout.pointerSize, ByteOrder::Little,
              process.workingSet);
-  process.imageName = NameOf(list, entry, layout);
+  process.imageName = NameOf(list, entry, layout, nameBytes);
   return true;
 }
 
@@ -55,9 +59,12 @@ SystemError DecodeProcessList(const SystemBytes& list, uint32_t width,
                               std::vector<ListedProcess>& processes) {
   const EntryLayout& layout = width == 32 ? kNarrowEntry : kWideEntry;
   uint64_t entry = 0;
+  uint64_t nameBytes = 0;
   for (;;) {
     ListedProcess process;
-    if (!DecodeEntry(list, entry, layout, process)) return kErrorInvalidData;
+    if (!DecodeEntry(list, entry, layout, nameBytes, process) || nameBytes > list.bytes.size()) {
+      return kErrorInvalidData;
+    }
     processes.push_back(std::move(process));
     uint32_t next = 0;
     LoadLittle(list.bytes, entry, next);

@@ -22,7 +22,8 @@ struct ListedProcess {
 };
 
 // width is that of the program that asked, 32 or 64. kErrorInvalidData for a list that is cut off,
-// or whose offsets lead out of it or do not lead on; what was read before is in processes then.
+// whose offsets lead out of it or do not lead on, or whose names lie over each other, so that they
+// would take more than it does; what was read before is in processes then.
 // A name that does not lie in the list is empty.
 SystemError DecodeProcessList(const SystemBytes& list, uint32_t width,
                               std::vector<ListedProcess>& processes);

@@ -6,6 +6,7 @@
 #include "Modules/Processes/windows/OldTasks.h"
 #include "Modules/Processes/windows/SystemProcesses.h"
 #include "Modules/Processes/windows/inspect/ProcessInspector.h"
+#include "platform/os/Clock.h"
 
 namespace kestra {
 namespace {
@@ -39,7 +40,7 @@ ProcessRecord RecordOf(SnapshotEntry&& entry) {
 SystemError EnumByToolhelp(ProcessEnumContext& context, uint32_t flags,
                            std::vector<ProcessRecord>& records, QueryMessage& message) {
   context.Windows().EnablePrivilege(kDebugPrivilege);
-  CProcessInspector inspector(context, flags);
+  CProcessInspector inspector(context, flags, os::SystemTimeAsFileTime().ticks);
   return WalkSnapshot(context.Windows(), message, [&](SnapshotEntry&& entry) {
     if (!inspector.IsListed(entry.pid)) return;
     ProcessRecord record = RecordOf(std::move(entry));

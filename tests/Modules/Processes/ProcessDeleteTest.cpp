@@ -1,6 +1,7 @@
 // Ending a process: the order of the steps, over a machine in memory.
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <string>
 #include <vector>
 
@@ -14,6 +15,7 @@ namespace {
 using test::CFakeMachine;
 
 constexpr uint32_t kShortTimeOut = 30;
+constexpr std::chrono::milliseconds kClockTick(16);
 constexpr uint64_t kStartTime = 4711;
 
 Ref<CProcessItem> MakeItem(const Ref<CFakeMachine>& machine, const ProcessRecord& record,
@@ -139,10 +141,43 @@ TEST(ProcessDelete, AsksThenWaitsThenForces) {
     // Only one that does not listen is waited for; a cancel must not wait for the time-out.
     const uint32_t timeOut = c.isCancelled ? os::kInfinite : kShortTimeOut;
     const bool isSuccess = c.error == kErrorSuccess;
+    const auto begun = std::chrono::steady_clock::now();
     EXPECT_EQ(MakeItem(machine, Record(500), timeOut)->Delete(message), isSuccess);
+    const auto taken = std::chrono::steady_clock::now() - begun;
+    // It has had its time; a wait may end a tick of the system's clock early.
+    if (state->terminations > 0) {
+      EXPECT_GE(taken, std::chrono::milliseconds(kShortTimeOut) - kClockTick);
+    }
     EXPECT_EQ(message.Success, isSuccess);
     EXPECT_EQ(message.SystemError, c.error);
     EXPECT_EQ(Calls(*state), c.calls);
+  }
+}
+
+struct UnknownStartCase {
+  const char* what;
+  SystemFamily family;
+  uint32_t systemClass;  // of Windows
+  bool isEnded;
+};
+
+// Without a start time nobody can tell whose the PID is by now. Only the 9x family has none at all.
+TEST(ProcessDelete, NeedsToKnowWhichProcessWasListed) {
+  const UnknownStartCase cases[] = {{"Linux", SystemFamily::Linux, 0, false},
+                                    {"NT", SystemFamily::Windows, 11, false},
+                                    {"9x", SystemFamily::Windows, 3, true}};
+  for (const UnknownStartCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    auto machine = MakeRef<CFakeMachine>(c.family);
+    if (c.systemClass != 0) machine->system.windows = test::VersionOfKind(c.systemClass);
+    ProcessRecord record = Record(500);
+    const auto state = machine->processes.Add(record);
+    record.StartTime = 0;
+    QueryMessage message;
+    message.AllowActive = true;
+    EXPECT_EQ(MakeItem(machine, record)->Delete(message), c.isEnded);
+    EXPECT_EQ(message.SystemError, c.isEnded ? 0 : kErrorInvalidHandle);
+    EXPECT_EQ(Calls(*state), c.isEnded ? "open close" : "");
   }
 }
 

@@ -10,6 +10,7 @@
 #include "Modules/Processes/ProcessList.h"
 #include "Modules/Processes/ProcessesModule.h"
 #include "Modules/Processes/windows/Enumerators.h"
+#include "platform/machine/WindowsProcesses.h"
 #include "platform/os/Clock.h"
 #include "platform/os/Event.h"
 #include "platform/os/HostEnvironment.h"
@@ -20,6 +21,8 @@ namespace kestra {
 namespace {
 
 constexpr uint32_t kLongEnough = 10000;  // milliseconds, for what should take none
+constexpr uint32_t kImpatient = 300;     // milliseconds, for one that does not listen
+constexpr uint32_t kClockTick = 16;      // milliseconds that a wait and a clock may differ by
 constexpr uint32_t kAsked = 7;           // the exit code of a peer whose window was closed
 
 // A child of tests/support/win32/window_peer.cpp. It is held, so that its number stays its own.
@@ -139,6 +142,15 @@ std::vector<ProcessRecord> RecordsOf(const Enumerator& enumerator) {
   return records;
 }
 
+std::vector<uint32_t> PidsOf(const Enumerator& enumerator) {
+  std::vector<uint32_t> pids;
+  for (const ProcessRecord& record : RecordsOf(enumerator)) pids.push_back(record.PID);
+  // Wine's snapshot does not begin with the idle process, as one of Windows does.
+  std::erase(pids, 0u);
+  std::sort(pids.begin(), pids.end());
+  return pids;
+}
+
 // All ways to list the processes see the same ones. The list changes now and then, so that a
 // second and third look may be needed.
 TEST(WindowsProcess, IsInTheListOfEachEnumerator) {
@@ -146,17 +158,11 @@ TEST(WindowsProcess, IsInTheListOfEachEnumerator) {
   ASSERT_TRUE(peer.IsReady());
   for (const Enumerator& enumerator : kEnumerators) {
     SCOPED_TRACE(enumerator.what);
+    const Enumerator& other = kEnumerators[&enumerator == &kEnumerators[0] ? 1 : 0];
     std::vector<uint32_t> pids, others;
     for (int look = 0; look < 10 && (look == 0 || pids != others); ++look) {
-      pids.clear();
-      others.clear();
-      for (const ProcessRecord& record : RecordsOf(kEnumerators[0])) pids.push_back(record.PID);
-      for (const ProcessRecord& record : RecordsOf(enumerator)) others.push_back(record.PID);
-      // Wine's snapshot does not begin with the idle process, as one of Windows does.
-      std::erase(pids, 0u);
-      std::erase(others, 0u);
-      std::sort(pids.begin(), pids.end());
-      std::sort(others.begin(), others.end());
+      pids = PidsOf(enumerator);
+      others = PidsOf(other);
     }
     EXPECT_EQ(pids, others);
     EXPECT_GT(pids.size(), 2u);
@@ -181,6 +187,24 @@ TEST(WindowsProcess, IsInTheListOfEachEnumerator) {
   }
 }
 
+// The kernel's list and the process itself tell one start time: by it an item finds its process.
+TEST(WindowsProcess, HasTheStartTimeOfTheKernelsList) {
+  const auto machine = LiveMachine();
+  std::unique_ptr<CProcessHandle> handle;
+  ASSERT_EQ(machine->Processes()->Windows()->OpenHandle(os::CurrentProcessId(),
+                                                        kProcessQueryAndRead, handle),
+            kErrorSuccess);
+  uint64_t startTime = 0;
+  ASSERT_EQ(handle->StartTime(startTime), kErrorSuccess);
+  EXPECT_GT(startTime, 0u);
+  const auto records = RecordsOf(kEnumerators[1]);
+  const auto found = std::find_if(records.begin(), records.end(),
+                                  [](const auto& r) { return r.PID == os::CurrentProcessId(); });
+  ASSERT_NE(found, records.end());
+  EXPECT_EQ(found->StartTime, startTime);
+  EXPECT_TRUE(found->FilePath.has_value());
+}
+
 struct EndCase {
   const char* mode;
   uint32_t timeOutMs;
@@ -189,7 +213,8 @@ struct EndCase {
 
 // One with a window ends by itself when that is closed; the others are ended by force.
 TEST(WindowsProcess, IsAskedToCloseAndThenEnded) {
-  const EndCase cases[] = {{"window", kLongEnough, kAsked}, {"deaf", 300, 0}, {"silent", 300, 0}};
+  const EndCase cases[] = {
+      {"window", kLongEnough, kAsked}, {"deaf", kImpatient, 0}, {"silent", kImpatient, 0}};
   for (const EndCase& c : cases) {
     SCOPED_TRACE(c.mode);
     const CPeer peer(c.mode);
@@ -199,7 +224,12 @@ TEST(WindowsProcess, IsAskedToCloseAndThenEnded) {
     ASSERT_TRUE(pItem);
     QueryMessage message;
     message.AllowActive = true;
+    const uint32_t begun = os::TickCount();
     EXPECT_TRUE(pItem->Delete(message)) << message.SystemError;
+    const uint32_t taken = os::TickCount() - begun;
+    if (c.timeOutMs == kImpatient) {
+      EXPECT_GE(taken, kImpatient - kClockTick);
+    }
     ASSERT_TRUE(peer.EndsWithin(kLongEnough));
     EXPECT_EQ(peer.ExitCode(), c.exitCode);
   }

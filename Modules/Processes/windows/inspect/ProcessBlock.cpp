@@ -27,6 +27,9 @@ constexpr size_t kWideBasicSize = 0x30;
 // How one caller reads one target.
 class CBlockAccess {
  public:
+  // Where the system cannot be asked for a process's width, nothing is known to be narrow, and the
+  // system's own width decides: one of 32 bits that does not know the question has no other
+  // processes, and on one of 64 most have its width.
   CBlockAccess(CProcessHandle& process, const BlockReader& reader, bool isNarrow)
       : m_process(process),
         m_isNarrowCaller(reader.callerWidth == 32),

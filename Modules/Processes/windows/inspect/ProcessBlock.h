@@ -1,9 +1,10 @@
-// What a process itself holds of how it was started: no function of the system tells it. It lies in
-// the process's memory, where its parameters hang on its environment block.
+// What a process itself holds of how it was started: no function of the system tells its command
+// line and its title. It lies in the process's memory, where its parameters hang on its environment
+// block.
 //
 // Source of the layouts: the Win32 pages of PEB and RTL_USER_PROCESS_PARAMETERS, and the public
 // symbols of ntdll.dll for both widths. The process can write there what it likes, and while it is
-// read: every number is only a length of at most 65534 bytes or an address to read from.
+// read: every number is only a length of at most 65535 bytes or an address to read from.
 #pragma once
 
 #include <cstdint>

@@ -53,7 +53,8 @@ bool IsServant(std::string_view sid) {
 ProcessEnumContext::ProcessEnumContext(CMachine& machine, CWindowsProcesses& windows)
     : m_machine(machine),
       m_windows(windows),
-      m_reader{windows.CallerWidth(), GetBitness(machine) == kWideSystem} {
+      m_reader{windows.CallerWidth(),
+               GetBitness(machine) == kWideSystem || windows.CallerWidth() == 64} {
   uint32_t session = 0;
   if (windows.CallerSession(session) == kErrorSuccess) m_callerSession = session;
 }
@@ -103,11 +104,16 @@ void ProcessEnumContext::ReadDevices() {
 std::string ProcessEnumContext::Normalised(std::string path) {
   constexpr std::string_view kSystemRoot = "\\SystemRoot";
   constexpr std::string_view kDosDevices = "\\??\\";
+  constexpr std::string_view kServers = "\\??\\UNC";
   if (BeginsWithComponent(path, kSystemRoot)) {
     const auto windows = MachineFolder(Folder::Windows, m_machine);
     if (windows) path.replace(0, kSystemRoot.size(), *windows);
   }
-  if (path.starts_with(kDosDevices)) path.erase(0, kDosDevices.size());
+  if (BeginsWithComponent(path, kServers)) {
+    path.replace(0, kServers.size(), "\\");
+  } else if (path.starts_with(kDosDevices)) {
+    path.erase(0, kDosDevices.size());
+  }
   const std::string_view volume = VolumePrefix(path);
   if (volume.empty()) return path;
   if (!m_drives) ReadDevices();

@@ -45,8 +45,9 @@ class ProcessEnumContext {
   // The account's name; nothing where the system has none for the SID.
   std::optional<std::string> AccountOfSid(const std::string& sid);
 
-  // A path of the kernel's as a path of a program's: "\SystemRoot" is the Windows folder, "\??\"
-  // goes, and a volume is its drive. Any other path stays as it is.
+  // A path of the kernel's as a path of a program's: "\SystemRoot" is the Windows folder,
+  // "\??\UNC\server" is "\\server", any other "\??\" goes, and a volume is its drive. Any other
+  // path stays as it is.
   std::string Normalised(std::string path);
   // The full path of a file name without folder, where the system's search finds it; width is that
   // of the program that it is of. Nothing on a system of 64 bits for a width other than 64: its

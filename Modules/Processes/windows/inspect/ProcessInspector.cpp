@@ -71,10 +71,24 @@ CProcessInspector::Opened CProcessInspector::Open(uint32_t pid) {
   return opened;
 }
 
+// One that does not tell when it started tells nothing else that could be another's.
+bool CProcessInspector::IsSame(CProcessHandle& process, ProcessRecord& record) const {
+  uint64_t startTime = 0;
+  if (process.StartTime(startTime) != kErrorSuccess) return true;
+  if (record.StartTime == 0 ? startTime > m_listedAt : startTime != record.StartTime) return false;
+  record.StartTime = startTime;
+  return true;
+}
+
+// On a system of 64 bits only the process itself tells its width.
 void CProcessInspector::Fill(const Opened& opened, ProcessRecord& record) {
-  if (record.Width == 0) record.Width = m_context.IsWide() ? 64 : 32;
+  if (!m_context.IsWide()) {
+    record.Width = 32;
+  } else if (record.PID <= kLastSystemPID) {
+    record.Width = 64;
+  }
   if (record.PID <= kLastSystemPID) return;
-  if (!opened.handle) {
+  if (!opened.handle || !IsSame(*opened.handle, record)) {
     if (Wants(kProcessWantUser)) record.User = UserOfUnopened(record.PID);
     if (!m_context.IsWide()) RepairPath(record);
     return;
@@ -84,21 +98,20 @@ void CProcessInspector::Fill(const Opened& opened, ProcessRecord& record) {
   if (opened.mayRead) {
     FillFromBlock(process, record);
   } else {
-    if (IsNarrowProcess(process, m_context.Reader())) record.Width = 32;
+    bool isRedirected = false;
+    if (m_context.IsWide() && process.IsRedirected(isRedirected) == kErrorSuccess) {
+      record.Width = isRedirected ? 32 : 64;
+    }
     FillPath(process, {}, record);
   }
   if (!record.WorkingSetKB) record.WorkingSetKB = WorkingSetKB(process);
   if (!record.HandleCount) record.HandleCount = HandleCount(process);
-  uint64_t startTime = 0;
-  if (record.StartTime == 0 && process.StartTime(startTime) == kErrorSuccess) {
-    record.StartTime = startTime;
-  }
 }
 
 void CProcessInspector::FillFromBlock(CProcessHandle& process, ProcessRecord& record) {
   ProcessBlock block =
       ReadProcessBlock(process, m_context.Reader(), Wants(kProcessWantCommandLine));
-  if (block.isNarrow) record.Width = 32;
+  if (m_context.IsWide()) record.Width = block.isNarrow ? 32 : 64;
   FillPath(process, std::move(block.imagePath), record);
   if (!block.commandLine.empty()) record.CommandLine = std::move(block.commandLine);
   if (!block.windowTitle.empty()) record.WindowTitle = std::move(block.windowTitle);
@@ -113,15 +126,13 @@ void CProcessInspector::FillPath(CProcessHandle& process, std::string path, Proc
 }
 
 // A mere name is searched for. One that the process does not tell either is taken from the list,
-// on a system of 32 bits: on one of 64 the search could find the program of the other width.
+// on a system of 32 bits: on one of 64 the search could find the program of the other width. What
+// has no folder in the end is no path.
 void CProcessInspector::RepairPath(ProcessRecord& record) {
-  if (!record.FilePath || record.FilePath->empty()) {
-    record.FilePath.reset();
-    if (m_context.IsWide()) return;
-  }
-  if (!Wants(kProcessRepairPath)) return;
-  const std::string& name = record.FilePath ? *record.FilePath : record.ImageName;
-  if (auto found = m_context.Searched(name, record.Width)) record.FilePath = std::move(found);
+  if (record.FilePath && HasFolder(*record.FilePath)) return;
+  std::string name = std::exchange(record.FilePath, std::nullopt).value_or(std::string());
+  if (name.empty() && !m_context.IsWide()) name = record.ImageName;
+  if (Wants(kProcessRepairPath)) record.FilePath = m_context.Searched(name, record.Width);
 }
 
 // Whom the process runs for, by its token. A token that may not be read is of somebody else than
@@ -135,7 +146,7 @@ std::string CProcessInspector::UserOf(CProcessHandle& process, uint32_t pid) {
   if (auto account = m_context.AccountOfSid(sid)) return *std::move(account);
   std::string text;
   if (m_context.Windows().TextOfSid(sid, text) == kErrorSuccess) return text;
-  return UserOfUnopened(pid);
+  return UnknownUser(m_context.SessionOf(pid));
 }
 
 std::string CProcessInspector::UserOfUnopened(uint32_t pid) {

@@ -19,14 +19,21 @@ class CProcessInspector {
     bool mayRead = false;                      // its memory too
   };
 
-  // flags: kProcessWant..., kProcessAllSessions, kProcessRepairPath.
-  CProcessInspector(ProcessEnumContext& context, uint32_t flags)
-      : m_context(context), m_flags(flags) {}
+  // flags: kProcessWant..., kProcessAllSessions, kProcessRepairPath. listedAt is a moment before
+  // the list was taken, in 100 ns since 1601; it counts for records without StartTime.
+  CProcessInspector(ProcessEnumContext& context, uint32_t flags, uint64_t listedAt = UINT64_MAX)
+      : m_context(context), m_flags(flags), m_listedAt(listedAt) {}
 
   // Whether the process is to be listed: unless all sessions are wanted, those of the caller's
   // session and of the services' are, as far as the system tells.
   bool IsListed(uint32_t pid);
-  // Opens the process that the record is of, and fills the record.
+  // Opens the process that the record is of, and fills the record. One that has ended since it was
+  // listed is as one that may not be opened, though its number may be another's by now: that has
+  // another start time than the record, or started after listedAt. StartTime then stays as it was.
+  //
+  // User is the token's account or its SID's text, also where somebody else is logged on to the
+  // session: a program of SYSTEM's in a user's session is SYSTEM's. Only where there is no token to
+  // look at is it the session's user.
   void Inspect(ProcessRecord& record);
 
   // The steps of Inspect. What the record has a value for already is kept.
@@ -35,6 +42,7 @@ class CProcessInspector {
 
  private:
   bool Wants(uint32_t flag) const { return (m_flags & flag) != 0; }
+  bool IsSame(CProcessHandle& process, ProcessRecord& record) const;
   void FillFromBlock(CProcessHandle& process, ProcessRecord& record);
   void FillPath(CProcessHandle& process, std::string path, ProcessRecord& record);
   void RepairPath(ProcessRecord& record);
@@ -43,6 +51,7 @@ class CProcessInspector {
 
   ProcessEnumContext& m_context;
   const uint32_t m_flags;
+  const uint64_t m_listedAt;
 };
 
 }  // namespace kestra

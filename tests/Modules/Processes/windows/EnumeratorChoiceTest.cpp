@@ -152,13 +152,13 @@ struct DetailCase {
 TEST(EnumeratorChoice, EachTellsWhatItsSystemDoes) {
   const DetailCase cases[] = {
       {11, 2, true, "System|0|-|-|64|-|-|-|-|0", "a.exe|4|C:\\a.exe|a -x|64|A|HOME\\Ann|5120|7|99",
-       "b.exe|0|-|-|64|-|UnknownUser_SessionUnknown|-|-|0"},
+       "b.exe|0|-|-|0|-|UnknownUser_SessionUnknown|-|-|0"},
       {11, 1, false, "System|0|-|-|32|-|-|-|-|0", "a.exe|4|C:\\a.exe|-|32|A|-|5120|7|99",
        "b.exe|0|C:\\found\\b.exe|-|32|-|-|-|-|0"},
       {10, 1, true, "System|-|-|-|32|-|-|-|-|0", "a.exe|-|C:\\a.exe|a -x|32|A|HOME\\Ann|5120|7|99",
        "|-|-|-|32|-|UnknownUser_SessionUnknown|-|-|0"},
       {10, 2, false, "System|0|-|-|64|-|-|0|0|0", "a.exe|4|C:\\a.exe|-|64|A|-|5120|7|99",
-       "b.exe|0|-|-|64|-|-|0|0|0"},
+       "b.exe|0|-|-|0|-|-|0|0|0"},
       {5, 1, true, "Kernel|0|-|-|0|-|-|-|-|0", "a.exe|4|C:\\found\\a.exe|-|0|-|-|-|-|0",
        "b.exe|0|C:\\found\\b.exe|-|0|-|-|-|-|0"},
   };
@@ -170,6 +170,38 @@ TEST(EnumeratorChoice, EachTellsWhatItsSystemDoes) {
     EXPECT_EQ(Shown(stage.records[1]), c.kernel);
     EXPECT_EQ(Shown(stage.records[2]), c.readable);
     EXPECT_EQ(Shown(stage.records[3]), c.refused);
+  }
+}
+
+struct ReusedCase {
+  const char* what;
+  uint32_t systemClass;
+  uint64_t startTime;  // of the process that is opened; that of the list is 99
+  const char* expected;
+};
+
+// A process has ended after it was listed, and its number is another's when it is opened: nothing
+// of that one is shown, and its start time is not taken over, so that it cannot be ended.
+TEST(EnumeratorChoice, ANumberThatIsAnothersTellsNothing) {
+  constexpr uint64_t kFarAhead = uint64_t{1} << 62;
+  const ReusedCase cases[] = {
+      {"Toolhelp: started before the snapshot", 11, 100,
+       "a.exe|4|C:\\a.exe|a -x|64|A|HOME\\Ann|5120|7|100"},
+      {"Toolhelp: started after it", 11, kFarAhead,
+       "a.exe|4|-|-|0|-|UnknownUser_SessionUnknown|-|-|0"},
+      {"kernel: the one that was listed", 10, 99,
+       "a.exe|4|C:\\a.exe|a -x|64|A|HOME\\Ann|5120|7|99"},
+      {"kernel: another", 10, 100, "a.exe|4|-|-|0|-|UnknownUser_SessionUnknown|5120|7|99"},
+  };
+  for (const ReusedCase& c : cases) {
+    SCOPED_TRACE(c.what);
+    Stage stage(c.systemClass);
+    stage.windows.onCall = [&](const std::string& call) {
+      if (call == "OpenProcess") stage.windows.processes[2].startTime = c.startTime;
+    };
+    ASSERT_TRUE(stage.Enum());
+    ASSERT_EQ(stage.records.size(), 4u);
+    EXPECT_EQ(Shown(stage.records[2]), c.expected);
   }
 }
 

@@ -67,45 +67,54 @@ std::string Changes(const CFakeWindowsProcesses& windows) {
 
 struct EndCase {
   const char* what;
-  void (*change)(Stage&);  // after the list was taken
-  bool isCancelled;
-  SystemError error;
+  void (*change)(Stage&);                  // after the list was taken
+  void (*whenAsked)(Stage&, os::CEvent&);  // as its windows are asked to close
+  SystemError error;                       // kErrorCancelled: it must not wait for the time-out
   const char* changes;
 };
 
+void Leave(Stage& stage) {
+  auto& tasks = stage.windows.processes[0].oldTasks;
+  tasks.erase(tasks.begin());
+}
+void EndHost(Stage& stage) {
+  stage.windows.processes.erase(stage.windows.processes.begin());
+}
+void LoseTheTasks(Stage& stage) {
+  stage.windows.missing = {"VDMEnumTaskWOWEx"};
+}
+void Stay(Stage&) {}
+void StayToo(Stage&, os::CEvent&) {}
+
 TEST(OldTasks, AreAskedThenEnded) {
   const EndCase cases[] = {
-      {"stays", [](Stage&) {}, false, 0, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
-      {"goes when asked",
-       [](Stage& s) {
-         s.windows.processes[0].oldTasks.erase(s.windows.processes[0].oldTasks.begin());
-       },
-       false, 0, "WM_CLOSE 12;"},
+      {"stays", Stay, StayToo, 0, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
+      {"goes when asked", Stay, [](Stage& s, os::CEvent&) { Leave(s); }, 0, "WM_CLOSE 12;"},
+      {"goes with its process", Stay, [](Stage& s, os::CEvent&) { EndHost(s); }, 0, "WM_CLOSE 12;"},
+      {"had gone", Leave, StayToo, kErrorInvalidHandle, ""},
+      {"nobody can tell whether it had", LoseTheTasks, StayToo, kErrorCallNotImplemented, ""},
+      {"nobody can tell whether it went", Stay, [](Stage& s, os::CEvent&) { LoseTheTasks(s); },
+       kErrorCallNotImplemented, "WM_CLOSE 12;"},
       {"cannot be ended", [](Stage& s) { s.windows.missing = {"VDMTerminateTaskWOW 300 7"}; },
-       false, kErrorCallNotImplemented, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
-      {"its process has gone",
-       [](Stage& s) { s.windows.processes.erase(s.windows.processes.begin()); }, false,
-       kErrorInvalidHandle, ""},
+       StayToo, kErrorCallNotImplemented, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
+      {"its process has gone", EndHost, StayToo, kErrorInvalidHandle, ""},
       {"its process is another now", [](Stage& s) { s.windows.processes[0].exeName = "b.exe"; },
-       false, kErrorInvalidHandle, ""},
-      {"no list", [](Stage& s) { s.windows.missing = {"CreateToolhelp32Snapshot"}; }, false,
+       StayToo, kErrorInvalidHandle, ""},
+      {"no list", [](Stage& s) { s.windows.missing = {"CreateToolhelp32Snapshot"}; }, StayToo,
        kErrorCallNotImplemented, ""},
-      {"no library", [](Stage& s) { s.windows.missingLibraries = {ProcessLibrary::VdmDbg}; }, false,
-       kErrorInvalidFunction, ""},
-      {"cancelled", [](Stage&) {}, true, kErrorCancelled, "WM_CLOSE 12;"},
+      {"no library", [](Stage& s) { s.windows.missingLibraries = {ProcessLibrary::VdmDbg}; },
+       StayToo, kErrorInvalidFunction, ""},
+      {"cancelled", Stay, [](Stage&, os::CEvent& e) { e.Set(); }, kErrorCancelled, "WM_CLOSE 12;"},
   };
   for (const EndCase& c : cases) {
     SCOPED_TRACE(c.what);
     Stage stage;
-    // A cancel must not wait for the time-out.
-    const auto module = stage.Fill(c.isCancelled ? os::kInfinite : kShortTimeOut);
+    const auto module = stage.Fill(c.error == kErrorCancelled ? os::kInfinite : kShortTimeOut);
     c.change(stage);
     auto termination = MakeRef<os::CEvent>();
-    if (c.isCancelled) {
-      stage.windows.onCall = [&](const std::string& call) {
-        if (call.starts_with("WM_CLOSE")) termination->Set();
-      };
-    }
+    stage.windows.onCall = [&](const std::string& call) {
+      if (call.starts_with("WM_CLOSE")) c.whenAsked(stage, *termination);
+    };
     QueryMessage message(termination, true);
     EXPECT_EQ(module->Children.Get(1)->Delete(message), c.error == kErrorSuccess);
     EXPECT_EQ(message.SystemError, c.error);

@@ -66,6 +66,14 @@ TEST(SystemInformationList, AListThatLeadsAstrayIsAnError) {
       {"a name behind the list", [](auto& l) { l.address = 0; }, kErrorSuccess, 3},
       {"a name that is too long", [](auto& l) { StoreLittle(l.bytes, 0x108 + 0x38, 2, 0xFFFE); },
        kErrorSuccess, 3},
+      {"names that lie over each other",
+       [](auto& l) {
+         for (const uint64_t entry : {0x108u, 0x218u}) {
+           StoreLittle(l.bytes, entry + 0x38, 2, 0x300);
+           StoreLittle(l.bytes, entry + 0x40, 8, kAddress);
+         }
+       },
+       kErrorInvalidData, 2},
   };
   for (const SpoiltCase& c : cases) {
     SCOPED_TRACE(c.what);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <new>
 #include <string>
 
 #include "platform/win32/base/Optional.h"
@@ -24,23 +25,37 @@ std::string FromCodePage(const char* pText) {
   return Narrow(wide);
 }
 
-// TRUE would end the enumeration. Nothing may be thrown through the system's library.
+struct Found {
+  std::vector<OldTask>& tasks;
+  SystemError error = kErrorSuccess;
+};
+
+// TRUE ends the enumeration. Nothing may be thrown through the system's library.
 BOOL CALLBACK AddTask(DWORD threadId, WORD, WORD taskId, char* pModuleName, char* pFileName,
                       LPARAM parameter) noexcept {
-  auto& tasks = *reinterpret_cast<std::vector<OldTask>*>(parameter);
-  tasks.push_back({threadId, taskId, FromCodePage(pModuleName), FromCodePage(pFileName)});
+  auto& found = *reinterpret_cast<Found*>(parameter);
+  try {
+    found.tasks.push_back({threadId, taskId, FromCodePage(pModuleName), FromCodePage(pFileName)});
+  } catch (const std::bad_alloc&) {
+    found.error = kErrorNotEnoughMemory;
+    return TRUE;
+  }
   return FALSE;
 }
 
 }  // namespace
 
-// The answer is the number of tasks: none is no failure.
+// The answer is the number of tasks: none is no failure unless it has left an error.
 SystemError ListOldTasks(uint32_t pid, std::vector<OldTask>& tasks) {
   static const auto pList =
       Optional<INT WINAPI(DWORD, OnTask*, LPARAM)>(L"vdmdbg.dll", "VDMEnumTaskWOWEx");
   if (!pList) return kErrorCallNotImplemented;
-  pList(pid, AddTask, reinterpret_cast<LPARAM>(&tasks));
-  return kErrorSuccess;
+  Found found{tasks};
+  SetLastError(ERROR_SUCCESS);
+  const bool isNone = pList(pid, AddTask, reinterpret_cast<LPARAM>(&found)) == 0;
+  const DWORD left = GetLastError();
+  if (found.error != kErrorSuccess) return found.error;
+  return isNone ? static_cast<SystemError>(left) : kErrorSuccess;
 }
 
 SystemError EndTaskByForce(uint32_t pid, uint16_t taskId) {

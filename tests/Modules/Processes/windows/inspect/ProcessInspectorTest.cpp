@@ -69,6 +69,11 @@ TEST(ProcessInspector, NamesTheUserOrSaysWhyNot) {
          s.windows.sidTexts.clear();
        },
        "UnknownUser_Session1"},
+      {"nor text, where somebody else is logged on",
+       [](auto&, auto& p) {
+         p.sid = Sid({21, 1, 2, 3, 1002});
+       },
+       "UnknownUser_Session1"},
       {"a token that is denied", [](auto&, auto& p) { p.tokenError = kErrorAccessDenied; },
        "<access denied>"},
       {"a token that fails: the session's", [](auto&, auto& p) { p.tokenError = kErrorIoDevice; },
@@ -123,7 +128,7 @@ struct PathCase {
   const char* what;
   const char* inBlock;
   const char* imageFileName;
-  const char* expected;
+  const char* expected;  // null: none
 };
 
 TEST(ProcessInspector, ShowsPathsAsProgramsKnowThem) {
@@ -133,6 +138,9 @@ TEST(ProcessInspector, ShowsPathsAsProgramsKnowThem) {
       {"in another case", "\\systemroot\\a.exe", "", "C:\\Windows\\a.exe"},
       {"only the beginning of a name", "\\SystemRooted\\a.exe", "", "\\SystemRooted\\a.exe"},
       {"DOS devices", "\\??\\C:\\a.exe", "", "C:\\a.exe"},
+      {"a server", "\\??\\UNC\\server\\share\\a.exe", "", "\\\\server\\share\\a.exe"},
+      {"in another case", "\\??\\unc\\server\\a.exe", "", "\\\\server\\a.exe"},
+      {"only the beginning of its name", "\\??\\UNCLE\\a.exe", "", "UNCLE\\a.exe"},
       {"a volume", "\\Device\\HarddiskVolume1\\a.exe", "", "C:\\a.exe"},
       {"one whose number begins like it", "\\device\\harddiskvolume12\\a.exe", "", "D:\\a.exe"},
       {"a volume without drive", "\\Device\\HarddiskVolume3\\a.exe", "",
@@ -141,7 +149,7 @@ TEST(ProcessInspector, ShowsPathsAsProgramsKnowThem) {
        "\\Device\\HarddiskVolume\\a.exe"},
       {"none in the block", "", "\\Device\\HarddiskVolume1\\b.exe", "C:\\b.exe"},
       {"a mere name is searched for", "a.exe", "", "C:\\found\\a.exe"},
-      {"and kept if it is nowhere", "z.exe", "", "z.exe"},
+      {"and is no path if it is nowhere", "z.exe", "", nullptr},
   };
   for (const PathCase& c : cases) {
     SCOPED_TRACE(c.what);
@@ -149,7 +157,8 @@ TEST(ProcessInspector, ShowsPathsAsProgramsKnowThem) {
     stage.windows.searched["a.exe"] = "C:\\found\\a.exe";
     FakeWindowsProcess process{.pid = 600, .exeName = "x.exe", .imageFileName = c.imageFileName};
     PutBlock(process, BlockView::Wide, {c.inBlock, "", ""});
-    EXPECT_EQ(stage.Inspect(process).FilePath, c.expected);
+    EXPECT_EQ(stage.Inspect(process).FilePath,
+              c.expected ? std::optional<std::string>(c.expected) : std::nullopt);
   }
 }
 
@@ -171,7 +180,8 @@ TEST(ProcessInspector, TellsTheWidthAndRepairsThePath) {
       {"64 on 64", true, false, true, true, 64, ""},
       {"32 on 64", true, true, true, true, 32, ""},
       {"32 on 64, not to be read", true, true, false, true, 32, ""},
-      {"refused on 64", true, true, false, false, 64, ""},
+      {"64 on 64, not to be read", true, false, false, true, 64, ""},
+      {"refused on 64: not known", true, true, false, false, 0, ""},
   };
   for (const WidthCase& c : cases) {
     SCOPED_TRACE(c.what);
@@ -198,7 +208,8 @@ TEST(ProcessInspector, SearchesTheFolderOfTheProgramsWidth) {
     FakeWindowsProcess process{.pid = 600, .exeName = "a.exe"};
     PutBlock(process, isRedirected ? BlockView::NarrowFromWide : BlockView::Wide,
              {"a.exe", "", ""});
-    EXPECT_EQ(stage.Inspect(process).FilePath, isRedirected ? "a.exe" : "C:\\found\\a.exe");
+    EXPECT_EQ(stage.Inspect(process).FilePath,
+              isRedirected ? std::nullopt : std::optional<std::string>("C:\\found\\a.exe"));
     EXPECT_EQ(stage.windows.counts["SearchPath 64"], isRedirected ? 0u : 1u);
     EXPECT_EQ(stage.windows.counts["SearchPath"], 0u);
   }
