@@ -126,7 +126,7 @@ class CFileWriter {
 // such a link leads to, but not for links in the place of a directory on the way.
 enum class LastLink { Follow, Refuse };
 
-// What may stand where a file is written.
+// What may stand where a file is written. What is replaced loses its streams and auditing list.
 enum class Existing {
   Replace,  // a plain file: its attributes pass over to the new one; another hard link keeps what
             // it held. On Linux the owner, mode and access list pass over too, and Commit fails

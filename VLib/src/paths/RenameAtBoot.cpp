@@ -99,9 +99,11 @@ bool CanStandInIni(const std::string& path) {
                      [](char c) { return c >= ' ' && c <= '~' && c != '='; });
 }
 
-SystemError ReadIni(CFileSystem& files, const std::string& path, std::string& content) {
-  std::unique_ptr<CFileReader> reader;
+// The reader stays open until the new content is in place, so that the file keeps its identity.
+SystemError ReadIni(CFileSystem& files, const std::string& path,
+                    std::unique_ptr<CFileReader>& reader, FileInfo& info, std::string& content) {
   SystemError error = files.OpenFile(path, LastLink::Refuse, reader);
+  if (error == kErrorSuccess) error = reader->Info(info);
   size_t before = 0;
   while (error == kErrorSuccess) {
     before = content.size();
@@ -125,7 +127,9 @@ SystemError RenameOn9x(CMachine& machine, CFileSystem& files, const std::string&
 
   const std::string iniPath = Join(*folder, "WININIT.INI");
   std::string content;
-  error = ReadIni(files, iniPath, content);
+  std::unique_ptr<CFileReader> reader;
+  FileInfo info;
+  error = ReadIni(files, iniPath, reader, info, content);
   const bool isNew = error == kErrorFileNotFound;
   if (error == kErrorSuccess || isNew) error = AddRenameLine(content, target + "=" + source);
   std::unique_ptr<CFileWriter> writer;
@@ -133,6 +137,7 @@ SystemError RenameOn9x(CMachine& machine, CFileSystem& files, const std::string&
     error =
         files.BeginWrite(iniPath, LastLink::Refuse, isNew ? Existing::Refuse : Existing::Replace,
                          NewRights::Usual, writer);
+  if (error == kErrorSuccess && !isNew) writer->ExpectUnchanged(info);
   if (error == kErrorSuccess) error = writer->Write(content);
   return error == kErrorSuccess ? writer->Commit() : error;
 }

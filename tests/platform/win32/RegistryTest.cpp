@@ -1,10 +1,12 @@
 // The system's own registry, below a key of the test's own.
 #include <gtest/gtest.h>
 
+#include <array>
 #include <set>
 
 #include "platform/machine/Registry.h"
 #include "platform/os/Clock.h"
+#include "platform/win32/base/Optional.h"
 #include "platform/win32/base/UniqueHandle.h"
 #include "platform/win32/base/Wide.h"
 #include "platform/win32/machine/Facilities.h"
@@ -154,24 +156,65 @@ TEST_F(WindowsRegistry, TheTwoViewsAreTwoKeys) {
   EXPECT_EQ(machine->DeleteSubKey(path, kKeyWow64Key64), kErrorSuccess);
 }
 
+// The path by which the kernel knows a key, which is what a link holds. Source: the page of
+// ZwQueryKey, KEY_NAME_INFORMATION.
+std::wstring KernelPath(HKEY key) {
+  constexpr int kKeyNameInformation = 3;
+  const auto pQueryKey =
+      Optional<LONG WINAPI(HANDLE, int, void*, ULONG, ULONG*)>(L"ntdll.dll", "NtQueryKey");
+  std::array<ULONG, 1024> buffer{};
+  ULONG size = 0;
+  if (!pQueryKey || pQueryKey(key, kKeyNameInformation, buffer.data(), sizeof buffer, &size) != 0)
+    return {};
+  return {reinterpret_cast<const wchar_t*>(&buffer[1]), buffer[0] / sizeof(wchar_t)};
+}
+
+// A link that goes with the test, however that ends: what deletes a tree might follow it.
+class CTestLink {
+ public:
+  explicit CTestLink(HKEY link) : m_link(link) {}
+  ~CTestLink() {
+    const auto pDeleteKey = Optional<LONG WINAPI(HANDLE)>(L"ntdll.dll", "NtDeleteKey");
+    if (pDeleteKey) pDeleteKey(m_link.get());
+  }
+
+ private:
+  CUniqueKey m_link;
+};
+
+TEST_F(WindowsRegistry, NothingIsNoPathToDeleteOrToCloseBy) {
+  std::unique_ptr<CRegistryKey> other;
+  for (const char* pPath : {"", "\\", "\\\\"}) {
+    EXPECT_EQ(key->DeleteSubKey(pPath, 0), kErrorInvalidParameter) << pPath;
+    EXPECT_EQ(root->OpenSubKey(pPath, kKeyQueryValue, other), kErrorInvalidParameter) << pPath;
+    EXPECT_EQ(root->CreateSubKey(pPath, kKeyQueryValue, other), kErrorInvalidParameter) << pPath;
+  }
+  EXPECT_EQ(key->OpenSubKey("", kKeyQueryValue, other), kErrorSuccess);
+  EXPECT_EQ(root->OpenSubKey(path, kKeyQueryValue, other), kErrorSuccess);
+}
+
 TEST_F(WindowsRegistry, ALinkIsOpenedAndDeletedItself) {
   std::unique_ptr<CRegistryKey> found, target;
-  HKEY link = nullptr;
+  ASSERT_EQ(key->CreateSubKey("Target\\Below", kAll, target), kErrorSuccess);
+  HKEY opened = nullptr, link = nullptr;
+  ASSERT_EQ(RegOpenKeyExW(HKEY_CURRENT_USER, Wide(path + "\\Target").c_str(), 0, KEY_QUERY_VALUE,
+                          &opened),
+            0);
+  const CUniqueKey targetOwner(opened);
+  // Windows follows no link that leads from a user's keys to the machine's.
+  const std::wstring leads = KernelPath(opened);
+  ASSERT_FALSE(leads.empty());
   ASSERT_EQ(RegCreateKeyExW(HKEY_CURRENT_USER, Wide(path + "\\Link").c_str(), 0, nullptr,
                             REG_OPTION_CREATE_LINK | REG_OPTION_VOLATILE,
-                            KEY_SET_VALUE | KEY_CREATE_LINK, nullptr, &link, nullptr),
+                            KEY_SET_VALUE | KEY_CREATE_LINK | DELETE, nullptr, &link, nullptr),
             0);
-  {
-    const CUniqueKey owner(link);
-    // A path of the kernel's.
-    const std::wstring leads = L"\\Registry\\Machine\\Software";
-    ASSERT_EQ(RegSetValueExW(link, L"SymbolicLinkValue", 0, REG_LINK,
-                             reinterpret_cast<const BYTE*>(leads.data()),
-                             static_cast<DWORD>(leads.size() * sizeof(wchar_t))),
-              0);
-  }
+  const CTestLink owner(link);
+  ASSERT_EQ(RegSetValueExW(link, L"SymbolicLinkValue", 0, REG_LINK,
+                           reinterpret_cast<const BYTE*>(leads.data()),
+                           static_cast<DWORD>(leads.size() * sizeof(wchar_t))),
+            0);
   ASSERT_EQ(key->OpenSubKey("Link", kAll, found), kErrorSuccess);
-  EXPECT_FALSE(SubKeys(*found).empty());
+  EXPECT_EQ(SubKeys(*found), std::set<std::string>{"Below"});
   ASSERT_EQ(key->OpenLinkItself("Link", kKeyQueryValue | kKeyEnumerateSubKeys, found),
             kErrorSuccess);
   EXPECT_EQ(SubKeys(*found), std::set<std::string>{});
@@ -180,9 +223,8 @@ TEST_F(WindowsRegistry, ALinkIsOpenedAndDeletedItself) {
   EXPECT_EQ(found->QueryValue("SymbolicLinkValue", type, data), kErrorSuccess);
   EXPECT_EQ(type, kRegLink);
   EXPECT_EQ(key->DeleteSubKey("Link", 0), kErrorSuccess);
-  EXPECT_EQ(SubKeys(*key), std::set<std::string>{});
-  ASSERT_EQ(registry->OpenRoot(RegistryRoot::LocalMachine, found), kErrorSuccess);
-  EXPECT_EQ(found->OpenSubKey("Software", kKeyQueryValue, target), kErrorSuccess);
+  EXPECT_EQ(SubKeys(*key), std::set<std::string>{"Target"});
+  EXPECT_EQ(key->OpenSubKey("Target\\Below", kKeyQueryValue, found), kErrorSuccess);
 }
 
 }  // namespace

@@ -9,7 +9,8 @@
 namespace kestra {
 
 // Gives everybody full access to a file or a directory, and to what will be in it, and takes away
-// every other entry of its list.
+// every other entry of its list that is its own. kErrorAccessDenied for a link, and for a file that
+// has a second name.
 SystemError GrantEveryoneAccess(const std::string& path);
 
 // Gives the file "to" the access list of "from". Both are open, with READ_CONTROL and WRITE_DAC.

@@ -60,6 +60,14 @@ bool IsDirectoryLink(const NativePath& path) {
          (info.attributes & kFileAttributeDirectory) != 0;
 }
 
+SystemError CheckIsDirectory(NativePath path) {
+  path.isDirectoryOnly = false;  // or a file would count as one that is not there
+  FileInfo info;
+  const SystemError error = ReadFileInfo(path, info);
+  if (error != kErrorSuccess) return error;
+  return (info.attributes & kFileAttributeDirectory) != 0 ? kErrorSuccess : kErrorDirectory;
+}
+
 // Whether a file was written to since: what was copied is then neither the old nor the new.
 bool HasChanged(HANDLE file, const FileInfo& before) {
   FileInfo now;
@@ -71,7 +79,7 @@ bool HasChanged(HANDLE file, const FileInfo& before) {
 
 SystemError RemoveWindowsFile(const std::string& path) {
   NativePath native;
-  if (const SystemError error = ReadNativePath(path, native)) return error;
+  if (const SystemError error = ReadPathToChange(path, native)) return error;
   const CQuietErrors quiet;
   if (!native.isDirectoryOnly && DeleteFileW(native.text.c_str())) return kErrorSuccess;
   const SystemError error = native.isDirectoryOnly ? kErrorAccessDenied : LastError();
@@ -82,7 +90,7 @@ SystemError RemoveWindowsFile(const std::string& path) {
 SystemError RemoveWindowsDirectory(const std::string& path) {
   NativePath native;
   FileInfo info;
-  SystemError error = ReadNativePath(path, native);
+  SystemError error = ReadPathToChange(path, native);
   if (error == kErrorSuccess) error = ReadFileInfo(native, info);
   if (error != kErrorSuccess) return error;
   if (info.kind != FileKind::Directory) return kErrorDirectory;
@@ -91,8 +99,10 @@ SystemError RemoveWindowsDirectory(const std::string& path) {
 
 SystemError RenameWindowsPath(const std::string& from, const std::string& to) {
   NativePath source, target;
-  SystemError error = ReadNativePath(from, source);
-  if (error == kErrorSuccess) error = ReadNativePath(to, target);
+  SystemError error = ReadPathToChange(from, source);
+  if (error == kErrorSuccess) error = ReadPathToChange(to, target);
+  if (error == kErrorSuccess && (source.isDirectoryOnly || target.isDirectoryOnly))
+    error = CheckIsDirectory(source);
   if (error != kErrorSuccess) return error;
   const CQuietErrors quiet;
   return MoveFileExW(source.text.c_str(), target.text.c_str(), MOVEFILE_WRITE_THROUGH)
@@ -105,8 +115,8 @@ SystemError CopyWindowsFile(const std::string& from, const std::string& to,
   NativePath source, target;
   CUniqueHandle held;
   FileInfo before;
-  SystemError error = ReadNativePath(from, source);
-  if (error == kErrorSuccess) error = ReadNativePath(to, target);
+  SystemError error = ReadPathToChange(from, source);
+  if (error == kErrorSuccess) error = ReadPathToChange(to, target);
   if (error == kErrorSuccess) error = OpenPlainFile(source, LastLink::Follow, held);
   if (error == kErrorSuccess) error = ReadFileInfo(held.get(), before);
   if (error == kErrorSuccess) error = CheckNameIsFree(target);
@@ -126,7 +136,7 @@ SystemError SetWindowsAttributes(const std::string& path, uint32_t attributes) {
   NativePath native;
   CUniqueHandle file;
   FILE_BASIC_INFO now{};
-  SystemError error = ReadNativePath(path, native);
+  SystemError error = ReadPathToChange(path, native);
   if (error == kErrorSuccess) error = OpenExisting(native, kAccess, kShareAll, kItself, file);
   if (error != kErrorSuccess) return error;
   if (!GetFileInformationByHandleEx(file.get(), FileBasicInfo, &now, sizeof now))
@@ -136,8 +146,8 @@ SystemError SetWindowsAttributes(const std::string& path, uint32_t attributes) {
 
 SystemError MoveWindowsPathAtBoot(const std::string& from, const std::string& to) {
   NativePath source, target;
-  SystemError error = ReadNativePath(from, source);
-  if (error == kErrorSuccess && !to.empty()) error = ReadNativePath(to, target);
+  SystemError error = ReadPathToChange(from, source);
+  if (error == kErrorSuccess && !to.empty()) error = ReadPathToChange(to, target);
   if (error != kErrorSuccess) return error;
   return MoveFileExW(source.text.c_str(), to.empty() ? nullptr : target.text.c_str(),
                      MOVEFILE_REPLACE_EXISTING | MOVEFILE_DELAY_UNTIL_REBOOT)

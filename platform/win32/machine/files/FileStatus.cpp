@@ -1,5 +1,7 @@
 #include "platform/win32/machine/files/FileStatus.h"
 
+#include <winioctl.h>
+
 #include <algorithm>
 #include <array>
 #include <iterator>
@@ -142,6 +144,12 @@ SystemError ReadFileInfo(const NativePath& path, FileInfo& info) {
     }
   }
   return kErrorSuccess;
+}
+
+void Compress(HANDLE file) {
+  USHORT format = COMPRESSION_FORMAT_DEFAULT;
+  DWORD count = 0;
+  DeviceIoControl(file, FSCTL_SET_COMPRESSION, &format, sizeof format, nullptr, 0, &count, nullptr);
 }
 
 }  // namespace kestra

@@ -34,6 +34,10 @@ SystemError ReadFileInfo(HANDLE handle, FileInfo& info);
 // such as its page file: then without the identity.
 SystemError ReadFileInfo(const NativePath& path, FileInfo& info);
 
+// Has a file that was just made, open for reading and writing, compressed by the file system, where
+// that can do it. The content is the same without it: a failure is no reason to write nothing.
+void Compress(HANDLE file);
+
 FileInfo InfoOf(const WIN32_FIND_DATAW& entry);
 FileInfo InfoOf(const FILE_ID_BOTH_DIR_INFO& entry, uint64_t volume);
 

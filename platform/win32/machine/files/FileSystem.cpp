@@ -1,6 +1,8 @@
 #include "platform/machine/FileSystem.h"
 
+#include <algorithm>
 #include <memory>
+#include <string_view>
 
 #include "platform/win32/base/Wide.h"
 #include "platform/win32/machine/Facilities.h"
@@ -14,6 +16,22 @@
 
 namespace kestra {
 namespace {
+
+// Whether every part of what stands behind a path's root is an 8.3 name. A volume that makes none
+// gives the path back as it is, with success.
+bool IsShort(std::wstring_view path) {
+  while (!path.empty()) {
+    const size_t end = std::min(path.find(L'\\'), path.size());
+    const std::wstring part(path.substr(0, end));
+    BOOL isLegal = FALSE, hasBlanks = FALSE;
+    if (!part.empty() &&
+        (!CheckNameLegalDOS8Dot3W(part.c_str(), nullptr, 0, &hasBlanks, &isLegal) || !isLegal ||
+         hasBlanks))
+      return false;
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return true;
+}
 
 class CWindowsFileSystem final : public CFileSystem {
  public:
@@ -34,6 +52,8 @@ class CWindowsFileSystem final : public CFileSystem {
       return GetShortPathNameW(native.text.c_str(), buffer, size);
     });
     if (text.empty()) return LastError();
+    if (text == native.text && !IsShort(std::wstring_view(text).substr(native.rootLength)))
+      return kErrorNotSupported;
     shortPath = PlainPath(text);
     return kErrorSuccess;
   }
@@ -49,7 +69,7 @@ class CWindowsFileSystem final : public CFileSystem {
   SystemError RemoveFile(const std::string& path) override { return RemoveWindowsFile(path); }
   SystemError MakeDirectory(const std::string& path, NewRights) override {
     NativePath native;
-    if (const SystemError error = ReadNativePath(path, native)) return error;
+    if (const SystemError error = ReadPathToChange(path, native)) return error;
     const CQuietErrors quiet;
     if (native.isRoot) return kErrorAlreadyExists;
     return CreateDirectoryW(native.text.c_str(), nullptr) ? kErrorSuccess : LastError();

@@ -41,6 +41,8 @@ class CWindowsFileWriter final : public CFileWriter {
     if (error == kErrorSuccess)
       error = m_file.Open(isEncrypted ? FILE_ATTRIBUTE_ENCRYPTED : FILE_ATTRIBUTE_NORMAL);
     if (error == kErrorSuccess) error = CopyAccessList(replaced.get(), m_file.File());
+    if (error == kErrorSuccess && (info.attributes & FILE_ATTRIBUTE_COMPRESSED))
+      Compress(m_file.File());
     m_replaces = true;
     return error;
   }
@@ -132,7 +134,7 @@ SystemError CheckNameIsFree(const NativePath& path) {
 SystemError BeginWindowsWrite(const std::string& path, LastLink lastLink, Existing existing,
                               std::unique_ptr<CFileWriter>& writer) {
   NativePath native;
-  if (const SystemError error = ReadNativePath(path, native)) return error;
+  if (const SystemError error = ReadPathToChange(path, native)) return error;
   if (native.isDirectoryOnly || native.isRoot) return kErrorAccessDenied;
   FileInfo found;
   SystemError error = ReadFileInfo(native, found);

@@ -10,7 +10,8 @@
 namespace kestra {
 
 // A file that takes another one's place has its attributes, its access list and the time of its
-// creation, and is encrypted if that one is. It has none of its further streams.
+// creation, and is compressed or encrypted if that one is. Its further streams, its integrity label
+// and its list for auditing do not pass over, and the new file's owner is the caller.
 SystemError BeginWindowsWrite(const std::string& path, LastLink lastLink, Existing existing,
                               std::unique_ptr<CFileWriter>& writer);
 

@@ -36,6 +36,17 @@ std::wstring WithoutPrefix(std::wstring text) {
   return text;
 }
 
+// A part that the system makes another one of when it makes a path whole.
+bool HasPartToStrip(std::string_view path) {
+  while (!path.empty()) {
+    const size_t end = std::min(path.find_first_of("\\/"), path.size());
+    const std::string_view part = path.substr(0, end);
+    if (part != "." && part != ".." && (part.ends_with('.') || part.ends_with(' '))) return true;
+    path.remove_prefix(std::min(end + 1, path.size()));
+  }
+  return false;
+}
+
 // Behind the server and the share of "\\server\share\x". 0 for what has no such root.
 size_t ShareRoot(std::wstring_view text, SystemError& error) {
   const size_t behindServer = text.find(L'\\', 2);
@@ -73,6 +84,7 @@ SystemError ReadNativePath(const std::string& path, NativePath& native) {
   if (path.find('\0') != std::string::npos) return kErrorInvalidName;
   // UTF-8 has up to three bytes for what is one character here.
   if (path.size() > 3 * kMostCharacters) return kErrorFilenameExceedsRange;
+  if (path.starts_with("\\\\?\\") && HasPartToStrip(path)) return kErrorInvalidName;
   const std::wstring given = WithoutPrefix(Wide(path));
   std::wstring whole = FetchText([&](wchar_t* buffer, DWORD size) {
     return GetFullPathNameW(given.c_str(), size, buffer, nullptr);
@@ -91,13 +103,19 @@ SystemError ReadNativePath(const std::string& path, NativePath& native) {
   }
   native.isRoot = whole.size() <= root + 1;
   if (native.isRoot && !whole.ends_with(L'\\')) whole += L'\\';
+  const size_t behindRoot = whole.size() - root;
   if (StartsWith(whole, kPrefix))
     native.text = std::move(whole);
   else if (StartsWith(whole, L"\\\\"))
     native.text.assign(kSharePrefix).append(whole, 2);
   else
     native.text.assign(kPrefix).append(whole);
+  native.rootLength = native.text.size() - behindRoot;
   return kErrorSuccess;
+}
+
+SystemError ReadPathToChange(const std::string& path, NativePath& native) {
+  return HasPartToStrip(path) ? kErrorInvalidName : ReadNativePath(path, native);
 }
 
 std::string PlainPath(std::wstring_view native) {

@@ -13,6 +13,7 @@ namespace kestra {
 // act. Source: the Win32 page "Naming Files, Paths, and Namespaces".
 struct NativePath {
   std::wstring text;             // without a separator at the end, but for a root
+  size_t rootLength = 0;         // characters up to the separator behind the drive or the share
   bool isRoot = false;           // "\\?\C:\"
   bool isDirectoryOnly = false;  // there was a separator at the end
 
@@ -22,7 +23,14 @@ struct NativePath {
 
 // kErrorPathNotFound for an empty path, kErrorInvalidName for one with a NUL or with the name of a
 // stream, kErrorAccessDenied for that of a device ("C:\x\NUL", "\\.\COM1") or of a pipe.
+// The dots and blanks at the end of a part are left out, as for every program, except in a path
+// that came with "\\?\" already: there they mean another file, and it is kErrorInvalidName.
 SystemError ReadNativePath(const std::string& path, NativePath& native);
+
+// The same for what is to be changed, with kErrorInvalidName for every part that ends in a dot or a
+// blank: a directory can list "a." besides "a", and to make the one whole would be to change the
+// other.
+SystemError ReadPathToChange(const std::string& path, NativePath& native);
 
 // The other way round: without what stands before a native path.
 std::string PlainPath(std::wstring_view native);

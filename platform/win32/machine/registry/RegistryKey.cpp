@@ -54,14 +54,6 @@ SystemError FetchData(HKEY key, const wchar_t* name, uint32_t& type, std::string
   return kErrorMoreData;
 }
 
-// What is told of a key opened as the link that it may be.
-bool IsLink(HKEY key) {
-  DWORD type = 0;
-  return RegQueryValueExW(key, L"SymbolicLinkValue", nullptr, &type, nullptr, nullptr) ==
-             ERROR_SUCCESS &&
-         type == REG_LINK;
-}
-
 // Deletes what is open, where RegDeleteKeyEx might take the key that a link leads to. Source: the
 // page of ZwDeleteKey; its statuses are told apart by RtlNtStatusToDosError.
 SystemError DeleteOpenKey(HKEY key) {
@@ -70,6 +62,10 @@ SystemError DeleteOpenKey(HKEY key) {
   if (!pDeleteKey || !pErrorOf) return kErrorCallNotImplemented;
   const LONG status = pDeleteKey(key);
   return status == 0 ? kErrorSuccess : pErrorOf(status);
+}
+
+bool IsNoPath(const std::wstring& path) {
+  return path.find_first_not_of(L'\\') == std::wstring::npos;
 }
 
 SystemError DeletePlainKey(HKEY key, const std::wstring& path, DWORD view) {
@@ -101,6 +97,7 @@ class CWindowsKey final : public CRegistryKey {
                            std::unique_ptr<CRegistryKey>& key) override {
     std::wstring name;
     if (const SystemError error = WideName(path, name)) return error;
+    if (m_isPredefined && IsNoPath(name)) return kErrorInvalidParameter;
     HKEY made = nullptr;
     const LONG error = RegCreateKeyExW(m_key.get(), name.c_str(), 0, nullptr,
                                        REG_OPTION_NON_VOLATILE, access, nullptr, &made, nullptr);
@@ -110,13 +107,15 @@ class CWindowsKey final : public CRegistryKey {
   SystemError DeleteSubKey(const std::string& path, uint32_t access) override {
     std::wstring name;
     if (const SystemError error = WideName(path, name)) return error;
+    if (IsNoPath(name)) return kErrorInvalidParameter;  // would be this key itself
     const DWORD view = access & kViews;
     HKEY opened = nullptr;
-    const LONG error = RegOpenKeyExW(m_key.get(), name.c_str(), REG_OPTION_OPEN_LINK,
-                                     KEY_QUERY_VALUE | DELETE | view, &opened);
-    const CUniqueKey itself(error == ERROR_SUCCESS ? opened : nullptr);
-    if (itself && IsLink(itself.get())) return DeleteOpenKey(itself.get());
-    return DeletePlainKey(m_key.get(), name, view);
+    const LONG error =
+        RegOpenKeyExW(m_key.get(), name.c_str(), REG_OPTION_OPEN_LINK, DELETE | view, &opened);
+    if (error != ERROR_SUCCESS) return static_cast<SystemError>(error);
+    const CUniqueKey itself(opened);
+    const SystemError deleted = DeleteOpenKey(itself.get());
+    return deleted == kErrorCallNotImplemented ? DeletePlainKey(m_key.get(), name, view) : deleted;
   }
   SystemError QueryInfo(RegistryKeyInfo& info) override {
     DWORD subKeys = 0, values = 0;
@@ -173,6 +172,8 @@ class CWindowsKey final : public CRegistryKey {
                    std::unique_ptr<CRegistryKey>& key) {
     std::wstring name;
     if (const SystemError error = WideName(path, name)) return error;
+    // The system would give the predefined key itself, and closing that closes it for everybody.
+    if (m_isPredefined && IsNoPath(name)) return kErrorInvalidParameter;
     HKEY opened = nullptr;
     const LONG error = RegOpenKeyExW(m_key.get(), name.c_str(), options, access, &opened);
     if (error == ERROR_SUCCESS) key = std::make_unique<CWindowsKey>(CUniqueKey(opened));

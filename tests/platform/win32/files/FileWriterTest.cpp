@@ -97,7 +97,7 @@ TEST_F(WindowsFileWriter, TheOldOneStaysUntilTheCommit) {
 }
 
 // Whether anybody has it open or not.
-TEST_F(WindowsFileWriter, AttributesAndTheTimeOfCreationPassOver) {
+TEST_F(WindowsFileWriter, AttributesPassOver) {
   for (const bool isOpen : {false, true}) {
     SCOPED_TRACE(isOpen);
     const std::string path = directory.Write("file", "old");

@@ -22,6 +22,8 @@ TEST(NativePath, MakesPathsWholeAndKeepsDevicesOut) {
       {"C:\\..\\..", 0, "/\\\\?\\C:\\"},
       {"C:\\a. .", 0, "\\\\?\\C:\\a"},
       {"\\\\?\\C:\\a\\..\\b", 0, "\\\\?\\C:\\b"},
+      {"\\\\?\\C:\\a.", kErrorInvalidName, ""},
+      {"\\\\?\\C:\\a \\b", kErrorInvalidName, ""},
       {"\\\\srv\\share\\a\\b", 0, "\\\\?\\UNC\\srv\\share\\a\\b"},
       {"\\\\srv\\share", 0, "/\\\\?\\UNC\\srv\\share\\"},
       {"\\\\srv\\share\\", 0, "/\\\\?\\UNC\\srv\\share\\"},
@@ -55,6 +57,41 @@ TEST(NativePath, MakesPathsWholeAndKeepsDevicesOut) {
     if (c.error != 0) continue;
     const std::string mark = native.isRoot ? "/" : native.isDirectoryOnly ? "!" : "";
     EXPECT_EQ(mark + Narrow(native.text), c.native) << c.path;
+  }
+}
+
+TEST(NativePath, WhatIsToBeChangedEndsInNoDotOrBlank) {
+  const std::pair<const char*, SystemError> cases[] = {
+      {"C:\\a", 0},
+      {"C:\\.a\\ b\\c.d e", 0},
+      {"C:\\a\\.\\b\\..\\c", 0},
+      {"C:\\a\\", 0},
+      {"C:\\a. .", kErrorInvalidName},
+      {"C:\\a.", kErrorInvalidName},
+      {"C:\\a ", kErrorInvalidName},
+      {"C:\\a.\\", kErrorInvalidName},
+      {"C:/a /b", kErrorInvalidName},
+      {"C:\\...", kErrorInvalidName},
+      {"C:\\ \\b", kErrorInvalidName},
+      {"", kErrorPathNotFound},
+  };
+  for (const auto& [path, error] : cases) {
+    NativePath native;
+    EXPECT_EQ(ReadPathToChange(path, native), error) << path;
+  }
+}
+
+TEST(NativePath, KnowsWhereTheRootEnds) {
+  const std::pair<const char*, const wchar_t*> cases[] = {
+      {"C:\\a\\b", L"\\a\\b"},
+      {"C:\\", L"\\"},
+      {"\\\\srv\\share\\a", L"\\a"},
+      {"\\\\?\\Volume{0-1}\\x", L"\\x"},
+  };
+  for (const auto& [path, rest] : cases) {
+    NativePath native;
+    ASSERT_EQ(ReadNativePath(path, native), kErrorSuccess) << path;
+    EXPECT_EQ(native.text.substr(native.rootLength), rest) << path;
   }
 }
 
