@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <atomic>
 #include <thread>
 #include <vector>
 
@@ -74,7 +75,7 @@ TEST(WaitAny, FailsForWhatCannotBeWaitedFor) {
 }
 
 constexpr UINT kMessage = WM_APP + 1;
-int s_received = 0;
+std::atomic<int> s_received = 0;
 
 LRESULT CALLBACK Count(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == kMessage) ++s_received;
@@ -109,7 +110,8 @@ TEST(WaitAnyDispatching, LetsWindowsGoOn) {
   PostMessageW(window.window, kMessage, 0, 0);  // there before the wait
   std::thread other([&] {
     for (int i = 0; i < 250; ++i) PostMessageW(window.window, kMessage, 0, 0);
-    SendMessageW(window.window, kMessage, 0, 0);  // returns when it was handled
+    SendMessageW(window.window, kMessage, 0, 0);  // overtakes what is posted
+    for (int i = 0; i < 10'000 && s_received < 252; ++i) Sleep(1);
     end.Set();
   });
   EXPECT_EQ(WaitAnyDispatching({nullptr, &end}, 20'000), 1);
