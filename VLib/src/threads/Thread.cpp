@@ -3,7 +3,6 @@
 #include <exception>
 
 #include "VLib/src/log/Log.h"
-#include "platform/os/ThreadLocal.h"
 
 namespace kestra {
 namespace {
@@ -15,10 +14,8 @@ struct RunningThread {
   const CVThread* pObject = nullptr;
   Ref<os::CEvent> stopEvent;
 };
-RunningThread& Running() {
-  static os::CThreadLocal<RunningThread> threads;
-  return threads.Get();
-}
+// On the stack of the thread; null on threads of others.
+thread_local const RunningThread* t_pRunning = nullptr;
 
 bool HasEnded(const os::CThreadHandle& thread, uint32_t timeOutMs) {
   return os::WaitAny({&thread}, timeOutMs) == 0;
@@ -38,7 +35,8 @@ bool CVThread::Start(size_t stackBytes) {
   auto stopEvent = MakeRef<os::CEvent>();
   if (!stopEvent->IsValid()) return false;
   const auto body = [self = Ref<CVThread>(this), stopEvent] {
-    Running() = {self.get(), stopEvent};
+    const RunningThread running{self.get(), stopEvent};
+    t_pRunning = &running;
     try {
       self->Run();
     } catch (const std::exception& error) {
@@ -46,7 +44,7 @@ bool CVThread::Start(size_t stackBytes) {
     } catch (...) {
       g_Log.Error("CVThread - unknown exception in a thread");
     }
-    Running() = {};
+    t_pRunning = nullptr;
   };
   m_pThread = os::StartThread(body, stackBytes);
   if (!m_pThread) return false;
@@ -86,7 +84,7 @@ uint32_t CVThread::ThreadId() const {
 }
 
 Ref<os::CEvent> CVThread::StopEvent() const {
-  if (Running().pObject == this) return Running().stopEvent;
+  if (t_pRunning && t_pRunning->pObject == this) return t_pRunning->stopEvent;
   std::lock_guard guard(m_lock);
   return m_pStopEvent;
 }
