@@ -1,7 +1,6 @@
 #include "platform/image/registry/VolumeRegistry.h"
 
-#include <mutex>
-
+#include "platform/base/Once.h"
 #include "platform/image/registry/KeyResolver.h"
 #include "platform/image/registry/VolumeKey.h"
 #include "platform/image/registry/layout/UserChoice.h"
@@ -34,15 +33,15 @@ class CLayoutRegistry final : public CVolumeRegistry {
   SystemError ClassesNode(VolumeNode& node);
   SystemError ConfigNode(VolumeNode& node);
   SystemError Choose();
-  void Tell(std::once_flag& once, const std::string& sentence) const;
+  void Tell(COnce& once, const std::string& sentence) const;
 
   const std::shared_ptr<Source> m_source;
   const std::shared_ptr<CVolumeLayout> m_layout;  // lives as long as m_source
   CLoadOnce m_choice;
   VolumeUser m_user;  // written under m_choice, like the next
   std::string m_choiceReason;
-  std::once_flag m_choiceTold;
-  std::once_flag m_classesTold;
+  COnce m_choiceTold;
+  COnce m_classesTold;
 };
 
 SystemError CLayoutRegistry::Users(std::vector<VolumeUser>& users) {
@@ -162,8 +161,8 @@ SystemError CLayoutRegistry::ConfigNode(VolumeNode& node) {
   return find("Hardware Profiles\\" + std::to_string(10000 + number % 10000).substr(1), node);
 }
 
-void CLayoutRegistry::Tell(std::once_flag& once, const std::string& sentence) const {
-  std::call_once(once, [&] {
+void CLayoutRegistry::Tell(COnce& once, const std::string& sentence) const {
+  once.Do([&] {
     if (m_source->options.notice) m_source->options.notice(sentence);
   });
 }

@@ -7,7 +7,8 @@
 namespace kestra::os {
 
 CApartmentScope::CApartmentScope()
-    : m_isReady(SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED))) {}
+    : m_isReady(
+          SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE))) {}
 
 CApartmentScope::~CApartmentScope() {
   if (m_isReady) CoUninitialize();

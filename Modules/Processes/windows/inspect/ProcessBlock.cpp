@@ -114,13 +114,14 @@ void ReadTexts(const CBlockAccess& access, bool wantCommandLine, ProcessBlock& b
   ReadText(access, parameters, layout.windowTitle, block.windowTitle);
 }
 
-}  // namespace
-
-// A system that cannot be asked is older than any process of the other width.
+// Whether it is a process of 32 bits on a system of 64. A system that cannot be asked is older than
+// any process of the other width.
 bool IsNarrowProcess(CProcessHandle& process, const BlockReader& reader) {
   bool isRedirected = false;
   return reader.isWideSystem && process.IsRedirected(isRedirected) == kErrorSuccess && isRedirected;
 }
+
+}  // namespace
 
 ProcessBlock ReadProcessBlock(CProcessHandle& process, const BlockReader& reader,
                               bool wantCommandLine) {

@@ -33,7 +33,4 @@ struct ProcessBlock {
 ProcessBlock ReadProcessBlock(CProcessHandle& process, const BlockReader& reader,
                               bool wantCommandLine);
 
-// Whether it is a process of 32 bits on a system of 64; nothing where the system cannot tell.
-bool IsNarrowProcess(CProcessHandle& process, const BlockReader& reader);
-
 }  // namespace kestra

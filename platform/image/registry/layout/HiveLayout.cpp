@@ -1,7 +1,7 @@
 #include <array>
-#include <mutex>
 #include <unordered_map>
 
+#include "platform/base/Once.h"
 #include "platform/base/text/Characters.h"
 #include "platform/image/registry/layout/HiveProfiles.h"
 #include "platform/image/registry/layout/VolumeLayout.h"
@@ -88,7 +88,7 @@ class CHiveLayout final : public CVolumeLayout {
   CLoadOnce m_profileLoad;
   std::vector<HiveProfile> m_profiles;                      // written under m_profileLoad, like
   std::unordered_map<std::string, size_t> m_profilePlaces;  // this one: by folded SID
-  std::once_flag m_controlSetTold;
+  COnce m_controlSetTold;
 };
 
 // Links on the way are of no account for the few keys that are read here.
@@ -272,7 +272,7 @@ SystemError CHiveLayout::ControlSet(const VolumeNode& system, VolumeNode& child)
     error = FindChild(system, "ControlSet" + digits, child);
   }
   if (error != kErrorSuccess && error != kErrorCancelled) {
-    std::call_once(m_controlSetTold, [this] {
+    m_controlSetTold.Do([this] {
       if (m_notice) {
         m_notice(m_system.Name() +
                  " does not tell its current control set: there is no "

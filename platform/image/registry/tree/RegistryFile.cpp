@@ -44,7 +44,7 @@ SystemError CRegistryFile::Open(std::unique_ptr<CFileReader>& reader) {
 }
 
 bool CRegistryFile::IsThere() {
-  std::call_once(m_existence, [this] {
+  m_existence.Do([this] {
     std::unique_ptr<CFileReader> reader;
     m_isThere = Open(reader) != kErrorFileNotFound;
   });

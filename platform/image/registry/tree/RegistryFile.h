@@ -3,10 +3,10 @@
 
 #include <atomic>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <string_view>
 
+#include "platform/base/Once.h"
 #include "platform/image/registry/VolumeRegistry.h"
 #include "platform/image/registry/tree/ListingCache.h"
 #include "platform/image/registry/tree/LoadBudget.h"
@@ -68,7 +68,7 @@ class CRegistryFile {
   const OpenRegistryFile& m_open;
   const Notice& m_notice;
   CLoadBudget& m_budget;
-  std::once_flag m_existence;
+  COnce m_existence;
   bool m_isThere = false;  // written under m_existence
   CLoadOnce m_load;
   std::shared_ptr<CKeyTree> m_tree;  // written under m_load, like the next three

@@ -3,6 +3,7 @@
 #include <objbase.h>
 #include <shellapi.h>
 
+#include "platform/os/Apartment.h"
 #include "platform/win32/base/Wide.h"
 #include "platform/win32/os/NativeHandle.h"
 
@@ -30,23 +31,6 @@ class CWinChild final : public CChildProcess {
  private:
   CUniqueHandle m_process;
   uint32_t m_id;
-};
-
-// What the shell's extensions need. A thread that has chosen another model goes on with that.
-class CApartment {
- public:
-  CApartment()
-      : m_isEntered(
-            SUCCEEDED(CoInitializeEx(nullptr, COINIT_APARTMENTTHREADED | COINIT_DISABLE_OLE1DDE))) {
-  }
-  ~CApartment() {
-    if (m_isEntered) CoUninitialize();
-  }
-  CApartment(const CApartment&) = delete;
-  CApartment& operator=(const CApartment&) = delete;
-
- private:
-  bool m_isEntered;
 };
 
 // Without the bits that promise a field which is not filled here: the shell would follow it.
@@ -116,7 +100,8 @@ SystemError OpenByShell(const std::string& file, const std::string& arguments,
   if (file.empty() ||
       !WideNames({{file, wideFile}, {arguments, wideArguments}, {directory, folder}}))
     return kErrorBadArguments;
-  const CApartment apartment;
+  // The shell's extensions need it. A thread that has chosen another model goes on with that.
+  const CApartmentScope apartment;
   SHELLEXECUTEINFOW execution{};
   execution.cbSize = sizeof execution;
   execution.fMask = UsableMask(shellMask);
