@@ -44,8 +44,9 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
                  "json, jsonl or xml")
       ->option_text("FORMAT")
       ->check(CheckFormat);
-  app.add_flag("--active", options.allowActive, "Allow statements that change the machine");
-  app.add_option("--timeout", options.timeOut,
+  app.add_flag("--active", options.settings.allowActive,
+               "Allow statements that change the machine");
+  app.add_option("--timeout", options.settings.timeOut,
                  "End a query after that many milliseconds; 0 parses only (default: no limit)")
       ->option_text("MS");
   app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1");
@@ -124,7 +125,7 @@ std::optional<int> ParseOptions(const std::vector<std::string>& words, Options& 
   options.cacheDirectory = ValueIfGiven(app, "--cache", raw.cacheDirectory);
   options.imageDirectory = ValueIfGiven(app, "--image", raw.imageDirectory);
   options.imageUser = ValueIfGiven(app, "--image-user", raw.imageUser);
-  if (app.count("--format") != 0) options.format = FormatNames().at(raw.format);
+  if (app.count("--format") != 0) options.settings.format = FormatNames().at(raw.format);
   return std::nullopt;
 }
 

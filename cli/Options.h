@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/Render.h"
+#include "cli/Settings.h"
 
 namespace kestra::cli {
 
@@ -18,15 +18,13 @@ inline constexpr int kExitCancelled = 130;
 struct Options {
   std::optional<std::string> query;
   std::optional<std::string> file;  // "-" is standard input
-  std::optional<Format> format;     // nothing: by where standard output goes
   std::optional<std::string> logDirectory;
   std::optional<std::string> pluginsDirectory;
   std::optional<std::string> cacheDirectory;
   std::optional<std::string> imageDirectory;  // nothing: this machine
   std::optional<std::string> imageUser;
-  bool allowActive = false;
   bool checkOnly = false;
-  uint32_t timeOut = KESTRA_NO_TIMEOUT;  // milliseconds
+  Settings settings;
 };
 
 // words is the command line, the program's name first. Answers an exit status when the process is

@@ -3,8 +3,9 @@
 #include <exception>
 
 #include "cli/Options.h"
+#include "cli/QueryRunner.h"
 #include "cli/QueryText.h"
-#include "cli/RunQueries.h"
+#include "cli/Session.h"
 #include "cli/Terminal.h"
 
 namespace kestra::cli {
@@ -27,6 +28,21 @@ std::optional<int> FindQueryText(const Options& options, std::string& text) {
     return kExitUsage;
   }
   return std::nullopt;
+}
+
+// One after the other; the first Error ends it.
+int RunQueries(const Options& options, const std::vector<std::string_view>& queries) {
+  const CSessionHandle session = MakeSession(options);
+  CQueryRunner runner(session.get(), options.settings);
+  for (const std::string_view query : queries) {
+    if (options.checkOnly) {
+      if (!runner.IsGood(query)) return kExitError;
+      continue;
+    }
+    const int status = runner.Run(query);
+    if (status != kExitResult) return status;
+  }
+  return kExitResult;
 }
 
 int Run(const std::vector<std::string>& words) {

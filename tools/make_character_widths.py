@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
-"""Writes cli/CharacterWidthsTable.inc from the Unicode data that Python brings.
+"""Writes cli/render/CharacterWidthsTable.inc from the Unicode data that Python brings.
 
-    tools/make_character_widths.py > cli/CharacterWidthsTable.inc
+    tools/make_character_widths.py > cli/render/CharacterWidthsTable.inc
 
 A row {first, last, width} stands for the characters of one width in columns of a terminal: 0 for
 marks that join the letter before (general categories Mn, Me and Cf, and the vowels and finals of

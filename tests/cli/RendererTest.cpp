@@ -1,5 +1,5 @@
 // What each format makes of the values that a query can end in.
-#include "cli/Render.h"
+#include "cli/render/Render.h"
 #include "tests/front/SessionFixture.h"
 
 namespace kestra::cli {

@@ -1,6 +1,6 @@
 #include <gtest/gtest.h>
 
-#include "cli/Width.h"
+#include "cli/render/Width.h"
 
 namespace kestra::cli {
 namespace {

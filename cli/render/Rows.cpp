@@ -1,4 +1,4 @@
-#include "cli/Rows.h"
+#include "cli/render/Rows.h"
 
 #include <algorithm>
 

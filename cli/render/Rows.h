@@ -9,8 +9,8 @@
 #include <unordered_map>
 #include <vector>
 
-#include "cli/Cell.h"
-#include "cli/Items.h"
+#include "cli/render/Cell.h"
+#include "cli/render/Items.h"
 
 namespace kestra::cli {
 

@@ -1,4 +1,4 @@
-#include "cli/Cell.h"
+#include "cli/render/Cell.h"
 
 #include <array>
 #include <chrono>

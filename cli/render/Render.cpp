@@ -1,4 +1,4 @@
-#include "cli/Render.h"
+#include "cli/render/Render.h"
 
 namespace kestra::cli {
 

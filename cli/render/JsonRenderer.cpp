@@ -1,8 +1,8 @@
 #include <nlohmann/json.hpp>
 
-#include "cli/Items.h"
-#include "cli/Render.h"
-#include "cli/Rows.h"
+#include "cli/render/Items.h"
+#include "cli/render/Render.h"
+#include "cli/render/Rows.h"
 
 namespace kestra::cli {
 namespace {

@@ -1,8 +1,8 @@
 // XML in the elements of the library's item dump: I is an item, P a value. An item is its dump with
 // all that is below it, a row of a SELECT list an item named "Row", and the whole an item named
 // "Result", so that there is one document. What is not set is left out.
-#include "cli/Render.h"
-#include "cli/Rows.h"
+#include "cli/render/Render.h"
+#include "cli/render/Rows.h"
 
 namespace kestra::cli {
 namespace {

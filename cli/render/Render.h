@@ -5,7 +5,7 @@
 #include <vector>
 
 #include "cli/Handles.h"
-#include "cli/Output.h"
+#include "cli/render/Output.h"
 
 namespace kestra::cli {
 

@@ -1,7 +1,7 @@
 #include <algorithm>
 
-#include "cli/Items.h"
-#include "cli/Render.h"
+#include "cli/render/Items.h"
+#include "cli/render/Render.h"
 
 namespace kestra::cli {
 namespace {

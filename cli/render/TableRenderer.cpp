@@ -1,8 +1,8 @@
 #include <algorithm>
 
-#include "cli/Render.h"
-#include "cli/Rows.h"
-#include "cli/Width.h"
+#include "cli/render/Render.h"
+#include "cli/render/Rows.h"
+#include "cli/render/Width.h"
 
 namespace kestra::cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/Character.h"
+#include "cli/render/Character.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -14,7 +14,7 @@ struct WidthRow {
   int width;
 };
 constexpr WidthRow kRows[] = {
-#include "cli/CharacterWidthsTable.inc"
+#include "cli/render/CharacterWidthsTable.inc"
 };
 
 int WidthOfCode(uint32_t code) {

@@ -1,5 +1,5 @@
-#include "cli/Render.h"
-#include "cli/Rows.h"
+#include "cli/render/Render.h"
+#include "cli/render/Rows.h"
 
 namespace kestra::cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/Items.h"
+#include "cli/render/Items.h"
 
 #include <algorithm>
 

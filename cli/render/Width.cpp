@@ -1,8 +1,8 @@
-#include "cli/Width.h"
+#include "cli/render/Width.h"
 
 #include <algorithm>
 
-#include "cli/Character.h"
+#include "cli/render/Character.h"
 
 namespace kestra::cli {
 namespace {

@@ -1,4 +1,4 @@
-#include "cli/Output.h"
+#include "cli/render/Output.h"
 
 #include <cerrno>
 #include <system_error>

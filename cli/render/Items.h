@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "cli/Cell.h"
+#include "cli/render/Cell.h"
 
 namespace kestra::cli {
 
