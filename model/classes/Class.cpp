@@ -8,7 +8,7 @@
 namespace kestra {
 namespace {
 
-// Guards the building of every class. Building a class gets its children, so it is entered again
+// Guards the building of every class. Building a class's children gets them, so it is entered again
 // by the thread that holds it.
 std::recursive_mutex& ClassLock() {
   static auto* pLock = new std::recursive_mutex;  // never destroyed: sessions may outlive statics
@@ -91,6 +91,16 @@ DiagClass::DiagClass(std::string name, Ref<DiagParamDefs> params, bool canBeAdde
       Actions(std::move(actions)),
       Args(args ? std::move(args) : EmptyParams()) {}
 
+void DiagClass::BuildChildren() const {
+  std::lock_guard lock(ClassLock());
+  if (m_areChildrenBuilt.load(std::memory_order_relaxed)) return;
+  std::vector<Ref<DiagClass>> children;
+  children.reserve(pDeclaration->children.size());
+  for (const ClassDecl* pChild : pDeclaration->children) children.push_back(pChild->Get());
+  m_childClasses.swap(children);
+  m_areChildrenBuilt.store(true, std::memory_order_release);
+}
+
 DiagClass* FindClass(DiagClass* pClass, std::string_view name) {
   if (!pClass) return nullptr;
   if (EqualsNoCase(pClass->Name, name)) return pClass;
@@ -141,7 +151,7 @@ Ref<DiagClass> ClassDecl::Get() const {
   auto built = MakeRef<DiagClass>(name, BuildParamDefs(params), canBeAddedAndDeleted,
                                   canBeAddedAndDeleted, BuildActions(actions), BuildArgs(args));
   built->pDeclaration = this;
-  for (const ClassDecl* pChild : children) built->AddChildClass(pChild->Get());
+  built->m_areChildrenBuilt.store(children.empty(), std::memory_order_relaxed);
   BuiltSlots().push_back(&slot);
   slot.m_pClass.store(Ref<DiagClass>(built).Detach(), std::memory_order_release);
   return built;

@@ -1,8 +1,8 @@
 // Class descriptors: what a module or item class declares about itself, once per process.
 //
 // A built-in class is a ClassDecl, a constant table in its module's folder; Get() builds the
-// DiagClass from it at first use, under the one class lock, and keeps it. Class objects are never
-// changed once built, so they are read from any thread without a lock, by all sessions.
+// DiagClass from it at first use, under the one class lock, and keeps it. What can be seen of a
+// class object never changes, so it is read from any thread without a lock, by all sessions.
 #pragma once
 
 #include <atomic>
@@ -55,12 +55,21 @@ class DiagClass : public CCounted<DiagClass> {
   // for a class that came from elsewhere.
   const ClassDecl* pDeclaration = nullptr;
 
-  std::span<const Ref<DiagClass>> ChildClasses() const { return m_childClasses; }
+  // Those of a declared class are built when somebody asks for them first: most queries name one
+  // module and look at no class of another.
+  std::span<const Ref<DiagClass>> ChildClasses() const {
+    if (!m_areChildrenBuilt.load(std::memory_order_acquire)) BuildChildren();
+    return m_childClasses;
+  }
   // Only while the class is being built.
   void AddChildClass(Ref<DiagClass> child) { m_childClasses.push_back(std::move(child)); }
 
  private:
-  std::vector<Ref<DiagClass>> m_childClasses;
+  friend struct ClassDecl;
+  void BuildChildren() const;
+
+  mutable std::vector<Ref<DiagClass>> m_childClasses;  // changed under the class lock, once
+  mutable std::atomic<bool> m_areChildrenBuilt{true};  // false for a declared class at first
 };
 
 // How deep classes and items that are read from a text may nest: far deeper than any module, and

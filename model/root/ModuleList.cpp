@@ -69,18 +69,19 @@ bool DiagRoot::ParseModuleList(std::vector<ListEntry>& entries) {
   if (!starPosition) return true;
 
   std::vector<ListEntry> others;
-  const auto addUnnamed = [&](const std::string& name) {
+  const auto addUnnamed = [&](const std::string& name, const ModuleRow* pRow) {
     const bool isNamed = std::any_of(entries.begin(), entries.end(), [&](const ListEntry& entry) {
       return EqualsNoCase(entry.name, name);
     });
     if (isNamed) return;
     star.name = name;
     star.isFromStar = true;
+    star.pRow = pRow;
     others.push_back(star);
   };
-  for (const ModuleRow& row : m_table) addUnnamed(row.pClass->name);
+  for (const ModuleRow& row : m_table) addUnnamed(row.pClass->name, &row);
   for (const std::string& name : PluginNames()) {
-    if (!FindRow(name)) addUnnamed(name);
+    if (!FindRow(name)) addUnnamed(name, nullptr);
   }
   entries.insert(entries.begin() + static_cast<std::ptrdiff_t>(*starPosition), others.begin(),
                  others.end());

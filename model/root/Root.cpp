@@ -95,12 +95,15 @@ Ref<DiagClass> DiagRoot::GetModuleClass(std::string_view name) {
 }
 
 Ref<DiagModule> DiagRoot::CreateModule(std::string_view name) {
+  return CreateModule(name, FindRow(name));
+}
+
+Ref<DiagModule> DiagRoot::CreateModule(std::string_view name, const ModuleRow* pRow) {
   if (const auto entry = FindPlugin(name)) {
     Ref<DiagClass> diagClass = entry->plugin->GetClass(entry->name);
     if (!diagClass) return nullptr;
     return MakeRef<PluginModule>(std::move(diagClass), m_poMachine, entry->plugin);
   }
-  const ModuleRow* pRow = FindRow(name);
   if (!pRow) return nullptr;
   if (pRow->create) return pRow->create(pRow->pClass->Get(), m_poMachine);
   return MakeRef<CDeclaredModule>(pRow->pClass->Get(), m_poMachine);
@@ -162,13 +165,9 @@ size_t DiagRoot::DropModules(std::string_view name, const DiagParams* pArgs) {
 bool DiagRoot::InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message,
                          bool& filled) {
   if (message.IsTerminated()) return false;
-  const Ref<DiagClass> diagClass = GetModuleClass(entry.name);
-  // A plug-in that fails takes no other module with it, but one that is asked for by name.
-  if (!diagClass) return entry.isFromStar;
-  DiagParams args(diagClass->Args->Defs());
-  if (!SetArgsFromText(args, entry.args)) return false;
-  Ref<DiagModule> module = CreateModule(entry.name);
-  if (!module || !module->CopyArgs(args)) return false;
+  Ref<DiagModule> module = CreateModule(entry.name, entry.pRow ? entry.pRow : FindRow(entry.name));
+  if (!module) return entry.isFromStar;
+  if (!module->SetArgs(entry.args)) return false;
   {
     std::lock_guard lock(m_rootLock);
     Children.Add(module, false);

@@ -75,6 +75,7 @@ class DiagRoot : public CVDiagItem {
     int32_t timeToLive = -1;
     bool anyUser = false;
     bool isFromStar = false;
+    const ModuleRow* pRow = nullptr;  // of a built-in module out of the star
   };
   static bool ParseStar(std::string_view text, ListEntry& star);
   static bool ParseEntry(std::string_view text, ListEntry& entry);
@@ -82,6 +83,7 @@ class DiagRoot : public CVDiagItem {
   // Who makes the modules of a name, and how it spells that; nothing for a built-in one.
   std::optional<DiagPluginMap::Entry> FindPlugin(std::string_view name);
   const ModuleRow* FindRow(std::string_view name) const;
+  Ref<DiagModule> CreateModule(std::string_view name, const ModuleRow* pRow);
   std::vector<std::string> PluginNames();
   bool InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message, bool& filled);
   Ref<DiagModule> FindOrAdd(Ref<DiagModule> fresh, QueryMessage& message);

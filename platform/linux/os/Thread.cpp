@@ -2,6 +2,8 @@
 
 #include <pthread.h>
 #include <signal.h>
+#include <sys/auxv.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -79,8 +81,23 @@ class CThreadAttributes {
   pthread_attr_t m_attributes;
 };
 
+// The same for the main thread, without reading all of /proc/self/maps as pthread_getattr_np does:
+// its stack grows down from the program's name, which stands at the top of it (getauxval(3),
+// AT_EXECFN), as far as RLIMIT_STACK says. 0 where the stack lies elsewhere.
+uintptr_t MainStackEnd() {
+  // The kernel keeps more than that free below the stack, whatever the limit was at the start.
+  constexpr rlim_t kMost = rlim_t{64} << 20;
+  const uintptr_t top = getauxval(AT_EXECFN);
+  rlimit limit{};
+  if (getpid() != gettid() || getrlimit(RLIMIT_STACK, &limit) != 0) return 0;
+  const uintptr_t size = std::min(limit.rlim_cur, kMost);
+  const auto here = reinterpret_cast<uintptr_t>(__builtin_frame_address(0));
+  return here < top && top - here < size ? top - size : 0;
+}
+
 // The lowest usable address of the calling thread's stack; 0 when the system does not tell.
 uintptr_t StackEnd() {
+  if (const uintptr_t end = MainStackEnd()) return end;
   pthread_attr_t attributes;
   if (pthread_getattr_np(pthread_self(), &attributes) != 0) return 0;
   void* pLowest = nullptr;
