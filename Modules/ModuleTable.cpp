@@ -25,6 +25,16 @@ Ref<DiagModule> Create(Ref<DiagClass> diagClass, Ref<CMachine> machine) {
   return MakeRef<T>(std::move(diagClass), std::move(machine));
 }
 
+bool HasFiles(CMachine& machine) {
+  return machine.Files() != nullptr;
+}
+bool HasRegistry(CMachine& machine) {
+  return machine.Registry() != nullptr;
+}
+bool HasProcesses(CMachine& machine) {
+  return machine.Processes() != nullptr;
+}
+
 // The order is a contract with everything above: it is that of the class tree, of module lists
 // and of dumps.
 constexpr ModuleRow kModules[] = {
@@ -34,14 +44,14 @@ constexpr ModuleRow kModules[] = {
     {&kDesktopModule, nullptr},
     {&kDrivesModule, nullptr},
     {&kIDEDrivesModule, nullptr},
-    {&kIniFileModule, &Create<CIniFileModule>},
+    {&kIniFileModule, &Create<CIniFileModule>, &HasFiles},
     {&kInstalledProgramsModule, nullptr},
     {&kUSBModule, nullptr},
     {&kLPTModule, nullptr},
     {&kDMIModule, nullptr},
     {&kMixersModule, nullptr},
     {&kPrintersModule, nullptr},
-    {&kProcessesModule, &Create<CProcessesModule>},
+    {&kProcessesModule, &Create<CProcessesModule>, &HasProcesses},
     {&kStartUpProgramsModule, nullptr},
     {&kModemsModule, nullptr},
     {&kMultimediaModule, nullptr},
@@ -72,10 +82,10 @@ constexpr ModuleRow kModules[] = {
     {&kCMOSModule, nullptr},
     {&kAtomTimeModule, nullptr},
     {&kPowerOptionsModule, nullptr},
-    {&kFilesModule, &Create<CFilesModule>},
+    {&kFilesModule, &Create<CFilesModule>, &HasFiles},
     {&kXMLFileModule, nullptr},
     {&kVistaFirewallModule, nullptr},
-    {&kRegistryModule, &Create<CRegistryModule>},
+    {&kRegistryModule, &Create<CRegistryModule>, &HasRegistry},
     {&kDNSResolveModule, nullptr},
     {&kWifiModule, nullptr},
     {&kIntelModule, nullptr},

@@ -26,6 +26,9 @@ using CItemHandle = std::unique_ptr<kestra_item, CReleaser<kestra_item_release>>
 using CParamHandle = std::unique_ptr<kestra_param, CReleaser<kestra_param_release>>;
 using CParamsHandle = std::unique_ptr<kestra_params, CReleaser<kestra_params_release>>;
 using CClassHandle = std::unique_ptr<kestra_class, CReleaser<kestra_class_release>>;
+using CDiagnosisHandle = std::unique_ptr<kestra_diagnosis, CReleaser<kestra_diagnosis_release>>;
+using CCompletionsHandle =
+    std::unique_ptr<kestra_completions, CReleaser<kestra_completions_release>>;
 using CColumnsHandle = std::unique_ptr<kestra_columns, CReleaser<kestra_columns_release>>;
 
 class CInterfaceError : public std::runtime_error {

@@ -2,36 +2,53 @@
 
 #include <CLI/CLI.hpp>
 
+#include <charconv>
 #include <iostream>
-#include <map>
+#include <limits>
 #include <sstream>
 
 #include "cli/Terminal.h"
+#include "cli/render/Width.h"
 
 namespace kestra::cli {
 namespace {
 
 constexpr const char* kUsage = "kestra [options] [--] [QUERY]";
-
-const std::map<std::string, Format>& FormatNames() {
-  static const std::map<std::string, Format> names = {
-      {"table", Format::Table}, {"text", Format::Text},       {"csv", Format::Csv},
-      {"json", Format::Json},   {"jsonl", Format::JsonLines}, {"xml", Format::Xml}};
-  return names;
-}
+constexpr size_t kHelpWidth = 80;
+constexpr size_t kHelpIndent = 24;
 
 std::string CheckFormat(const std::string& name) {
-  if (FormatNames().contains(name)) return {};
-  return name + " is no format: choose table, text, csv, json, jsonl or xml";
+  if (FormatFromName(name)) return {};
+  return name + " is no format: choose " + FormatNames();
+}
+
+// Why a word is no such number; empty if it is one.
+template <class Number>
+std::string CheckNumber(const std::string& word) {
+  Number number = 0;
+  const char* const end = word.data() + word.size();
+  const auto [read, error] = std::from_chars(word.data(), end, number);
+  if (error == std::errc() && read == end && number >= 0) return {};
+  return word + " is no number from 0 to " + std::to_string(std::numeric_limits<Number>::max());
 }
 
 std::string CheckDirectory(const std::string& path) {
   return IsDirectory(path) ? std::string() : "Directory does not exist: " + path;
 }
 
+class CHelpFormatter final : public CLI::Formatter {
+ public:
+  CHelpFormatter() { column_width(kHelpIndent); }
+  std::string make_option_desc(const CLI::Option* pOption) const override {
+    // The formatter indents the lines.
+    return Wrapped(pOption->get_description(), kHelpWidth - kHelpIndent, 0);
+  }
+};
+
 struct RawOptions {
   std::string query, file, format, logDirectory, pluginsDirectory, cacheDirectory, imageDirectory,
-      imageUser;
+      imageUser, sort;
+  int32_t limit = 0;
 };
 
 void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
@@ -40,16 +57,30 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
       ->option_text("FILE")
       ->excludes("QUERY");
   app.add_option("--format", raw.format,
-                 "table (default on a terminal), text (default otherwise, and for scripts), csv, "
-                 "json, jsonl or xml")
+                 "table (default on a terminal; vertical where none fits), vertical, text (default "
+                 "otherwise, and for scripts), csv, json, jsonl or xml")
       ->option_text("FORMAT")
       ->check(CheckFormat);
+  app.add_option("--sort", raw.sort,
+                 "Show the rows by that column of the result; COLUMN:desc turns the order round")
+      ->option_text("COLUMN");
+  app.add_option("--limit", raw.limit, "Show that many rows at most")
+      ->option_text("N")
+      ->check(CheckNumber<int32_t>);
+  app.add_flag("--wide", options.settings.isWide, "Do not cut tables to the terminal's width");
   app.add_flag("--active", options.settings.allowActive,
                "Allow statements that change the machine");
   app.add_option("--timeout", options.settings.timeOut,
                  "End a query after that many milliseconds; 0 parses only (default: no limit)")
-      ->option_text("MS");
-  app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1");
+      ->option_text("MS")
+      ->check(CheckNumber<uint32_t>);
+  app.add_flag("--stats", options.settings.showStatistics,
+               "Tell on standard error what each query read, how long it took, and what could not "
+               "be read");
+  app.add_flag("--explain", options.explainOnly,
+               "Print how the query would be run instead of running it");
+  app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1")
+      ->excludes("--explain");
   app.add_option("--log", raw.logDirectory, "Write the log into that directory")
       ->option_text("DIR")
       ->check(CheckDirectory);
@@ -76,10 +107,10 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
                        "Print the version and exit");
   app.set_help_flag("-h,--help", "Print this help and exit");
   app.footer(
-      "Without QUERY, queries are read from a pipe.\n\n"
-      "Exit status: 0 a result; 1 the result is an Error; 2 wrong usage; 130 cancelled.\n\n"
-      "Example: kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > "
-      "100000\"");
+      "Without QUERY, queries are read from a pipe; on a terminal there is a shell.\n\n"
+      "Exit status: 0 a result; 1 the result is an Error; 2 wrong usage; 130 cancelled\n\n"
+      "Example:\n"
+      "  kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 100000\"");
 }
 
 std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,
@@ -108,6 +139,9 @@ int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
 
 std::optional<int> ParseOptions(const std::vector<std::string>& words, Options& options) {
   CLI::App app("Asks this machine about itself, in a SQL-like language.", "kestra");
+  // A query may begin with a comment.
+  app.allow_windows_style_options(false);
+  app.formatter(std::make_shared<CHelpFormatter>());
   RawOptions raw;
   DeclareOptions(app, raw, options);
   try {
@@ -125,7 +159,9 @@ std::optional<int> ParseOptions(const std::vector<std::string>& words, Options& 
   options.cacheDirectory = ValueIfGiven(app, "--cache", raw.cacheDirectory);
   options.imageDirectory = ValueIfGiven(app, "--image", raw.imageDirectory);
   options.imageUser = ValueIfGiven(app, "--image-user", raw.imageUser);
-  if (app.count("--format") != 0) options.settings.format = FormatNames().at(raw.format);
+  if (app.count("--format") != 0) options.settings.format = FormatFromName(raw.format);
+  if (app.count("--sort") != 0) options.settings.rows.sort = ParseSortOrder(raw.sort);
+  if (app.count("--limit") != 0) options.settings.rows.limit = raw.limit;
   return std::nullopt;
 }
 

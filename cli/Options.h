@@ -24,6 +24,7 @@ struct Options {
   std::optional<std::string> imageDirectory;  // nothing: this machine
   std::optional<std::string> imageUser;
   bool checkOnly = false;
+  bool explainOnly = false;
   Settings settings;
 };
 

@@ -1,10 +1,11 @@
 // What the command needs of the terminal and of the process around it. One implementation per
-// system: terminal_linux.cpp, terminal_win32.cpp.
+// system: terminal_linux/, terminal_win32/.
 #pragma once
 
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -23,31 +24,24 @@ std::vector<std::string> CommandLine(int argc, char** argv);
 // A file by its path in UTF-8, as it is; null, with errno, if it cannot be opened.
 std::FILE* OpenForReading(const std::string& path);
 
+// The same for a file that is made, or made empty.
+std::FILE* OpenForWriting(const std::string& path);
+
 bool IsDirectory(const std::string& path);
 // From the root on; as it is if the system does not tell.
 std::string FullPath(const std::string& path);
 
 bool IsTerminal(Stream stream);
-// Columns of the terminal that standard output goes to; 0 if it goes elsewhere or none is told.
-size_t TerminalWidth();
+// Columns of the terminal that an output stream goes to; 0 if it goes elsewhere or none is told.
+size_t TerminalWidth(Stream stream = Stream::Out);
 
-// While an object lives, the first interrupt key (Ctrl-C) sets its event instead of ending the
-// process; the second ends it in the ordinary way. A process that was started with interrupts
-// ignored goes on ignoring them. One object at a time.
-class CInterruptScope {
- public:
-  CInterruptScope();
-  ~CInterruptScope();
-  CInterruptScope(const CInterruptScope&) = delete;
-  CInterruptScope& operator=(const CInterruptScope&) = delete;
+// For comparing without regard to case: letters in their small form. Bytes that are not UTF-8 stay.
+std::string FoldCase(const std::string& utf8);
 
-  // A termination event for a query; null if the system had none to give.
-  const intptr_t* Event() const { return m_event == -1 ? nullptr : &m_event; }
-  bool WasInterrupted() const;
-
- private:
-  intptr_t m_event = -1;
-  bool m_isInstalled = false;
-};
+// A variable of the environment; nothing if it is not set.
+std::optional<std::string> EnvironmentText(const char* name);
+// Where programs keep what they remember for the user, such as ".../.local/state"; empty if the
+// system does not tell.
+std::string StateDirectory();
 
 }  // namespace kestra::cli

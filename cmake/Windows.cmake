@@ -7,6 +7,9 @@ enable_language(RC)
 # The products depend on nothing that Windows does not bring.
 add_link_options(-static)
 
+# All programs in one directory, wherever the user puts that.
+set(CMAKE_INSTALL_BINDIR .)
+
 # The host's include directory cannot be searched as a whole: it holds the headers of its system.
 set(host_headers ${CMAKE_BINARY_DIR}/headers)
 file(MAKE_DIRECTORY ${host_headers})

@@ -22,7 +22,9 @@ void RunTree(Value& out, ParseTree& tree, QueryContext& context) {
 
 void Evaluate(Value& out, QueryContext& context) {
   ParseTree tree;
-  if (Tokenise(context.QueryText, context.Tokens) && ParseTokens(context, tree)) {
+  const bool isGood = Tokenise(context.QueryText, context.Tokens) && ParseTokens(context, tree);
+  context.Report.parseMicroseconds = context.Watch.Microseconds();
+  if (isGood) {
     context.Report.columns = ColumnNames(*tree.Top());
     if (context.TimeOut != 0) RunTree(out, tree, context);
   } else if (context.Message->SystemError == kErrorCancelled) {
@@ -31,6 +33,24 @@ void Evaluate(Value& out, QueryContext& context) {
     out.SetError("Syntax error");
   }
 }
+
+// Hands out what happened, however the query ends.
+class CReportAtEnd {
+ public:
+  CReportAtEnd(QueryContext& context, QueryReport* pReport)
+      : m_context(context), m_pReport(pReport) {}
+  ~CReportAtEnd() {
+    if (!m_pReport) return;
+    m_context.Report.totalMicroseconds = m_context.Watch.Microseconds();
+    *m_pReport = std::move(m_context.Report);
+  }
+  CReportAtEnd(const CReportAtEnd&) = delete;
+  CReportAtEnd& operator=(const CReportAtEnd&) = delete;
+
+ private:
+  QueryContext& m_context;
+  QueryReport* const m_pReport;
+};
 
 }  // namespace
 
@@ -57,11 +77,11 @@ void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& roo
   Value result;
   try {
     QueryContext context(text, root, timeOut, std::move(message));
+    const CReportAtEnd report(context, pReport);
     const os::CTerminationScope scope(context.Message->TerminationEvent());
     context.Message->ClearState();
     context.Message->IsMachineReadOnly = root && root->Machine() && root->Machine()->IsReadOnly();
     Evaluate(result, context);
-    if (pReport) *pReport = std::move(context.Report);
   } catch (...) {
     result.SetError("Unknown error");
   }

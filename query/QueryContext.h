@@ -9,8 +9,10 @@
 #include "model/items/QueryMessage.h"
 #include "model/root/Root.h"
 #include "query/QueryReport.h"
+#include "query/Stopwatch.h"
 #include "query/Value.h"
 #include "query/parse/Tokeniser.h"
+#include "query/rows/report/SourceReports.h"
 
 namespace kestra {
 
@@ -36,12 +38,14 @@ struct QueryContext {
   const Ref<DiagClass> RootClass;  // its class tree, held for the query; null without a root
   const uint32_t TimeOut;          // milliseconds; 0: do not run
   const uint32_t StartTicks;
+  const CStopwatch Watch;
   TokenList Tokens;
   std::vector<ScopeEntry> Scope;       // the aliases bound now; a stack
   std::deque<ParseNode*> FilterStack;  // the WHERE of each open FROM; null for none
   const Ref<QueryMessage> Message;
   const std::unique_ptr<CPredicateCache> Predicates;
   QueryReport Report;
+  CSourceReports Sources{Report};
 
   // Whether the query's time is over; out then becomes an Error without text.
   bool CheckTimeOut(Value& out) const;

@@ -26,6 +26,12 @@ constexpr uint32_t kEntriesPerLook = 16;
 // With fewer directories the threads would cost more than they bring.
 constexpr size_t kLeastDirectoriesTogether = 8;
 
+// What was found until now stays.
+bool CutShort(QueryMessage& message) {
+  message.NoteCutShort();
+  return true;
+}
+
 }  // namespace
 
 CDirectoryItem::CDirectoryItem(Ref<CMachine> machine, Ref<const FilesOptions> options,
@@ -66,7 +72,9 @@ bool CDirectoryItem::ReadInfo(FileInfo& info, QueryMessage& message) {
   const SystemError error = pFiles ? pFiles->Info(m_path, info) : kErrorFileNotFound;
   m_info = error == kErrorSuccess ? std::optional(info) : std::nullopt;
   m_hasVanished = IsGone(error);
-  return error == kErrorSuccess || (!m_hasVanished && message.Fail(error));
+  if (error == kErrorSuccess || m_hasVanished) return error == kErrorSuccess;
+  message.NoteProblem(m_path, error);
+  return message.Fail(error);
 }
 
 void CDirectoryItem::SetProperties(const FileInfo& info) {
@@ -85,7 +93,7 @@ void CDirectoryItem::SetProperties(const FileInfo& info) {
 // The listing is closed before anything below is filled: however deep the walk goes, one is open.
 bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) {
   if (message.IsTerminatedInLoop()) return false;
-  if (deadline.IsOver()) return true;
+  if (deadline.IsOver()) return CutShort(message);
   std::unique_ptr<CDirectoryListing> listing;
   SystemError error = m_poMachine->Files()->OpenDirectory(m_path, listing);
   if (error == kErrorSuccess) error = CheckListing(*listing);
@@ -95,21 +103,24 @@ bool CDirectoryItem::List(const CFillDeadline& deadline, QueryMessage& message) 
     return false;
   }
   std::string name;
-  for (uint32_t i = 0; error == kErrorSuccess; ++i) {
+  uint32_t i = 0;
+  for (; error == kErrorSuccess; ++i) {
     if (i % kEntriesPerLook == 0) {
       if (message.IsTerminatedInLoop()) return false;
-      if (deadline.IsOver()) return true;
+      if (deadline.IsOver()) return CutShort(message);
     }
     error = listing->Next(name);
     if (error == kErrorSuccess && !name.empty() && name.front() != '.')
-      AddEntry(*listing, name, deadline);
+      AddEntry(*listing, name, deadline, message);
   }
+  message.TellPlace(m_path, i);
   // A directory that is removed while it is listed has no more names.
   if (error == kErrorNoMoreFiles || IsGone(error)) return true;
   // What was named and may not be listed is not the same as what is empty.
   const bool isPassedOver = m_foundBy == FoundBy::Name
                                 ? error == kErrorDirectory
                                 : error == kErrorAccessDenied || MayPassOver(error);
+  message.NoteProblem(m_path, error);
   if (!isPassedOver && error != kErrorDirectory) return message.Fail(error);
   LogPassedOver(m_path, error);
   return true;
@@ -127,7 +138,7 @@ SystemError CDirectoryItem::CheckListing(CDirectoryListing& listing) const {
 }
 
 void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& name,
-                              const CFillDeadline& deadline) {
+                              const CFillDeadline& deadline, QueryMessage& message) {
   const bool isDeeper = m_level < m_poOptions->levels;
   const bool isWanted = m_poOptions->MatchesName(name);
   if (!isDeeper && !isWanted) return;  // whatever it is
@@ -139,6 +150,7 @@ void CDirectoryItem::AddEntry(CDirectoryListing& listing, const std::string& nam
   if (IsGone(known)) return;
   // What may not be looked at is a file that has a name and no more.
   const bool isKnown = known == kErrorSuccess;
+  if (!isKnown) message.NoteProblem(JoinPath(m_path, name, separator), known);
   if (isKnown && (info.attributes & kFileAttributeDirectory)) {
     if (!isDeeper) return;
     Children.Add(

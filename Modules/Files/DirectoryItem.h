@@ -56,7 +56,8 @@ class CDirectoryItem : public CVDiagItem {
   void SetProperties(const FileInfo& info);
   bool List(const CFillDeadline& deadline, QueryMessage& message);
   SystemError CheckListing(CDirectoryListing& listing) const;
-  void AddEntry(CDirectoryListing& listing, const std::string& name, const CFillDeadline& deadline);
+  void AddEntry(CDirectoryListing& listing, const std::string& name, const CFillDeadline& deadline,
+                QueryMessage& message);
   bool InitChildren(QueryMessage& message);
   void FillTogether(const DiagItems& listed, const QueryMessage& message) const;
 

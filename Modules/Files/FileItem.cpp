@@ -11,6 +11,7 @@
 #include "Modules/Files/FileContent.h"
 #include "Modules/Files/FilePaths.h"
 #include "Modules/Files/FilesLock.h"
+#include "Modules/Files/ListingErrors.h"
 #include "Modules/VersionProperties.h"
 #include "VLib/src/version/PeFile.h"
 #include "model/classes/Module.h"
@@ -103,7 +104,8 @@ bool CFileItem::Init(bool /*bInitChild*/, QueryMessage& message) {
     FileInfo fresh;
     const SystemError error = pFiles->Info(Path(), fresh);
     m_info = error == kErrorSuccess ? std::optional(fresh) : std::nullopt;
-    m_hasVanished = error == kErrorFileNotFound || error == kErrorPathNotFound;
+    m_hasVanished = IsGone(error);
+    if (!m_info && !m_hasVanished) message.NoteProblem(Path(), error);
   }
   if (m_hasVanished) return false;
 
@@ -160,24 +162,39 @@ Ref<DiagParam> CFileItem::MakeKnown(size_t index) const {
 bool CFileItem::FillContent(QueryMessage& message) {
   std::optional<CFillDeadline> first = std::exchange(m_deadline, std::nullopt);
   const CFillDeadline deadline = first.value_or(CFillDeadline(m_poOptions->timeOutMs));
-  const auto stop = [&] { return message.IsTerminatedInLoop() || deadline.IsOver(); };
-  const FilesOptions& options = *m_poOptions;
-  CFileSystem& files = *m_poMachine->Files();
-  std::unique_ptr<CFileReader> reader;
-  if (options.WantsText() && files.OpenFile(Path(), LastLink::Refuse, reader) == kErrorSuccess) {
-    const CFilesLock lock(message.TerminationEvent());
-    std::string text;
-    if (ReadCharacters(*reader, options.charFrom, options.charCount, stop, text) == kErrorSuccess)
-      Params.SetText("FileText", std::move(text));
-  }
-  if (options.WantsLines() && files.OpenFile(Path(), LastLink::Refuse, reader) == kErrorSuccess) {
-    const SystemError error =
-        ReadLines(*reader, options, stop,
-                  [this](uint32_t number, std::string line) { AddLine(number, std::move(line)); });
-    // A part would look like a shorter file.
-    if (error != kErrorSuccess && !stop()) Children.Clear();
-  }
+  const StopReading stop = [&] { return message.IsTerminatedInLoop() || deadline.IsOver(); };
+  const auto note = [&](SystemError error) {
+    if (error == kErrorCancelled)
+      message.NoteCutShort();
+    else if (error != kErrorSuccess && !IsGone(error))
+      message.NoteProblem(Path(), error);
+  };
+  if (m_poOptions->WantsText()) note(FillText(stop, message));
+  if (m_poOptions->WantsLines()) note(FillLines(stop));
   return !message.IsTerminated();
+}
+
+SystemError CFileItem::FillText(const StopReading& stop, const QueryMessage& message) {
+  std::unique_ptr<CFileReader> reader;
+  SystemError error = m_poMachine->Files()->OpenFile(Path(), LastLink::Refuse, reader);
+  if (error != kErrorSuccess) return error;
+  const CFilesLock lock(message.TerminationEvent());
+  std::string text;
+  error = ReadCharacters(*reader, m_poOptions->charFrom, m_poOptions->charCount, stop, text);
+  if (error == kErrorSuccess) Params.SetText("FileText", std::move(text));
+  return error;
+}
+
+SystemError CFileItem::FillLines(const StopReading& stop) {
+  std::unique_ptr<CFileReader> reader;
+  SystemError error = m_poMachine->Files()->OpenFile(Path(), LastLink::Refuse, reader);
+  if (error != kErrorSuccess) return error;
+  error = ReadLines(*reader, *m_poOptions, stop, [this](uint32_t number, std::string line) {
+    AddLine(number, std::move(line));
+  });
+  // A part would look like a shorter file.
+  if (error != kErrorSuccess && !stop()) Children.Clear();
+  return error;
 }
 
 void CFileItem::AddLine(uint32_t number, std::string line) {

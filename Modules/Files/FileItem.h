@@ -12,6 +12,7 @@
 #include <optional>
 #include <string>
 
+#include "Modules/Files/FileContent.h"
 #include "Modules/Files/FilePaths.h"
 #include "Modules/Files/FilesOptions.h"
 #include "model/classes/Class.h"
@@ -61,6 +62,8 @@ class CFileItem : public CVDiagItem, private CKnownValues, private CLateValues {
  private:
   std::string Path() const { return m_poFolder->text + m_name; }
   bool FillContent(QueryMessage& message);
+  SystemError FillText(const StopReading& stop, const QueryMessage& message);
+  SystemError FillLines(const StopReading& stop);
   std::span<const DiagParamDef* const> KnownDefs() const override;
   bool IsKnown(size_t index) const override;
   Ref<DiagParam> MakeKnown(size_t index) const override;

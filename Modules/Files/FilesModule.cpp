@@ -37,6 +37,12 @@ struct Match {
   FileInfo info;
 };
 
+// What was named may not be looked at.
+bool FailAt(const std::string& path, SystemError error, QueryMessage& message) {
+  message.NoteProblem(path, error);
+  return message.Fail(error);
+}
+
 // Cuts a text at the part that holds its first wildcard.
 void CutAtWildcard(const std::string& text, char separator, std::string& before, std::string& part,
                    std::string& behind) {
@@ -59,7 +65,10 @@ bool ListMatches(CFileSystem& files, const std::string& directory, const std::st
   std::string name;
   while (error == kErrorSuccess) {
     if (message.IsTerminatedInLoop()) return false;
-    if (deadline.IsOver()) return true;
+    if (deadline.IsOver()) {
+      message.NoteCutShort();
+      return true;
+    }
     error = listing->Next(name);
     if (error != kErrorSuccess || name.empty() || name.front() == '.') continue;
     if (!Matches(name, pattern, true, false)) continue;
@@ -68,6 +77,7 @@ bool ListMatches(CFileSystem& files, const std::string& directory, const std::st
     if (info.attributes & kFileAttributeDirectory) matches.push_back({name, info});
   }
   if (error == kErrorNoMoreFiles || IsGone(error)) return true;
+  message.NoteProblem(directory, error);
   if (!MayPassOver(error)) return message.Fail(error);
   LogPassedOver(directory, error);
   return true;
@@ -136,7 +146,7 @@ bool CFilesModule::AddLoneFile(const Start& start, bool bInitChild, QueryMessage
       JoinPath(start.directory, start.loneFile, Machine().System().PathSeparator());
   const SystemError error = Machine().Files()->Info(path, info);
   if (IsGone(error)) return true;
-  if (error != kErrorSuccess) return message.Fail(error);
+  if (error != kErrorSuccess) return FailAt(path, error, message);
   if (info.attributes & kFileAttributeDirectory) return true;
   auto file = MakeRef<CFileItem>(MachineRef(), start.directory, start.loneFile, info);
   if (start.options->WantsText() || start.options->WantsLines())
@@ -154,7 +164,7 @@ bool CFilesModule::AddDirectory(const Start& start, std::string path, FoundBy fo
   if (!info) {
     const SystemError error = Machine().Files()->Info(path, known);
     if (IsGone(error)) return true;
-    if (error != kErrorSuccess) return message.Fail(error);
+    if (error != kErrorSuccess) return FailAt(path, error, message);
     if (!(known.attributes & kFileAttributeDirectory)) return true;
   }
   auto directory = MakeRef<CDirectoryItem>(MachineRef(), start.options, std::move(path), 0, foundBy,
@@ -203,6 +213,7 @@ bool CFilesModule::AddMatching(const Start& start, bool bInitChild, QueryMessage
     open.insert(open.end(), std::make_move_iterator(deeper.rbegin()),
                 std::make_move_iterator(deeper.rend()));
   }
+  if (!open.empty()) message.NoteCutShort();
   return isFilled && !message.IsTerminated();
 }
 

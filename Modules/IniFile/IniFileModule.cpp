@@ -20,6 +20,7 @@ constexpr uint32_t kNotGiven = std::numeric_limits<uint32_t>::max();
 bool FailWithLog(const std::string& path, SystemError error, QueryMessage& message) {
   if (error == kErrorCancelled && message.IsTerminated()) return false;
   g_Log.Error("IniFile: a file could not be read (system error %u): %s", error, path.c_str());
+  message.NoteProblem(path, error);
   return message.Fail(error);
 }
 

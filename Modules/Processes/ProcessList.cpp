@@ -1,6 +1,7 @@
 #include "Modules/Processes/ProcessList.h"
 
 #include <memory>
+#include <string>
 #include <utility>
 
 #include "Modules/Processes/windows/WindowsProcessList.h"
@@ -22,6 +23,16 @@ SystemError ReadWholeList(CProcesses& processes, uint32_t wanted,
   return error == kErrorNoMoreItems ? kErrorSuccess : error;
 }
 
+void NoteUnread(const std::vector<ProcessRecord>& records, QueryMessage& message) {
+  if (!message.Notes) return;
+  for (const ProcessRecord& record : records) {
+    if (record.Unread == kErrorSuccess) continue;
+    std::string subject = std::to_string(record.PID);
+    if (!record.ImageName.empty()) subject += ' ' + record.ImageName;
+    message.NoteProblem(subject, record.Unread);
+  }
+}
+
 }  // namespace
 
 bool EnumProcessList(CMachine& machine, std::vector<ProcessRecord>& records,
@@ -35,7 +46,10 @@ bool EnumProcessList(CMachine& machine, std::vector<ProcessRecord>& records,
                                 ? EnumWindowsProcesses(machine, *pWindows, records,
                                                        wantUserAndCommandLine, allSessions, message)
                                 : ReadWholeList(*pProcesses, wanted, records, message);
-  if (error == kErrorSuccess) return true;
+  if (error == kErrorSuccess) {
+    NoteUnread(records, message);
+    return true;
+  }
   records.clear();
   return message.Fail(error);
 }

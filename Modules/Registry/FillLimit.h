@@ -16,6 +16,7 @@ class CFillLimit {
     if (m_isOver) return true;
     m_isOver = m_message.IsTerminatedInLoop();
     if (m_isOver || !m_deadline.IsOver()) return m_isOver;
+    m_message.NoteCutShort();
     m_message.Fail(kErrorTimeout);
     return m_isOver = true;
   }

@@ -28,7 +28,10 @@ bool CRegistryKeyItem::Init(bool bInitChild, QueryMessage& message) {
   std::unique_ptr<CRegistryKey> key;
   const SystemError error = OpenRegistryKey(*m_poMachine, m_poOptions->hive, m_path,
                                             kKeyQueryValue | kKeyEnumerateSubKeys, key);
-  if (error == kErrorSuccess) return FillFrom(std::move(key), bInitChild, message);
+  if (error == kErrorSuccess) {
+    message.TellPlace(m_path, 1);
+    return FillFrom(std::move(key), bInitChild, message);
+  }
   Children.Clear();
   Params.Clear();
   IsInitialized = false;
@@ -128,8 +131,10 @@ bool CRegistryKeyItem::InitSubKeys(size_t first, CFillLimit& limit, QueryMessage
 bool CRegistryKeyItem::PassesOver(SystemError error, QueryMessage& message) {
   if (error == kErrorNoMoreItems || IsGoneFromRegistry(error)) return true;
   // What was named and cannot be read is not the same as what is empty.
+  const std::string path = HivePath(m_poOptions->hive, m_path);
+  message.NoteProblem(path, error);
   if (m_foundBy == KeyFoundBy::Name || !MayPassOver(error)) return message.Fail(error);
-  LogUnread(HivePath(m_poOptions->hive, m_path), error);
+  LogUnread(path, error);
   return true;
 }
 

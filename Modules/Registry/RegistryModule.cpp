@@ -54,6 +54,7 @@ bool CRegistryModule::Init(bool bInitChild, QueryMessage& message) {
   bool isFilled = true;
   const KeyFoundBy foundBy = HasWildcard(keyPath) ? KeyFoundBy::Walk : KeyFoundBy::Name;
   const auto addKey = [&](const std::string& path, std::unique_ptr<CRegistryKey> key) {
+    message.TellPlace(path, 1);
     auto item = MakeRef<CRegistryKeyItem>(MachineRef(), options, path, 0, foundBy, deadline);
     if (!bInitChild) {
       item->SetProperties(*key);
@@ -63,10 +64,14 @@ bool CRegistryModule::Init(bool bInitChild, QueryMessage& message) {
     Children.Add(std::move(item), false);
     return true;
   };
-  CRegistryWalk walk(Machine(), options->hive, [&] { return limit.IsOver(); });
+  CRegistryWalk walk(
+      Machine(), options->hive, [&] { return limit.IsOver(); }, message);
   SystemError error = walk.OpenHive();
   if (error == kErrorSuccess) error = walk.Run(keyPath, addKey);
-  if (error != kErrorSuccess) return message.Fail(error);
+  if (error != kErrorSuccess) {
+    message.NoteProblem(HivePath(options->hive, keyPath), error);
+    return message.Fail(error);
+  }
   return IsInitialized = isFilled && !limit.HasEnded();
 }
 

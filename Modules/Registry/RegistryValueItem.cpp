@@ -71,8 +71,9 @@ bool CRegistryValueItem::FillFailed(SystemError error, QueryMessage& message) {
   IsInitialized = false;
   m_hasVanished = IsGoneFromRegistry(error);
   if (m_hasVanished) return false;
-  if (!MayPassOver(error)) return message.Fail(error);
   const std::string path = HivePath(m_poOptions->hive, m_keyPath) + "\\" + m_name;
+  message.NoteProblem(path, error);
+  if (!MayPassOver(error)) return message.Fail(error);
   LogUnread(path, error);
   Params.Set(MakeRef<DiagParam>(Defs().pName, m_name), false);
   Params.Set(MakeRef<DiagParam>(Defs().pPath, path), false);

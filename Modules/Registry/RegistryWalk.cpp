@@ -56,6 +56,12 @@ SystemError CRegistryWalk::Run(const std::string& path, const Leaf& leaf) {
   return kErrorSuccess;
 }
 
+void CRegistryWalk::PassOver(const std::string& subPath, SystemError error) {
+  const std::string path = HivePath(m_hive, subPath);
+  LogUnread(path, error);
+  m_message.NoteProblem(path, error);
+}
+
 SystemError CRegistryWalk::Visit(Branch branch, const Leaf& leaf) {
   const bool isNamed = branch.next == 0;  // up to the first wildcard
   if (branch.next < m_pieces.size() && !m_pieces[branch.next].isWild)
@@ -67,7 +73,7 @@ SystemError CRegistryWalk::Visit(Branch branch, const Leaf& leaf) {
   if (IsGoneFromRegistry(error)) return kErrorSuccess;
   if (error != kErrorSuccess) {
     if ((isNamed && isLeaf) || !MayPassOver(error)) return error;
-    LogUnread(HivePath(m_hive, branch.subPath), error);
+    PassOver(branch.subPath, error);
     return kErrorSuccess;
   }
   if (isLeaf) {
@@ -78,7 +84,7 @@ SystemError CRegistryWalk::Visit(Branch branch, const Leaf& leaf) {
   if (error == kErrorSuccess || error == kErrorNoMoreItems || IsGoneFromRegistry(error))
     return kErrorSuccess;
   if (isNamed || !MayPassOver(error)) return error;
-  LogUnread(HivePath(m_hive, branch.subPath), error);
+  PassOver(branch.subPath, error);
   return kErrorSuccess;
 }
 

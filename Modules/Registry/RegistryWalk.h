@@ -1,7 +1,7 @@
 // Finds the keys that a path with wildcards names, depth first, in the order in which the registry
 // lists them.
 //
-//   CRegistryWalk walk(machine, hive, [&] { return message.IsTerminatedInLoop(); });
+//   CRegistryWalk walk(machine, hive, [&] { return message.IsTerminatedInLoop(); }, message);
 //   walk.Run("Software\\*\\Run", [&](const std::string& path, std::unique_ptr<CRegistryKey> key) {
 //     ...
 //     return true;
@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "Modules/Registry/RegistryHive.h"
+#include "model/items/QueryMessage.h"
 
 namespace kestra {
 
@@ -27,8 +28,9 @@ class CRegistryWalk {
   // Takes a key that was found, opened for reading. False ends the walk.
   using Leaf = std::function<bool(const std::string& subPath, std::unique_ptr<CRegistryKey> key)>;
 
-  CRegistryWalk(CMachine& machine, const RegistryHive& hive, Stop stop)
-      : m_machine(machine), m_hive(hive), m_stop(std::move(stop)) {}
+  // What cannot be read on the way is noted in the message.
+  CRegistryWalk(CMachine& machine, const RegistryHive& hive, Stop stop, QueryMessage& message)
+      : m_machine(machine), m_hive(hive), m_stop(std::move(stop)), m_message(message) {}
 
   // To be asked first: an error when the hive as a whole cannot be opened, which is another thing
   // than a key that may not be read. kErrorSuccess for one that the machine does not have.
@@ -38,7 +40,7 @@ class CRegistryWalk {
   // - kErrorSuccess at the end of the walk, whoever ended it; for a key that is not there, too;
   // - what is wrong with a path without wildcards, or with listing the keys before the first one;
   // - what we have run out of, such as kErrorNotEnoughMemory.
-  // Every other key that cannot be opened or listed is passed over, and the log tells.
+  // Every other key that cannot be opened or listed is passed over; the log and the notes tell.
   SystemError Run(const std::string& path, const Leaf& leaf);
 
  private:
@@ -53,11 +55,13 @@ class CRegistryWalk {
   bool IsOver() { return m_isEnded = m_isEnded || m_stop(); }
   bool ReadPieces(const std::string& path);
   SystemError Visit(Branch branch, const Leaf& leaf);
+  void PassOver(const std::string& subPath, SystemError error);
   SystemError ListMatches(CRegistryKey& key, const Branch& branch);
 
   CMachine& m_machine;
   const RegistryHive& m_hive;
   const Stop m_stop;
+  QueryMessage& m_message;
   std::vector<Piece> m_pieces;
   std::vector<Branch> m_open;
   bool m_isEnded = false;

@@ -4,6 +4,11 @@
 #include <cstdio>
 #include <string>
 
+#include "cli/Terminal.h"
+#include "cli/messages/CaretText.h"
+#include "cli/messages/MessageHints.h"
+#include "cli/render/Width.h"
+
 namespace kestra::cli {
 namespace {
 
@@ -15,15 +20,109 @@ std::string OneLine(std::string_view text) {
   return line;
 }
 
+// Where there is no terminal, nobody wants a line of a megabyte either.
+constexpr size_t kUsualWidth = 160;
+
+void TellHint(const std::string& hint) {
+  if (!hint.empty()) std::fprintf(stderr, "kestra: %s\n", Printable(hint).c_str());
+}
+
+// Null if there is nothing to say.
+CDiagnosisHandle DiagnosisOf(kestra_session* session, std::string_view query) {
+  return Take<CDiagnosisHandle>(kestra_session_diagnose, session, query.data(), query.size());
+}
+
+// What stands before a query in its text.
+struct LinesBefore {
+  int32_t lines = 0;       // that end before it
+  int32_t characters = 0;  // before it on its line
+};
+
+LinesBefore CountBefore(const QueryPiece& query, size_t offset) {
+  const std::string_view before = query.whole.substr(0, offset);
+  LinesBefore count;
+  count.lines =
+      query.firstLine - 1 + static_cast<int32_t>(std::count(before.begin(), before.end(), '\n'));
+  for (const char c : before.substr(before.rfind('\n') + 1)) {
+    const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
+    count.characters += isContinuation ? 0 : 1;
+  }
+  return count;
+}
+
+// The line with a caret, and the sentence. What does not explain an Error is only a note.
+void TellDiagnosis(const QueryPiece& query, const kestra_diagnosis* diagnosis) {
+  size_t offset = 0, length = 0;
+  int32_t line = 0, column = 0;
+  Check(kestra_diagnosis_place(diagnosis, &offset, &length, &line, &column));
+  const LinesBefore before = CountBefore(query, query.Offset());
+  if (line == 1) column += before.characters;
+  line += before.lines;
+  const size_t width = IsTerminal(Stream::Error) ? TerminalWidth(Stream::Error) : 0;
+  const std::string caret =
+      CaretText(query.whole, query.Offset() + offset, length, width == 0 ? kUsualWidth : width);
+  const bool isError = Is(kestra_diagnosis_is_error, diagnosis);
+  const std::string message = Printable(Ask<const char*>(kestra_diagnosis_message, diagnosis));
+  std::fprintf(stderr, "%skestra: %sline %d, column %d: %s\n", caret.c_str(),
+               isError ? "" : "note: ", static_cast<int>(line), static_cast<int>(column),
+               message.c_str());
+}
+
+// For an Error of which nothing in the text is the cause: which query of a file it was.
+void TellLine(const QueryPiece& query) {
+  const size_t blanks = std::min(query.text.find_first_not_of(" \t\r\n"), query.text.size());
+  const LinesBefore before = CountBefore(query, query.Offset() + blanks);
+  if (before.lines == 0) return;
+  std::fprintf(stderr, "kestra: the query begins on line %d\n", static_cast<int>(before.lines + 1));
+}
+
+// The piece of a query that a diagnosis is about.
+std::string_view BlamedPiece(const QueryPiece& query, const kestra_diagnosis* diagnosis) {
+  size_t offset = 0, length = 0;
+  Check(kestra_diagnosis_place(diagnosis, &offset, &length, nullptr, nullptr));
+  return query.text.substr(offset, length);
+}
+
+// A result that may be so because of what was not meant: nothing, or a count of nothing.
+bool IsNothing(kestra_value* value) {
+  if (Is(kestra_value_is_number, value)) return Ask<int32_t>(kestra_value_as_long, value) == 0;
+  if (!Is(kestra_value_is_vector, value)) return false;
+  const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
+  const auto count = Ask<int32_t>(kestra_values_count, values.get());
+  if (count != 1) return count == 0;
+  const auto only = Take<CValueHandle>(kestra_values_value, values.get(), 0);
+  return Is(kestra_value_is_number, only.get()) &&
+         Ask<int32_t>(kestra_value_as_long, only.get()) == 0;
+}
+
 }  // namespace
 
-void TellError(kestra_session* session, std::string_view, kestra_value* error) {
+void TellError(kestra_session* session, const QueryPiece& query, kestra_value* error, Place place) {
   const std::string text = OneLine(TextOf(error));
   std::fprintf(stderr, "%s\n", text.c_str());
   const std::string message = OneLine(Ask<const char*>(kestra_session_last_message, session));
   if (!message.empty() && text.find(message) == std::string::npos) {
     std::fprintf(stderr, "kestra: %s\n", message.c_str());
   }
+  const auto diagnosis = DiagnosisOf(session, query.text);
+  // Where the place in the query is known, it is told there what the message means.
+  const bool isExplained = diagnosis && Is(kestra_diagnosis_is_error, diagnosis.get());
+  std::string hint;
+  if (!isExplained) {
+    hint = MessageHint(text, place);
+    if (hint.empty()) hint = MessageHint(message, place);
+    TellHint(hint);
+    TellLine(query);
+  }
+  if (!diagnosis) return;
+  TellDiagnosis(query, diagnosis.get());
+  if (isExplained) TellHint(WordHint(BlamedPiece(query, diagnosis.get()), place));
+}
+
+void TellDoubts(kestra_session* session, const QueryPiece& query, kestra_value* value) {
+  if (!IsNothing(value)) return;
+  const auto diagnosis = DiagnosisOf(session, query.text);
+  if (diagnosis) TellDiagnosis(query, diagnosis.get());
 }
 
 void TellNotices(kestra_session* session) {

@@ -28,6 +28,8 @@ Cell ReadCell(kestra_param* param) {
       return {CellKind::Flags, 0, ParamText(param)};
     case KESTRA_TYPE_DATIME:
       return {CellKind::Datime, Ask<uint32_t>(kestra_param_dword_value, param), ParamText(param)};
+    case KESTRA_TYPE_VERSION:
+      return {CellKind::Version, 0, ParamText(param)};
     default:
       return {CellKind::Text, 0, ParamText(param)};
   }

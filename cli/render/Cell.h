@@ -13,6 +13,7 @@ enum class CellKind {
   Boolean,
   Number,
   Text,
+  Version,
   Datime,
   Flags,    // the options that are set, joined by "|"
   Nothing,  // not a scalar: an item or a vector; or an Error

@@ -25,19 +25,22 @@ void WriteRecord(const std::vector<std::string>& fields, COutput& output) {
   output.Write(record += "\r\n");
 }
 
+// A date says its time zone, since a file may be read elsewhere than where it was written.
 std::string FieldOf(const Cell& cell) {
-  return cell.kind == CellKind::Null ? std::string() : Field(cell.text);
+  if (cell.kind == CellKind::Null) return {};
+  return Field(cell.kind == CellKind::Datime ? UtcText(cell.number) : cell.text);
 }
 
 }  // namespace
 
-void RenderCsv(kestra_value* value, const std::vector<std::string>& columns, COutput& output) {
+void RenderCsv(kestra_value* value, const std::vector<std::string>& columns, const CRowOrder& order,
+               COutput& output) {
   if (!Is(kestra_value_is_vector, value)) {
     WriteRecord({"Value"}, output);
     WriteRecord({FieldOf(ReadCell(value))}, output);
     return;
   }
-  CRows rows(value, columns);
+  CRows rows(value, columns, order);
   std::vector<std::string> fields;
   for (const Column& column : rows.Columns()) fields.push_back(Field(column.name));
   if (!fields.empty()) WriteRecord(fields, output);

@@ -102,18 +102,18 @@ std::string Dump(const Json& json) {
 
 }  // namespace
 
-void RenderJson(kestra_value* value, const std::vector<std::string>& columns, bool lines,
-                COutput& output) {
+void RenderJson(kestra_value* value, const std::vector<std::string>& columns,
+                const CRowOrder& order, bool lines, COutput& output) {
   CJsonRows rows(columns);
   const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
   if (!values) {
     output.Write(Dump(rows.ValueOf(value, 0)) + '\n');
     return;
   }
-  const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
+  const int32_t count = order.Count();
   if (!lines) output.Write(count == 0 ? "[" : "[\n");
   for (int32_t i = 0; i < count; ++i) {
-    const auto element = Take<CValueHandle>(kestra_values_value, values.get(), i);
+    const auto element = Take<CValueHandle>(kestra_values_value, values.get(), order.At(i));
     output.Write(Dump(rows.RowOf(element.get())));
     output.Write(!lines && i + 1 < count ? ",\n" : "\n");
   }

@@ -20,6 +20,8 @@ class COutput {
   virtual ~COutput() = default;
   virtual void Write(std::string_view text) = 0;
   virtual void Flush() {}
+  // Whether what is written is shown to somebody at once.
+  virtual bool IsTerminal() const { return false; }
 };
 
 class CStringOutput final : public COutput {
@@ -31,13 +33,16 @@ class CStringOutput final : public COutput {
 // A stream of the process. What is not flushed is lost.
 class CFileOutput final : public COutput {
  public:
-  CFileOutput(std::FILE* pFile, std::string name) : m_pFile(pFile), m_name(std::move(name)) {}
+  CFileOutput(std::FILE* pFile, std::string name, bool isTerminal = false)
+      : m_pFile(pFile), m_name(std::move(name)), m_isTerminal(isTerminal) {}
   void Write(std::string_view text) override;
   void Flush() override;
+  bool IsTerminal() const override { return m_isTerminal; }
 
  private:
   std::FILE* m_pFile;
   std::string m_name;
+  bool m_isTerminal;
   std::string m_buffer;
 };
 

@@ -40,11 +40,14 @@ std::string FreshName(const std::vector<Column>& columns, const std::string& wan
 
 }  // namespace
 
-CRows::CRows(kestra_value* vector, const std::vector<std::string>& names)
-    : m_values(Take<CValuesHandle>(kestra_value_as_vector, vector)) {
-  m_count = Ask<int32_t>(kestra_values_count, m_values.get());
+CRows::CRows(kestra_value* vector, const std::vector<std::string>& names, const CRowOrder& order)
+    : m_values(Take<CValuesHandle>(kestra_value_as_vector, vector)), m_order(order) {
   AddNamedColumns(names);
-  for (int32_t i = 0; i < m_count; ++i) Survey(i);
+  for (int32_t i = 0; i < Count(); ++i) Survey(i);
+}
+
+CValueHandle CRows::Row(int32_t place) const {
+  return Take<CValueHandle>(kestra_values_value, m_values.get(), m_order.At(place));
 }
 
 void CRows::AddNamedColumns(const std::vector<std::string>& names) {
@@ -53,7 +56,7 @@ void CRows::AddNamedColumns(const std::vector<std::string>& names) {
 }
 
 void CRows::Survey(int32_t number) {
-  auto row = Take<CValueHandle>(kestra_values_value, m_values.get(), number);
+  auto row = Row(number);
   if (const auto item = Take<CItemHandle>(kestra_value_as_vdiag_item, row.get())) {
     SurveyItem(item.get());
     return;
@@ -89,7 +92,7 @@ size_t CRows::ColumnOfProperty(const ItemLayout::Property& property) {
 
 std::vector<Cell> CRows::Read(int32_t number) {
   std::vector<Cell> cells(m_columns.size());
-  auto row = Take<CValueHandle>(kestra_values_value, m_values.get(), number);
+  auto row = Row(number);
   if (const auto item = Take<CItemHandle>(kestra_value_as_vdiag_item, row.get())) {
     ReadItem(item.get(), cells);
     return cells;

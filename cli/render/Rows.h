@@ -11,6 +11,7 @@
 
 #include "cli/render/Cell.h"
 #include "cli/render/Items.h"
+#include "cli/render/RowOrder.h"
 
 namespace kestra::cli {
 
@@ -22,15 +23,17 @@ struct Column {
 
 class CRows {
  public:
-  // vector is a value that is a vector; names are those of the values of a SELECT list.
-  CRows(kestra_value* vector, const std::vector<std::string>& names);
+  // vector is a value that is a vector; names are those of the values of a SELECT list. The rows
+  // are those that the order shows, and stand as they stand there.
+  CRows(kestra_value* vector, const std::vector<std::string>& names, const CRowOrder& order);
 
   const std::vector<Column>& Columns() const { return m_columns; }
-  int32_t Count() const { return m_count; }
+  int32_t Count() const { return m_order.Count(); }
   // One cell per column.
   std::vector<Cell> Read(int32_t number);
 
  private:
+  CValueHandle Row(int32_t place) const;
   void AddNamedColumns(const std::vector<std::string>& names);
   void Survey(int32_t number);
   void SurveyItem(kestra_item* item);
@@ -38,7 +41,7 @@ class CRows {
   void ReadItem(kestra_item* item, std::vector<Cell>& row);
 
   CValuesHandle m_values;
-  int32_t m_count = 0;
+  const CRowOrder m_order;
   size_t m_listColumns = 0;  // how many of the columns are of a SELECT list; they stand first
   std::vector<Column> m_columns;
   std::unordered_map<std::string, size_t> m_propertyColumns;  // by name

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <limits>
 
 #include "cli/render/Render.h"
 #include "cli/render/Rows.h"
@@ -9,12 +10,14 @@ namespace {
 
 constexpr std::string_view kGap = "  ";
 constexpr size_t kLeastWidth = 8;  // no column is cut below that
+constexpr size_t kWidest = std::numeric_limits<size_t>::max();
 
 struct TableColumn {
   size_t source = 0;  // its number among the columns of the rows
   std::string heading;
   size_t width = 0;
   bool isNumeric = true;  // every cell that is set is a number
+  size_t cellWidth = 0;   // of the widest cell
 };
 
 std::string HeadingOf(const Column& column) {
@@ -36,6 +39,8 @@ class CTable {
     Measure();
     if (width != 0) FitInto(width);
   }
+
+  bool FitsInto(size_t width) const { return LineWidth(kWidest) <= width; }
 
   void Write(COutput& output) {
     if (m_columns.empty()) return;
@@ -61,10 +66,11 @@ class CTable {
       for (TableColumn& column : m_columns) {
         const Cell& cell = cells[column.source];
         if (cell.kind == CellKind::Null) continue;
-        column.width = std::max(column.width, WidthOf(ShownText(cell)));
+        column.cellWidth = std::max(column.cellWidth, WidthOf(ShownText(cell)));
         if (cell.kind != CellKind::Number) column.isNumeric = false;
       }
     }
+    for (TableColumn& column : m_columns) column.width = std::max(column.width, column.cellWidth);
   }
 
   // Cuts the widest columns of text to one width, the greatest with which the line fits.
@@ -77,8 +83,9 @@ class CTable {
   }
 
   static size_t CutWidth(const TableColumn& column, size_t most) {
-    // A number that is cut would be another number.
-    return column.isNumeric ? column.width : std::min(column.width, most);
+    if (!column.isNumeric) return std::min(column.width, most);
+    // A number that is cut would be another number; its heading may be cut.
+    return std::min(column.width, std::max({column.cellWidth, most, kLeastWidth}));
   }
 
   size_t LineWidth(size_t most) const {
@@ -113,15 +120,18 @@ class CTable {
 
 }  // namespace
 
-void RenderTable(kestra_value* value, const std::vector<std::string>& columns, size_t width,
-                 COutput& output) {
+void RenderTable(kestra_value* value, const std::vector<std::string>& columns,
+                 const CRowOrder& order, const RenderOptions& options, COutput& output) {
   if (!Is(kestra_value_is_vector, value)) {
     const Cell cell = ReadCell(value);
     output.Write((cell.kind == CellKind::Null ? "<NULL>" : Printable(cell.text, true)) + "\n");
     return;
   }
-  CRows rows(value, columns);
-  CTable(rows, width).Write(output);
+  CRows rows(value, columns, order);
+  CTable table(rows, options.width);
+  const bool turns = options.turnsVertical && options.width != 0 && rows.Count() > 0;
+  if (turns && !table.FitsInto(options.width)) return WriteVertical(rows, output);
+  table.Write(output);
 }
 
 }  // namespace kestra::cli

@@ -44,16 +44,15 @@ std::string LineOf(kestra_value* element, CItemLayouts& layouts) {
 
 }  // namespace
 
-void RenderText(kestra_value* value, COutput& output) {
+void RenderText(kestra_value* value, const CRowOrder& order, COutput& output) {
   const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
   if (!values) {
     output.Write(std::string(TextOf(value)) + '\n');
     return;
   }
   CItemLayouts layouts;
-  const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
-  for (int32_t i = 0; i < count; ++i) {
-    const auto element = Take<CValueHandle>(kestra_values_value, values.get(), i);
+  for (int32_t i = 0; i < order.Count(); ++i) {
+    const auto element = Take<CValueHandle>(kestra_values_value, values.get(), order.At(i));
     output.Write(LineOf(element.get(), layouts));
   }
 }

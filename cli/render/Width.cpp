@@ -21,8 +21,11 @@ std::string Printable(std::string_view text, bool keepLines) {
   result.reserve(text.size());
   while (!text.empty()) {
     const TerminalCharacter character = FirstCharacter(text);
-    if (IsLayout(text[0])) {
-      result += keepLines ? text[0] : ' ';
+    if (keepLines && text.starts_with("\r\n")) {
+      // One end of line.
+    } else if (IsLayout(text[0])) {
+      // A CR by itself would have what follows written over what stands before it.
+      result += keepLines && text[0] != '\r' ? text[0] : ' ';
     } else if (character.width < 0) {
       result += kReplacement;
     } else {
@@ -54,6 +57,27 @@ std::string CutToWidth(std::string_view text, size_t width) {
     if (used < width) keep = i;
   }
   return std::string(text);
+}
+
+std::string Wrapped(const std::string& text, size_t width, size_t indent) {
+  std::string wrapped;
+  size_t used = 0;
+  for (size_t start = 0; start < text.size();) {
+    const size_t end = std::min(text.find(' ', start), text.size());
+    const std::string word = text.substr(start, end - start);
+    const size_t size = WidthOf(word);
+    if (used > 0 && used + 1 + size > width) {
+      wrapped.append(1, '\n').append(indent, ' ');
+      used = 0;
+    } else if (used > 0) {
+      wrapped += ' ';
+      ++used;
+    }
+    wrapped += word;
+    used += size;
+    start = end + 1;
+  }
+  return wrapped;
 }
 
 }  // namespace kestra::cli

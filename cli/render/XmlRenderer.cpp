@@ -94,13 +94,13 @@ class CXmlWriter {
 
 }  // namespace
 
-void RenderXml(kestra_value* value, const std::vector<std::string>& columns, COutput& output) {
+void RenderXml(kestra_value* value, const std::vector<std::string>& columns, const CRowOrder& order,
+               COutput& output) {
   CXmlWriter writer(columns, output);
   output.Write("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<I n=\"Result\">\r\n");
   const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
-  const int32_t count = values ? Ask<int32_t>(kestra_values_count, values.get()) : 0;
-  for (int32_t i = 0; i < count; ++i) {
-    writer.WriteRow(Take<CValueHandle>(kestra_values_value, values.get(), i).get());
+  for (int32_t i = 0; i < order.Count(); ++i) {
+    writer.WriteRow(Take<CValueHandle>(kestra_values_value, values.get(), order.At(i)).get());
   }
   if (!values) writer.WriteValue(value, "Value", 0);
   output.Write("</I>\r\n");

@@ -55,6 +55,12 @@ kestra_status ReleaseHandle(Handle* handle) {
   });
 }
 
+// A place for a result that the caller need not give.
+template <class T>
+void Tell(T* place, T what) {
+  if (place) *place = what;
+}
+
 // Whether number is an index of a list of that length.
 inline bool IsInside(int32_t number, size_t count) {
   return number >= 0 && static_cast<size_t>(number) < count;

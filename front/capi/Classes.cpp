@@ -5,22 +5,21 @@ using namespace kestra;
 
 namespace {
 
-template <class T>
-void Tell(T* place, T what) {
-  if (place) *place = what;
-}
-
-const char* JoinedOptions(const kestra_class& handle, size_t index) {
-  const DiagParamDef& def = *handle.diagClass->Params->Get(index);
+const char* OptionsOf(const kestra_class& handle, size_t index) {
   std::string& joined = handle.options[index];
-  if (joined.empty() && (def.Type == ParamType::Enum || def.Type == ParamType::Bitmask)) {
-    for (const std::string& option : def.Options) joined.append(option).append(1, '|');
-    if (!joined.empty()) joined.pop_back();
-  }
+  if (joined.empty()) joined = JoinedOptions(*handle.diagClass->Params->Get(index));
   return joined.c_str();
 }
 
 }  // namespace
+
+std::string kestra::JoinedOptions(const DiagParamDef& def) {
+  std::string joined;
+  if (def.Type != ParamType::Enum && def.Type != ParamType::Bitmask) return joined;
+  for (const std::string& option : def.Options) joined.append(option).append(1, '|');
+  if (!joined.empty()) joined.pop_back();
+  return joined;
+}
 
 kestra_status kestra_session_root_class(kestra_session* session, kestra_class** root_class) {
   return Barrier(session, root_class)([&] {
@@ -91,7 +90,7 @@ kestra_status kestra_class_property(const kestra_class* diag_class, int32_t numb
     Tell(name, def.Name.c_str());
     Tell(type, static_cast<int32_t>(def.Type));
     Tell(unit, def.GetUnit().c_str());
-    Tell(options, JoinedOptions(*diag_class, index));
+    Tell(options, OptionsOf(*diag_class, index));
     Tell(can_be_changed, def.CanBeChanged ? 1 : 0);
     Tell(description, def.Description.c_str());
     return KESTRA_OK;

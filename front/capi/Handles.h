@@ -4,7 +4,9 @@
 // Threads: a handle is used by one thread at a time; what it refers to may be shared by many.
 #pragma once
 
+#include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "front/session/SorrelCOM.h"
@@ -21,6 +23,7 @@ struct kestra_session {
   kestra::CSorrelCOM session;
   std::string lastNotice{};
   std::string lastMessage;
+  std::string lastPlan{};  // of the last explanation
   kestra::QueryReport lastReport;
 };
 
@@ -56,15 +59,32 @@ struct kestra_columns {
   std::vector<std::string> names;
 };
 
+struct kestra_diagnosis {
+  kestra::Diagnosis diagnosis;
+};
+
+struct kestra_completions {
+  kestra::Completions completions;
+};
+
 struct kestra_class {
   explicit kestra_class(kestra::Ref<kestra::DiagClass> theClass)
       : diagClass(std::move(theClass)), options(diagClass->Params->Count()) {}
   kestra::Ref<kestra::DiagClass> diagClass;
   std::string dump;                          // the last one
   mutable std::vector<std::string> options;  // of each property, joined, once it was asked for
+  // The texts of arguments that were asked for, by action (-1: the class's own) and number.
+  struct ArgumentTexts {
+    std::string options;
+    std::string defaultText;
+  };
+  std::map<std::pair<int32_t, int32_t>, ArgumentTexts> arguments{};
 };
 
 namespace kestra {
+
+// The option texts of an Enum or Bitmask, joined by "|"; empty for other types.
+std::string JoinedOptions(const DiagParamDef& def);
 
 // A session over a machine and modules of the caller's choice, to be destroyed like any other.
 kestra_session* MakeSession(SessionSetup setup);

@@ -4,6 +4,7 @@
 
 #include "model/classes/Module.h"
 #include "model/items/Item.h"
+#include "platform/os/Clock.h"
 
 namespace kestra {
 
@@ -12,7 +13,12 @@ inline bool FillAgain(CVDiagItem& item, bool initChild) {
   const CAutoInterruptibleLock lock(item.Lock(), nullptr);
   const bool isFilled = item.Init(initChild);
   // What a module holds now came from the machine.
-  if (item.IsModule()) static_cast<DiagModule&>(item).FromCache = false;
+  if (item.IsModule()) {
+    auto& module = static_cast<DiagModule&>(item);
+    module.FromCache = false;
+    module.FilledAt = os::SystemTimeAsFileTime().ticks;
+    module.IsCutShort = false;  // nobody was asked
+  }
   return isFilled;
 }
 

@@ -16,7 +16,10 @@ class CModuleInitThread : public CVThread {
   void Run() override {
     QueryMessage message(StopEvent(), false);
     const os::CTerminationScope scope(message.TerminationEvent());
-    static_cast<CVDiagItem&>(*m_poModule).Init(true, false, message);
+    const CAutoInterruptibleLock lock(m_poModule->Lock(), message.TerminationEvent());
+    if (!lock.IsHeld() || m_poModule->IsInitialized) return;
+    message.Notes = MakeRef<CFillNotes>();
+    m_poModule->InitFromMachine(true, false, message);
   }
 
  private:

@@ -67,6 +67,7 @@ void CQueryWorker::Evaluate(const QueryRequest& request, QueryOutcome& outcome) 
                   static_cast<int>(os::CurrentThreadId()));
   } else {
     const auto message = MakeRef<QueryMessage>(StopEvent(), request.isActiveAllowed);
+    message->Progress = request.progress;
     outcome.hasValue = m_pSorrel->ProcessQuery(request.query, outcome.value, request.timeOut,
                                                message, &outcome.report);
     if (!outcome.hasValue) {

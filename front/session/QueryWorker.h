@@ -34,6 +34,7 @@ struct QueryRequest {
   uint32_t timeOut = kNoTimeOut;
   bool isActiveAllowed = false;
   uint32_t queryId = 0;
+  Ref<CProgress> progress{};  // where it tells what it is doing; may be null
 };
 
 class CQueryWorker : public CVThread {

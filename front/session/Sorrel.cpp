@@ -4,6 +4,7 @@
 #include "platform/machine/SystemFacts.h"
 #include "platform/os/HostEnvironment.h"
 #include "platform/os/HostFile.h"
+#include "query/explain/Explain.h"
 
 namespace kestra {
 
@@ -109,6 +110,32 @@ bool CSorrel::CheckSyntax(const std::string& text) {
   Value result;
   EvaluateQuery(result, text, root, 0, nullptr);
   return !result.IsError();
+}
+
+bool CSorrel::Explain(const std::string& text, std::string& plan) {
+  const Ref<DiagRoot> root = TakeRoot();
+  return root && ExplainQuery(text, root, plan);
+}
+
+std::optional<ModuleState> CSorrel::StateOf(const std::string& moduleName) {
+  const Ref<DiagRoot> root = TakeRoot();
+  return root ? root->StateOf(moduleName) : std::nullopt;
+}
+
+bool CSorrel::DiagnoseText(const std::string& text, Ref<QueryMessage> message,
+                           std::optional<Diagnosis>& diagnosis) {
+  const Ref<DiagRoot> root = TakeRoot();
+  if (!root) return false;
+  diagnosis = Diagnose(text, root, std::move(message));
+  return true;
+}
+
+bool CSorrel::CompleteText(const std::string& text, size_t cursor, Ref<QueryMessage> message,
+                           Completions& completions) {
+  const Ref<DiagRoot> root = TakeRoot();
+  if (!root) return false;
+  completions = Complete(text, cursor, root, std::move(message));
+  return true;
 }
 
 bool CSorrel::ProcessQuery(const std::string& text, Value& result, uint32_t timeOut,

@@ -10,6 +10,8 @@
 #include "front/session/Notices.h"
 #include "model/root/Root.h"
 #include "query/Evaluate.h"
+#include "query/diagnose/Completion.h"
+#include "query/diagnose/Diagnosis.h"
 
 namespace kestra {
 
@@ -56,6 +58,15 @@ class CSorrel {
   Ref<DiagClass> GetClass();
   // Whether the text parses.
   bool CheckSyntax(const std::string& text);
+  // See Diagnose and Complete. False when the root could not be made.
+  bool DiagnoseText(const std::string& text, Ref<QueryMessage> message,
+                    std::optional<Diagnosis>& diagnosis);
+  bool CompleteText(const std::string& text, size_t cursor, Ref<QueryMessage> message,
+                    Completions& completions);
+  // How the text would be run, for a reader; false for one that does not parse.
+  bool Explain(const std::string& text, std::string& plan);
+  // Whether a module of that name can show anything; nothing if there is none.
+  std::optional<ModuleState> StateOf(const std::string& moduleName);
   // Runs a query; false when the root could not be made. result is then untouched.
   bool ProcessQuery(const std::string& text, Value& result, uint32_t timeOut,
                     Ref<QueryMessage> message, QueryReport* pReport);

@@ -23,7 +23,9 @@ std::string LogText(const Value& value) {
 }  // namespace
 
 CSorrelCOM::CSorrelCOM(SessionSetup setup)
-    : m_poCancelEvent(MakeRef<os::CEvent>()), m_pIsAlive(std::make_shared<bool>(true)) {
+    : m_poCancelEvent(MakeRef<os::CEvent>()),
+      m_poProgress(MakeRef<CProgress>()),
+      m_pIsAlive(std::make_shared<bool>(true)) {
   OpenGlobalLog();
   m_pSorrel = std::make_shared<CSorrel>(std::move(setup));
 }
@@ -68,6 +70,7 @@ SessionStatus CSorrelCOM::RunQuerySync(const std::string& query,
   const int queryId = static_cast<int>(++g_lastQueryId);
   g_Log.Info("CSorrelCOM::RunQuerySync, started. q_id = %d, query = %s", queryId, query.c_str());
   const Ref<QueryMessage> message = MakeMessage(hostEvent);
+  message->Progress = m_poProgress;
   outcome = {};
   outcome.hasValue =
       m_pSorrel->ProcessQuery(query, outcome.value, timeOut, message, &outcome.report);
@@ -115,8 +118,9 @@ SessionStatus CSorrelCOM::RunQuery(const std::string& query, uint32_t timeOut) {
     m_pQCalculator = calculator;
   }
   const uint32_t queryId = ++g_lastQueryId;
-  return calculator->Run({query, timeOut, m_isActiveAllowed, queryId}) ? SessionStatus::Ok
-                                                                       : SessionStatus::Fail;
+  return calculator->Run({query, timeOut, m_isActiveAllowed, queryId, m_poProgress})
+             ? SessionStatus::Ok
+             : SessionStatus::Fail;
 }
 
 void CSorrelCOM::DisableAsyncMode() {
@@ -185,6 +189,28 @@ SessionStatus CSorrelCOM::InitDiagModule(const std::string& name, const std::str
 SessionStatus CSorrelCOM::CheckQuerySyntax(const std::string& query, int32_t& good) {
   good = m_pSorrel->CheckSyntax(query) ? -1 : 0;
   return SessionStatus::Ok;
+}
+
+SessionStatus CSorrelCOM::DiagnoseText(const std::string& query,
+                                       std::optional<Diagnosis>& diagnosis) {
+  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  return m_pSorrel->DiagnoseText(query, MakeMessage({}), diagnosis) ? SessionStatus::Ok
+                                                                    : SessionStatus::Fail;
+}
+
+SessionStatus CSorrelCOM::CompleteText(const std::string& text, size_t cursor,
+                                       kestra::Completions& completions) {
+  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  return m_pSorrel->CompleteText(text, cursor, MakeMessage({}), completions) ? SessionStatus::Ok
+                                                                             : SessionStatus::Fail;
+}
+
+bool CSorrelCOM::Explain(const std::string& query, std::string& plan) {
+  return m_pSorrel->Explain(query, plan);
+}
+
+std::optional<ModuleState> CSorrelCOM::StateOf(const std::string& moduleName) {
+  return m_pSorrel->StateOf(moduleName);
 }
 
 void CSorrelCOM::CancelQuery() {

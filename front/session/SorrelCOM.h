@@ -69,6 +69,17 @@ class CSorrelCOM {
   SessionStatus InitDiagModule(const std::string& name, const std::string& args, bool initAlways);
   // good is -1 for a text that parses, 0 for one that does not.
   SessionStatus CheckQuerySyntax(const std::string& query, int32_t& good);
+  // What is wrong with a text or suspicious in it, and what may stand in it. CancelQuery ends the
+  // work with nothing found. Fail when the root could not be made.
+  SessionStatus DiagnoseText(const std::string& query, std::optional<Diagnosis>& diagnosis);
+  SessionStatus CompleteText(const std::string& text, size_t cursor,
+                             kestra::Completions& completions);
+  // How a text would be run, for a reader; false for one that does not parse. Nothing is run.
+  bool Explain(const std::string& query, std::string& plan);
+  // Whether a module of that name in any case can show anything; nothing if there is none.
+  std::optional<ModuleState> StateOf(const std::string& moduleName);
+  // What the queries of this session are doing now. From any thread.
+  const CProgress& Progress() const { return *m_poProgress; }
   // Ends the queries of this session, and drops the announcement of one that has just ended. From
   // any thread. Waits for the worker, up to ten seconds.
   void CancelQuery();
@@ -91,6 +102,7 @@ class CSorrelCOM {
   std::shared_ptr<CSorrel> m_pSorrel;
   std::atomic<bool> m_isActiveAllowed{false};
   const Ref<os::CEvent> m_poCancelEvent;
+  const Ref<CProgress> m_poProgress;
   QueryCompleteSink m_sink;
   std::vector<Ref<CModuleInitThread>> m_initThreads;
   std::shared_ptr<bool> m_pIsAlive;  // tells DispatchEvents that a sink has ended the session

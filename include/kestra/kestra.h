@@ -25,7 +25,7 @@
  *   were taken from it, and a session before its values.
  * - Handles of results (values, items, params and their lists) may be read from any thread, one
  *   thread at a time per handle. A session's functions are called from the thread that made it;
- *   only kestra_session_cancel_query may be called from any thread.
+ *   only kestra_session_cancel_query and kestra_session_progress may be called from any thread.
  * - Nothing is thrown across this interface, and no input ends the process.
  *
  * The interface is versioned: KESTRA_ABI_VERSION is raised when something is taken away or changes
@@ -67,6 +67,8 @@ typedef struct kestra_param kestra_param;
 typedef struct kestra_params kestra_params;
 typedef struct kestra_columns kestra_columns;
 typedef struct kestra_class kestra_class;
+typedef struct kestra_diagnosis kestra_diagnosis;
+typedef struct kestra_completions kestra_completions;
 
 /* The numbers of the declared types. */
 #define KESTRA_TYPE_STRING 1
@@ -276,19 +278,132 @@ KESTRA_API kestra_status kestra_columns_count(const kestra_columns* columns, int
 KESTRA_API kestra_status kestra_columns_name(const kestra_columns* columns, int32_t number,
                                              const char** name);
 
-/* ---- Sources of a result ---- */
+/* ---- What happened: the sources of a result ---- */
 
-/* Where the content of a module came from that the last query read. */
+/* Where the content of a source came from that the last query read. */
 #define KESTRA_FILL_MACHINE 0    /* it was filled for this query */
 #define KESTRA_FILL_MEMORY 1     /* it was filled before, in this session */
 #define KESTRA_FILL_CACHE_FILE 2 /* it was read from the cache directory */
 
+/* Whether a module can have anything to show. */
+#define KESTRA_MODULE_READY 0
+#define KESTRA_MODULE_NOT_BUILT 1 /* it is declared, and fills to nothing */
+#define KESTRA_MODULE_NOT_HERE 2  /* the session's machine has nothing of what it shows */
+
+/* One source of the last query: a module with its arguments, or a built-in source with its path
+ * (name "FILES.FILE", arguments the path as it is written in a query). A source that is asked
+ * several times in one query is one entry, with its numbers added up and the rest as it was the
+ * first time; behind a thousand entries those of one name share one, whose arguments are "...". A
+ * join by parent has no entry for its right side, which is children of the rows on its left.
+ * struct_size is sizeof(kestra_source_info), set by the caller: members that it has no room for are
+ * left out. The texts are valid until the session's next query. */
+typedef struct kestra_source_info {
+  size_t struct_size;
+  const char* name;      /* "Processes", "FILES.FILE" */
+  const char* arguments; /* those that differ from their defaults, as they are written in a query */
+  int32_t fill;          /* KESTRA_FILL_... */
+  int32_t state;         /* KESTRA_MODULE_... */
+  int32_t is_filled;     /* 0: it could not be filled, and the query is an Error */
+  int32_t is_cut_short; /* not 0: a time limit or a cancel ended the reading before its end; a cache
+                           file does not tell */
+  uint32_t age_seconds; /* of content out of a cache file or of memory, when the query read it */
+  int32_t problem_count; /* what could not be read */
+  uint64_t rows_seen;    /* items of the class that were looked at */
+  uint64_t rows_kept;    /* those of them that the WHERE of the clause let pass */
+  uint64_t microseconds; /* for finding or filling the content, and looking at its rows, with the
+                            sub-selects that the WHERE asks for each of them */
+} kestra_source_info;
+
 KESTRA_API kestra_status kestra_session_source_count(kestra_session* session, int32_t* count);
-/* number counts from 0. arguments are those that differ from their defaults, as they are written in
- * a query; fill is one of the numbers above. The texts are valid until the session's next query. */
+/* number counts from 0, here and below. */
 KESTRA_API kestra_status kestra_session_source(kestra_session* session, int32_t number,
-                                               const char** module, const char** arguments,
-                                               int32_t* fill);
+                                               kestra_source_info* info);
+/* What could not be read while a source was filled for this query: subject is a path, a process or
+ * whatever else was asked, and reason a sentence. At most 100 of one source are kept; problem_count
+ * tells of all. Content that comes from memory or a cache file has none. Valid until the session's
+ * next query. */
+KESTRA_API kestra_status kestra_session_source_problem(kestra_session* session, int32_t number,
+                                                       int32_t problem, const char** subject,
+                                                       const char** reason);
+/* Milliseconds and more of the last query as a whole. parse is the part until it was known what the
+ * text means. Each place may be null. */
+KESTRA_API kestra_status kestra_session_query_times(kestra_session* session,
+                                                    uint64_t* parse_microseconds,
+                                                    uint64_t* total_microseconds);
+/* How a text would be run, as lines of text for a reader: its sources with their arguments, the
+ * joins and how each finds its rows, and which condition is tested where. Nothing is run.
+ * KESTRA_E_INVALIDARG for a text that does not parse. Valid until the session's next query or
+ * explanation. */
+KESTRA_API kestra_status kestra_session_explain(kestra_session* session, const char* query,
+                                                size_t length, const char** text);
+
+/* What the query that runs is doing. From any thread. what, of size bytes, gets a short text ending
+ * with a NUL, cut at the end of a character ("Processes", "FILES.FILE: /usr/share"); done and total
+ * tell how far it is, in units of its own, total being 0 where that is not known. Each place may be
+ * null. KESTRA_E_NOTFOUND while nothing runs that has something to tell. */
+KESTRA_API kestra_status kestra_session_progress(kestra_session* session, char* what, size_t size,
+                                                 uint64_t* done, uint64_t* total);
+
+/* ---- Why a text is no query, and what may stand in it ---- */
+
+/* What is wrong with a text, or suspicious in it. Nothing is run. KESTRA_E_NOTFOUND for a text of
+ * which there is nothing to say. Of a text that parses it tells what its author will probably not
+ * have meant (an unknown class or argument of a module, a "%" in LIKE where "*" is the wildcard).
+ */
+KESTRA_API kestra_status kestra_session_diagnose(kestra_session* session, const char* query,
+                                                 size_t length, kestra_diagnosis** diagnosis);
+KESTRA_API kestra_status kestra_diagnosis_release(kestra_diagnosis* diagnosis);
+/* 1: the text is no query or fails whenever it is run; 0: it can be run. */
+KESTRA_API kestra_status kestra_diagnosis_is_error(const kestra_diagnosis* diagnosis,
+                                                   int32_t* result);
+/* The token that is meant: its first byte and length in bytes, and its line and column, which count
+ * from 1, columns in characters. Behind the end of the text the length is 0. Each place may be
+ * null. */
+KESTRA_API kestra_status kestra_diagnosis_place(const kestra_diagnosis* diagnosis, size_t* offset,
+                                                size_t* length, int32_t* line, int32_t* column);
+/* One sentence, without an end of line: what is wrong and, where that can be told, what is probably
+ * meant. */
+KESTRA_API kestra_status kestra_diagnosis_message(const kestra_diagnosis* diagnosis,
+                                                  const char** text);
+/* What would have been accepted at that place, out of the grammar: words and marks as they are
+ * written ("WHERE", ","), and kinds of things ("a number", "a column that holds text"). None for a
+ * text that parses. number counts from 0, here and below. */
+KESTRA_API kestra_status kestra_diagnosis_expected_count(const kestra_diagnosis* diagnosis,
+                                                         int32_t* count);
+KESTRA_API kestra_status kestra_diagnosis_expected(const kestra_diagnosis* diagnosis,
+                                                   int32_t number, const char** text);
+/* What probably was meant in place of the token, the likeliest first: texts that can be put there.
+ */
+KESTRA_API kestra_status kestra_diagnosis_suggestion_count(const kestra_diagnosis* diagnosis,
+                                                           int32_t* count);
+KESTRA_API kestra_status kestra_diagnosis_suggestion(const kestra_diagnosis* diagnosis,
+                                                     int32_t number, const char** text);
+
+#define KESTRA_COMPLETION_KEYWORD 0  /* words of the language; functions, with "(" behind */
+#define KESTRA_COMPLETION_MODULE 1   /* modules, and the built-in sources */
+#define KESTRA_COMPLETION_CLASS 2    /* classes; those of FILES and REGISTRY with "(" behind */
+#define KESTRA_COMPLETION_COLUMN 3   /* properties, and aliases before a dot */
+#define KESTRA_COMPLETION_ARGUMENT 4 /* arguments of a module or action, with "=" behind */
+#define KESTRA_COMPLETION_OPTION 5   /* texts of enumerations and flag sets, actions; quoted */
+
+/* What may stand at the cursor, which is a byte of the text from 0 to length, given what stands
+ * before it and behind it. The word that is begun there is completed in any case; names come out as
+ * they are declared. Where "(" stands behind the word already it is left out. Modules, classes,
+ * columns, arguments and options are those of the session's class tree. */
+KESTRA_API kestra_status kestra_session_complete(kestra_session* session, const char* text,
+                                                 size_t length, size_t cursor,
+                                                 kestra_completions** completions);
+KESTRA_API kestra_status kestra_completions_release(kestra_completions* completions);
+/* The bytes of the text that a completion replaces. */
+KESTRA_API kestra_status kestra_completions_place(const kestra_completions* completions,
+                                                  size_t* offset, size_t* length);
+KESTRA_API kestra_status kestra_completions_count(const kestra_completions* completions,
+                                                  int32_t* count);
+/* number counts from 0. kind is one of the numbers above, description one line or empty; either
+ * place may be null. */
+KESTRA_API kestra_status kestra_completions_text(const kestra_completions* completions,
+                                                 int32_t number, const char** text, int32_t* kind,
+                                                 const char** description);
 
 /* ---- Class tree ---- */
 
@@ -318,6 +433,33 @@ KESTRA_API kestra_status kestra_class_property(const kestra_class* diag_class, i
                                                const char** name, int32_t* type, const char** unit,
                                                const char** options, int32_t* can_be_changed,
                                                const char** description);
+/* The arguments that a module takes in parentheses; number counts from 0. default_text is as it is
+ * written in a query ("5000", "'*'", "'16 bits'"). Any place for a result may be null. */
+KESTRA_API kestra_status kestra_class_argument_count(const kestra_class* diag_class,
+                                                     int32_t* count);
+KESTRA_API kestra_status kestra_class_argument(kestra_class* diag_class, int32_t number,
+                                               const char** name, int32_t* type, const char** unit,
+                                               const char** options, const char** default_text,
+                                               const char** description);
+/* What EXECUTE ACTION can do with an item of the class, and the arguments of that. */
+KESTRA_API kestra_status kestra_class_action_count(const kestra_class* diag_class, int32_t* count);
+KESTRA_API kestra_status kestra_class_action(const kestra_class* diag_class, int32_t number,
+                                             const char** name, const char** description,
+                                             int32_t* argument_count);
+KESTRA_API kestra_status kestra_class_action_argument(
+    kestra_class* diag_class, int32_t action, int32_t number, const char** name, int32_t* type,
+    const char** unit, const char** options, const char** default_text, const char** description);
+/* Whether INSERT may make items of the class, and DELETE remove them. 1 or 0. */
+KESTRA_API kestra_status kestra_class_can_be_added(const kestra_class* diag_class, int32_t* can);
+KESTRA_API kestra_status kestra_class_can_be_deleted(const kestra_class* diag_class, int32_t* can);
+/* Queries that show the class. */
+KESTRA_API kestra_status kestra_class_example_count(const kestra_class* diag_class, int32_t* count);
+KESTRA_API kestra_status kestra_class_example(const kestra_class* diag_class, int32_t number,
+                                              const char** query);
+/* One of KESTRA_MODULE_..., for a module by its name in any case; KESTRA_E_NOTFOUND for one that
+ * there is not. A plug-in's module is ready. */
+KESTRA_API kestra_status kestra_session_module_state(kestra_session* session,
+                                                     const char* module_name, int32_t* state);
 
 #ifdef __cplusplus
 }

@@ -57,13 +57,14 @@ bool IsFresh(FileTime written, std::optional<int32_t> timeToLive) {
 }  // namespace
 
 bool ResultCache::ReadFile(const std::string& path, std::optional<int32_t> timeToLive,
-                           std::string& bytes, QueryMessage& message) {
+                           std::string& bytes, QueryMessage& message, FileTime* pWritten) {
   constexpr size_t kChunk = 1 << 20;
   std::unique_ptr<CFileReader> reader;
   FileInfo info;
   if (Files().OpenFile(path, LastLink::Refuse, reader) != kErrorSuccess) return false;
   if (reader->Info(info) != kErrorSuccess || !info.isTrusted) return false;
   if (!IsFresh(info.lastWriteTime, timeToLive)) return false;
+  if (pWritten) *pWritten = info.lastWriteTime;
   for (size_t before = 0;;) {
     if (message.IsTerminated() || reader->Read(kChunk, bytes) != kErrorSuccess) return false;
     if (bytes.size() == before) return true;
@@ -72,11 +73,11 @@ bool ResultCache::ReadFile(const std::string& path, std::optional<int32_t> timeT
   }
 }
 
-bool ResultCache::ReadEntry(const Entry& entry, int32_t timeToLive, DiagModule& module,
+bool ResultCache::ReadEntry(Entry& entry, int32_t timeToLive, DiagModule& module,
                             QueryMessage& message) {
   std::string bytes;
-  return ReadFile(entry.path, timeToLive, bytes, message) && TakeHeadLine(bytes, entry.key) &&
-         LoadModule(bytes, module, message);
+  return ReadFile(entry.path, timeToLive, bytes, message, &entry.written) &&
+         TakeHeadLine(bytes, entry.key) && LoadModule(bytes, module, message);
 }
 
 bool ResultCache::WriteFile(const std::string& path, std::string_view bytes) {

@@ -1,8 +1,17 @@
 // The fill of a module with the cache before it.
 #include "model/cache/ResultCache.h"
 #include "model/root/Root.h"
+#include "platform/os/Clock.h"
 
 namespace kestra {
+
+bool DiagModule::InitFromMachine(bool bInitChild, bool bForce, QueryMessage& message) {
+  const uint64_t now = os::SystemTimeAsFileTime().ticks;
+  const bool isFilled = CVDiagItem::Init(bInitChild, bForce, message);
+  FilledAt = now;
+  IsCutShort = message.Notes && message.Notes->IsCutShort();
+  return isFilled;
+}
 
 bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bool anyUser,
                             bool noRead, DiagRoot& root, QueryMessage& message) {
@@ -20,14 +29,18 @@ bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bo
   if (pCache && pCache->FindEntry(*this, code, anyUser, message, entry)) {
     entryLock = ResultCache::Lock(entry.path, message);
   }
-  if (!entryLock) return CVDiagItem::Init(bInitChild, bForce, message);
-  if (!noRead && pCache->ReadEntry(entry, timeToLive, *this, message)) return FromCache = true;
+  if (!entryLock) return InitFromMachine(bInitChild, bForce, message);
+  if (!noRead && pCache->ReadEntry(entry, timeToLive, *this, message)) {
+    FilledAt = entry.written.ticks;
+    IsCutShort = false;
+    return FromCache = true;
+  }
   if (message.IsTerminated()) {
     DropContent();  // what could be read before the cancel is no content
     return IsInitialized = false;
   }
   // What is kept is always the whole tree.
-  if (!CVDiagItem::Init(true, bForce, message)) return false;
+  if (!InitFromMachine(true, bForce, message)) return false;
   pCache->WriteEntry(entry, *this, message);
   return !message.IsTerminated();
 }

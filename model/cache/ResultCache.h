@@ -21,6 +21,7 @@
 
 #include "VLib/src/data/CfgNode.h"
 #include "model/classes/Module.h"
+#include "platform/base/FileTime.h"
 #include "platform/os/NamedLock.h"
 
 namespace kestra {
@@ -37,7 +38,8 @@ class ResultCache : public CCounted<ResultCache> {
   // Where an entry lies, and what it was made for.
   struct Entry {
     std::string path;
-    std::string key;  // the key's text; part of the entry's checksum
+    std::string key;     // the key's text; part of the entry's checksum
+    FileTime written{};  // when its content was, once it was read
   };
   // The entry of a module with its arguments, which is added to the index if it is not there.
   // code describes what makes the module: a library and its version. False means: no cache now.
@@ -45,7 +47,7 @@ class ResultCache : public CCounted<ResultCache> {
                  Entry& entry);
   // Reads a fresh entry into the module; false if there is none that can be believed, or the
   // message is terminated. The caller holds the entry's lock.
-  bool ReadEntry(const Entry& entry, int32_t timeToLive, DiagModule& module, QueryMessage& message);
+  bool ReadEntry(Entry& entry, int32_t timeToLive, DiagModule& module, QueryMessage& message);
   // Writes what the module holds. The caller holds the entry's lock. Nothing tells of a failure but
   // the answer: the entry is then as it was.
   bool WriteEntry(const Entry& entry, DiagModule& module, QueryMessage& message);
@@ -68,8 +70,9 @@ class ResultCache : public CCounted<ResultCache> {
   bool TakeName(const CfgNode& index, const std::string& name);
   bool AddToIndex(CfgNode& index, const CfgNode& key, std::string& name);
   bool RemoveEntryFile(const std::string& sectionName, QueryMessage& message);
+  // pWritten may be null.
   bool ReadFile(const std::string& path, std::optional<int32_t> timeToLive, std::string& bytes,
-                QueryMessage& message);
+                QueryMessage& message, FileTime* pWritten = nullptr);
   bool WriteFile(const std::string& path, std::string_view bytes);
 
   const Ref<CMachine> m_poMachine;

@@ -31,6 +31,10 @@ class DiagModule : public CVDiagItem {
 
   // The present content was read from a cache file. Written under the item's lock.
   std::atomic<bool> FromCache{false};
+  // When the present content was taken from the machine, and whether a limit or time ended that
+  // before its end. 0 for content of which nobody knows. Written under the item's lock.
+  std::atomic<uint64_t> FilledAt{0};  // FileTime
+  std::atomic<bool> IsCutShort{false};
   Ref<DiagParams> Args;
 
   // Reading arguments, for fillings. False if there is no such argument.
@@ -47,6 +51,8 @@ class DiagModule : public CVDiagItem {
   // The arguments that differ from their defaults, each between prefix and suffix.
   std::string FormatArgs(std::string_view prefix, std::string_view suffix);
 
+  // The filling itself: notes in the message tell what could not be read. Under the item's lock.
+  bool InitFromMachine(bool bInitChild, bool bForce, QueryMessage& message);
   // The fill of a FROM: an item that is filled stays as it is. timeToLive is in seconds, -1 for no
   // cache; noRead refills what came from a cache file.
   bool CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bool anyUser, bool noRead,

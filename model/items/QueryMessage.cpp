@@ -30,6 +30,8 @@ Ref<QueryMessage> QueryMessage::ForHelper() const {
   auto message = m_poHostEvent ? MakeRef<QueryMessage>(m_poHostEvent, AllowActive)
                                : MakeRef<QueryMessage>(m_poOwnEvent, AllowActive);
   message->IsMachineReadOnly = IsMachineReadOnly;
+  message->Notes = Notes;
+  message->Progress = Progress;
   return message;
 }
 

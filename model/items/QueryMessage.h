@@ -5,8 +5,12 @@
 #include <initializer_list>
 #include <memory>
 #include <string>
+#include <string_view>
+#include <utility>
 
 #include "VLib/src/errors/DiagMessage.h"
+#include "model/items/FillNotes.h"
+#include "model/items/Progress.h"
 #include "platform/base/Ref.h"
 #include "platform/os/Event.h"
 
@@ -21,8 +25,8 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   QueryMessage(Ref<os::CBorrowedEvent> termination, bool allowActive)
       : AllowActive(allowActive), m_poHostEvent(std::move(termination)) {}
 
-  // A message for work of the same query on another thread: it is cancelled with this one, and ends
-  // in its own way.
+  // A message for work of the same query on another thread: it is cancelled with this one, shares
+  // its notes and progress, and ends in its own way.
   Ref<QueryMessage> ForHelper() const;
 
   bool AllowActive = false;
@@ -45,6 +49,28 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   bool RequireActive();
   // Sets failure with a message of this library's.
   void RaiseMessage(uint32_t id, std::initializer_list<std::string> inserts = {});
+  // Something could not be read, and the filling goes on without it: a directory that may not be
+  // listed, a process that may not be opened. Not for what has gone meanwhile. Kept where the one
+  // who asked for the filling wants to know.
+  void NoteProblem(std::string_view subject, kestra::SystemError error) {
+    if (Notes) Notes->NoteProblem(subject, error);
+  }
+  // A limit of the module's own ends the filling, and what was found until then stays.
+  void NoteCutShort() {
+    if (Notes) Notes->NoteCutShort();
+  }
+  // Where a filling is, with so many items more than at the last call; cheap enough for each
+  // directory. Or how far it is.
+  void TellPlace(std::string_view place, uint64_t more) {
+    if (Progress) Progress->TellPlace(place, more);
+  }
+  void TellAmount(uint64_t done, uint64_t total) {
+    if (Progress) Progress->TellAmount(done, total);
+  }
+
+  Ref<CFillNotes> Notes;    // of the filling that runs; null: nobody asks
+  Ref<CProgress> Progress;  // of the session; null: nobody looks
+
   // Sets failure with a system error. Answers false, so that a hook can return it.
   bool Fail(kestra::SystemError error);
 
@@ -52,6 +78,37 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   Ref<os::CEvent> m_poOwnEvent;
   Ref<os::CBorrowedEvent> m_poHostEvent;
   uint32_t m_lastPoll = 0;  // tick count of the last look at a host's event
+};
+
+// Has a message's notes kept in an object for a scope.
+class CNotesScope {
+ public:
+  CNotesScope(QueryMessage& message, Ref<CFillNotes> notes)
+      : m_message(message), m_before(std::exchange(message.Notes, std::move(notes))) {}
+  ~CNotesScope() { m_message.Notes = std::move(m_before); }
+  CNotesScope(const CNotesScope&) = delete;
+  CNotesScope& operator=(const CNotesScope&) = delete;
+
+ private:
+  QueryMessage& m_message;
+  Ref<CFillNotes> m_before;
+};
+
+// Tells for a scope that something is filled.
+class CFillProgress {
+ public:
+  CFillProgress(QueryMessage& message, std::string_view what) : m_message(message) {
+    if (message.Progress) m_before = message.Progress->Begin(what);
+  }
+  ~CFillProgress() {
+    if (m_message.Progress) m_message.Progress->End(std::move(m_before));
+  }
+  CFillProgress(const CFillProgress&) = delete;
+  CFillProgress& operator=(const CFillProgress&) = delete;
+
+ private:
+  QueryMessage& m_message;
+  std::string m_before;
 };
 
 }  // namespace kestra

@@ -94,6 +94,15 @@ Ref<DiagClass> DiagRoot::GetModuleClass(std::string_view name) {
   return pRow ? pRow->pClass->Get() : nullptr;
 }
 
+std::optional<ModuleState> DiagRoot::StateOf(std::string_view name) {
+  if (FindPlugin(name)) return ModuleState::Ready;
+  const ModuleRow* pRow = FindRow(name);
+  if (!pRow) return std::nullopt;
+  if (!pRow->create) return ModuleState::NotBuilt;
+  const bool isServed = !pRow->serves || !m_poMachine || pRow->serves(*m_poMachine);
+  return isServed ? ModuleState::Ready : ModuleState::NotHere;
+}
+
 Ref<DiagModule> DiagRoot::CreateModule(std::string_view name) {
   return CreateModule(name, FindRow(name));
 }
@@ -166,6 +175,7 @@ bool DiagRoot::InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& 
                          bool& filled) {
   if (message.IsTerminated()) return false;
   Ref<DiagModule> module = CreateModule(entry.name, entry.pRow ? entry.pRow : FindRow(entry.name));
+  // A plug-in that fails takes no other module with it, but one that is asked for by name.
   if (!module) return entry.isFromStar;
   if (!module->SetArgs(entry.args)) return false;
   {

@@ -49,6 +49,9 @@ class DiagRoot : public CVDiagItem {
 
   // The class of a module by its name in any case; null if there is none.
   Ref<DiagClass> GetModuleClass(std::string_view name);
+  // Whether a module of that name in any case can show anything; nothing if there is none. A
+  // plug-in's is ready.
+  std::optional<ModuleState> StateOf(std::string_view name);
   // A new module with default arguments; null if there is no such module.
   Ref<DiagModule> CreateModule(std::string_view name);
   // The module for a name and an argument text: the one that the root holds, or a new one. Null for
@@ -83,6 +86,7 @@ class DiagRoot : public CVDiagItem {
   // Who makes the modules of a name, and how it spells that; nothing for a built-in one.
   std::optional<DiagPluginMap::Entry> FindPlugin(std::string_view name);
   const ModuleRow* FindRow(std::string_view name) const;
+  // A new module: a plug-in's if one has that name, else that of the row, which may be null.
   Ref<DiagModule> CreateModule(std::string_view name, const ModuleRow* pRow);
   std::vector<std::string> PluginNames();
   bool InitEntry(const ListEntry& entry, bool bInitChild, QueryMessage& message, bool& filled);

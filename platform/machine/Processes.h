@@ -28,6 +28,9 @@ struct ProcessRecord {
   std::optional<std::string> User{};
   std::optional<uint32_t> WorkingSetKB{};
   std::optional<uint32_t> HandleCount{};
+  // Why something of it could not be read, of what was wanted: the first error. kErrorSuccess too
+  // for one that has ended meanwhile.
+  SystemError Unread = kErrorSuccess;
   uint64_t StartTime = 0;  // tells two processes with one PID apart; unit of the machine's
                            // own; 0 not known
 };

@@ -16,8 +16,8 @@ size_t HashOf(const ChartItem& item) {
 
 }  // namespace
 
-CChart::CChart(QueryContext& context)
-    : m_context(context), m_grammar(TheGrammar()), m_tokenCount(context.Tokens.size()) {}
+CChart::CChart(QueryContext& context, size_t tokenCount)
+    : m_context(context), m_grammar(TheGrammar()), m_tokenCount(tokenCount) {}
 
 bool CChart::TerminalFits(Symbol symbol, size_t position) {
   if (position >= m_tokenCount) return false;
@@ -173,6 +173,16 @@ void CChart::Recognise() {
     // Nothing can follow an empty set.
     if (SetBegin(set) == m_items.size() || m_context.IsCancelled()) return;
   }
+}
+
+size_t CChart::StopPosition() const {
+  const size_t last = m_setBegin.size() - 1;
+  return last > 0 && SetBegin(last) == m_items.size() ? last - 1 : last;
+}
+
+std::span<const ChartItem> CChart::ItemsAt(size_t position) const {
+  if (position >= m_setBegin.size()) return {};
+  return std::span(m_items).subspan(SetBegin(position), SetEnd(position) - SetBegin(position));
 }
 
 CChart::ItemIndex CChart::FindGoal() const {

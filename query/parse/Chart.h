@@ -11,6 +11,7 @@
 
 #include <array>
 #include <cstdint>
+#include <span>
 #include <vector>
 
 #include "query/QueryContext.h"
@@ -30,10 +31,22 @@ static_assert(sizeof(ChartItem) <= 8);
 
 class CChart {
  public:
-  explicit CChart(QueryContext& context);
-  // Recognises the context's tokens and builds the tree. False for a text that has no parse.
-  // A cancelled query has none.
+  explicit CChart(QueryContext& context) : CChart(context, context.Tokens.size()) {}
+  // For the first so many tokens, as if the text ended there; what stands behind them is still seen
+  // by the search for columns.
+  CChart(QueryContext& context, size_t tokenCount);
+  // Recognises the tokens and builds the tree. False for a text that has no parse. A cancelled
+  // query has none.
   bool Parse(ParseTree& tree);
+  // The first half of it, for one who only wants to know how far it goes.
+  void Recognise();
+
+  // After recognition: the token that nothing could make use of; the number of tokens if there was
+  // none.
+  size_t StopPosition() const;
+  // The items in front of a token, up to the one where recognition stopped. Predictions that cannot
+  // match that token are left out.
+  std::span<const ChartItem> ItemsAt(size_t position) const;
 
  private:
   using ItemIndex = uint32_t;
@@ -66,7 +79,6 @@ class CChart {
   }
 
   void BeginSet(size_t set);
-  void Recognise();
   void ScanInto(size_t set);
   ItemIndex Append(ChartItem item);
   bool AppendIfNew(ChartItem item);

@@ -82,33 +82,50 @@ bool CColumnSearch::TrySource(Place k, const Name& name, ColumnBinding& found) {
   return true;
 }
 
+template <class Visit>
+void CColumnSearch::VisitSources(Place q, Visit&& visit) {
+  q = m_map.ClauseBefore(q);
+  if (q == CTokenMap::kNowhere) return;
+  const KeywordId keyword = KeywordAt(q);
+  if (keyword == kKwUpdate || keyword == kKwDelete) {
+    if (visit(q) || keyword == kKwDelete) return;
+  }
+  if (keyword == kKwSelect || keyword == kKwUpdate) {
+    for (Place k = m_map.SourceOrEndFrom(q); KeywordAt(k) == kKwFrom || KeywordAt(k) == kKwJoin;
+         k = m_map.SourceOrEndFrom(k + 1)) {
+      if (visit(k)) return;
+    }
+    q = m_map.SourceBefore(q - 1);
+  }
+  for (; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
+    if (visit(q)) return;
+  }
+}
+
 ColumnBinding CColumnSearch::Resolve(size_t position) {
   Name name{TextAt(static_cast<Place>(position)), {}};
   if (position == 0 || name.text.empty() || !CanBeName(name.text)) return {};
-  ColumnBinding found;
   Place q = static_cast<Place>(position) - 1;
   if (q >= 2 && KeywordAt(q) == kKwDot) {
     name.alias = TextAt(q - 1);
     q -= 2;
   }
-  q = m_map.ClauseBefore(q);
-  if (q == CTokenMap::kNowhere) return {};
-  const KeywordId keyword = KeywordAt(q);
-  if (keyword == kKwUpdate || keyword == kKwDelete) {
-    if (TrySource(q, name, found)) return found;
-    if (keyword == kKwDelete) return {};
-  }
-  if (keyword == kKwSelect || keyword == kKwUpdate) {
-    for (Place k = m_map.SourceOrEndFrom(q); KeywordAt(k) == kKwFrom || KeywordAt(k) == kKwJoin;
-         k = m_map.SourceOrEndFrom(k + 1)) {
-      if (TrySource(k, name, found)) return found;
-    }
-    q = m_map.SourceBefore(q - 1);
-  }
-  for (; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
-    if (TrySource(q, name, found)) return found;
-  }
-  return {};
+  ColumnBinding found;
+  VisitSources(q, [&](Place k) { return TrySource(k, name, found); });
+  return found;
+}
+
+std::vector<CColumnSearch::VisibleSource> CColumnSearch::SourcesFor(size_t position) {
+  std::vector<VisibleSource> sources;
+  Place q = static_cast<Place>(position) - 1;
+  if (q >= 2 && KeywordAt(q) == kKwDot) q -= 2;
+  VisitSources(q, [&](Place k) {
+    if (!IsInside(k + 3)) return false;
+    const Source& source = SourceBehind(k);
+    if (source.pClass) sources.push_back({source.pClass, TextAt(source.alias)});
+    return false;
+  });
+  return sources;
 }
 
 }  // namespace kestra

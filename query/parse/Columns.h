@@ -27,6 +27,14 @@ class CColumnSearch {
   // enclosing statements. The first that declares the name decides.
   ColumnBinding Resolve(size_t position);
 
+  // A source that a name at that position would be looked for in.
+  struct VisibleSource {
+    DiagClass* pClass;
+    std::string_view alias;  // the token where an alias would stand, whatever it is
+  };
+  // All of them, in the order of the search, whatever the token there is.
+  std::vector<VisibleSource> SourcesFor(size_t position);
+
  private:
   using Place = std::ptrdiff_t;  // -1 stands before the first token
 
@@ -52,6 +60,10 @@ class CColumnSearch {
   DiagClass* FindSourceClass(Place k, Place c) const;
   const Source& SourceBehind(Place k);
   bool TrySource(Place k, const Name& name, ColumnBinding& found);
+  // Calls visit with the keyword before each source, until it answers true. q stands before the
+  // name and its alias.
+  template <class Visit>
+  void VisitSources(Place q, Visit&& visit);
 
   const TokenList& m_tokens;
   const Ref<DiagClass> m_poRootClass;

@@ -21,6 +21,12 @@ bool IsIdentifier(const Token& token) {
   return token.keyword != kKwAttachedTo && token.keyword != kKwItemId && token.keyword != kKwSelect;
 }
 
+// Words that begin a part of a statement, which whoever is still writing means as such.
+bool IsClauseWord(KeywordId keyword) {
+  return keyword == kKwFrom || keyword == kKwJoin || keyword == kKwOn || keyword == kKwWhere ||
+         keyword == kKwSet || keyword == kKwValues || keyword == kKwAnd || keyword == kKwOr;
+}
+
 // Also true of an item class: the source is refused later, when it is run.
 bool IsModuleName(const QueryContext& context, std::string_view token) {
   return FindClass(context.RootClass.get(), token) != nullptr;
@@ -122,9 +128,14 @@ bool CPredicateCache::Fits(Predicate predicate, size_t position) {
     Value scratch;
     fits = ReadLiteral(predicate, token.text, scratch);
   } else if (IsColumn(predicate)) {
-    fits = IsColumnOf(predicate, Column(position).pDef);
+    const DiagParamDef* const pDef = Column(position).pDef;
+    fits = IsColumnOf(predicate, pDef) ||
+           (m_assumesColumns && !pDef && token.keyword == kNoKeyword && IsIdentifier(token));
   } else {
     fits = IsWord(predicate, m_context, token);
+    if (m_assumesColumns && predicate == Predicate::Identifier && IsClauseWord(token.keyword)) {
+      fits = false;
+    }
   }
   At(position).known |= bit;
   if (fits) At(position).fits |= bit;
@@ -134,11 +145,15 @@ bool CPredicateCache::Fits(Predicate predicate, size_t position) {
 const ColumnBinding& CPredicateCache::Column(size_t position) {
   Verdicts& verdicts = At(position);
   if (verdicts.column == 0) {
-    if (!m_pSearch) m_pSearch = std::make_unique<CColumnSearch>(m_context);
-    m_columns.push_back(m_pSearch->Resolve(position));
+    m_columns.push_back(Search().Resolve(position));
     verdicts.column = static_cast<uint32_t>(m_columns.size());
   }
   return m_columns[verdicts.column - 1];
+}
+
+CColumnSearch& CPredicateCache::Search() {
+  if (!m_pSearch) m_pSearch = std::make_unique<CColumnSearch>(m_context);
+  return *m_pSearch;
 }
 
 }  // namespace kestra

@@ -22,10 +22,16 @@ class CPredicateCache {
  public:
   explicit CPredicateCache(QueryContext& context) : m_context(context) {}
 
+  // From here on a word that no source declares passes for a column of every type, and WHERE and
+  // its like are no aliases: for a text that is still being written, whose sources come later.
+  void AssumeColumns() { m_assumesColumns = true; }
+
   // The same verdict without the value.
   bool Fits(Predicate predicate, size_t position);
   // The column that the token names, whatever its type.
   const ColumnBinding& Column(size_t position);
+  // The classes that a name there is looked for in.
+  CColumnSearch& Search();
 
  private:
   struct Verdicts {
@@ -35,6 +41,7 @@ class CPredicateCache {
   };
   Verdicts& At(size_t position);
 
+  bool m_assumesColumns = false;
   QueryContext& m_context;
   std::vector<Verdicts> m_verdicts;
   std::vector<ColumnBinding> m_columns;

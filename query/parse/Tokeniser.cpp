@@ -46,13 +46,14 @@ size_t NextStretch(std::string_view text, size_t start, bool& isToken) {
 
 }  // namespace
 
-bool Tokenise(std::string_view text, TokenList& tokens) {
+bool Tokenise(std::string_view text, TokenList& tokens, size_t* pFaultOffset) {
   tokens.clear();
   for (size_t position = 0; position < text.size();) {
     bool isToken = false;
     const size_t end = NextStretch(text, position, isToken);
     if (end == std::string_view::npos || (isToken && tokens.size() == kMaxTokens)) {
       tokens.clear();
+      if (pFaultOffset) *pFaultOffset = position;
       return false;
     }
     if (isToken) {

@@ -23,7 +23,8 @@ using TokenList = std::vector<Token>;
 // quotes inside. "/*" to "*/" is a comment, which is dropped. Other punctuation is a token by
 // itself, but two characters out of "<", "=", ">" make one token. Everything else separates.
 // False, with an empty list, for a string or comment that does not end and for more than
-// kMaxTokens tokens. The tokens refer to text, which must outlive them.
-bool Tokenise(std::string_view text, TokenList& tokens);
+// kMaxTokens tokens. The tokens refer to text, which must outlive them. pFaultOffset, which may be
+// null, then gets the first byte of what does not end, or of the token that is too many.
+bool Tokenise(std::string_view text, TokenList& tokens, size_t* pFaultOffset = nullptr);
 
 }  // namespace kestra

@@ -1,23 +1,38 @@
 #include "query/rows/FileRowSource.h"
 
 #include "Modules/Files/FileItem.h"
+#include "Modules/Files/ListingErrors.h"
 #include "VLib/src/paths/ExpandPath.h"
 #include "VLib/src/text/Text.h"
 #include "platform/machine/SystemFacts.h"
+#include "query/rows/report/SourceRun.h"
 
 namespace kestra {
 
-bool FileRowSource::Run(Value& error) {
-  error.SetError();
+// False for a path that does not expand, or that has no directory.
+bool FileRowSource::ReadPath(std::string& directory, std::string& name) const {
   CMachine& machine = *Context().Root->Machine();
   std::string path;
   if (!ExpandPath(m_path, path, machine, PathTokens::FileRows)) return false;
   const size_t separator = path.rfind(machine.System().PathSeparator());
   if (separator == std::string::npos) return false;
-  const std::string directory = path.substr(0, separator + 1);
-  const std::string name = path.substr(separator + 1);
-  if (HasWildcard(directory)) return false;
+  directory = path.substr(0, separator + 1);
+  name = path.substr(separator + 1);
+  return !HasWildcard(directory);
+}
+
+bool FileRowSource::Find(CSourceRun& run, Value& error) {
+  error.SetError();
+  CMachine& machine = *Context().Root->Machine();
+  run.BeginBuiltIn("FILES.FILE", m_path,
+                   machine.Files() ? ModuleState::Ready : ModuleState::NotHere);
+  std::string directory, name;
+  if (!ReadPath(directory, name)) {
+    run.SetFailed();
+    return false;
+  }
   if (!machine.Files() || name.empty()) return true;
+  Context().Message->TellPlace(directory, 0);
   if (!HasWildcard(name)) return AddOne(directory, name, error);
   // As the Windows functions take it: every name, also one without a dot.
   return AddMatching(directory, name == "*.*" ? "*" : name, error);
@@ -25,8 +40,11 @@ bool FileRowSource::Run(Value& error) {
 
 bool FileRowSource::AddOne(const std::string& directory, const std::string& name, Value& error) {
   FileInfo info;
-  if (Context().Root->Machine()->Files()->Info(directory + name, info) != kErrorSuccess)
+  const SystemError known = Context().Root->Machine()->Files()->Info(directory + name, info);
+  if (known != kErrorSuccess) {
+    if (!IsGone(known)) Context().Message->NoteProblem(directory + name, known);
     return true;
+  }
   if (name.front() == '.' || (info.attributes & kFileAttributeDirectory)) return true;
   if (Context().CheckTimeOut(error)) return false;
   const char separator = Context().Root->Machine()->System().PathSeparator();
@@ -37,14 +55,23 @@ bool FileRowSource::AddMatching(const std::string& directory, const std::string&
                                 Value& error) {
   std::unique_ptr<CDirectoryListing> listing;
   CFileSystem& files = *Context().Root->Machine()->Files();
-  if (files.OpenDirectory(directory, listing) != kErrorSuccess) return true;
+  const SystemError opened = files.OpenDirectory(directory, listing);
+  if (opened != kErrorSuccess) {
+    if (!IsGone(opened)) Context().Message->NoteProblem(directory, opened);
+    return true;
+  }
   const char separator = Context().Root->Machine()->System().PathSeparator();
   const auto folder = MakeRef<const CFolderPath>(directory, separator);
   std::string name;
-  for (;;) {
+  for (uint64_t entries = 0;;) {
     const SystemError status = listing->Next(name);
     if (status == kErrorNoMoreFiles) return true;
-    if (status != kErrorSuccess || Context().IsCancelled()) return false;
+    if (Context().IsCancelled()) return false;
+    if (status != kErrorSuccess) {
+      Context().Message->NoteProblem(directory, status);
+      return false;
+    }
+    Context().Message->TellAmount(++entries, 0);
     if (name.empty() || name.front() == '.' || !Matches(name, pattern, true, false)) continue;
     FileInfo info;
     SystemError known = listing->Info(info);
@@ -52,6 +79,7 @@ bool FileRowSource::AddMatching(const std::string& directory, const std::string&
     if (known == kErrorFileNotFound) continue;  // gone since it was listed
     // What may not be looked at is a row that has a name and no more.
     const bool isKnown = known == kErrorSuccess;
+    if (!isKnown) Context().Message->NoteProblem(directory + name, known);
     if (isKnown && (info.attributes & kFileAttributeDirectory)) continue;
     if (Context().CheckTimeOut(error)) return false;
     if (!AddLeaf(folder, name, isKnown ? std::optional(info) : std::nullopt)) return false;

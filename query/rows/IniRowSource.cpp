@@ -3,23 +3,39 @@
 #include "Modules/IniFile/IniFileModule.h"
 #include "VLib/src/paths/ExpandPath.h"
 #include "platform/machine/FileSystem.h"
+#include "query/rows/report/SourceRun.h"
 
 namespace kestra {
 
-bool IniRowSource::Run(Value& error) {
+// The query goes on without it.
+void IniRowSource::NoteFailure(bool isFilled, const std::string& path) {
+  const QueryMessage& message = *Context().Message;
+  if (isFilled || message.SystemError == kErrorCancelled || !message.Notes) return;
+  message.Notes->NoteProblem(path, message.GetText());
+}
+
+bool IniRowSource::Find(CSourceRun& run, Value& error) {
   error.SetError();
   if (!Context().Root) return false;
   const Ref<CMachine>& machine = Context().Root->Machine();
+  run.BeginBuiltIn("INIFILES." + m_className, m_path,
+                   machine->Files() ? ModuleState::Ready : ModuleState::NotHere);
   std::string path;
-  if (!ExpandPath(m_path, path, *machine)) return false;
+  if (!ExpandPath(m_path, path, *machine)) {
+    run.SetFailed();
+    return false;
+  }
   const auto file = MakeIniFile(machine, m_path);
   CVDiagItem& item = *file;
-  item.Init(true, false, *Context().Message);
+  NoteFailure(item.Init(true, false, *Context().Message), path);
   const DiagParam* const pPath = item.Params.Find("Path", false);
   FileInfo info;
   const bool isThere = pPath && machine->Files() &&
                        machine->Files()->Info(pPath->StringValue, info) == kErrorSuccess;
-  if (isThere) WalkItems(item, m_className);
+  if (isThere && !WalkItems(item, m_className)) {
+    Value unused;
+    if (Context().CheckTimeOut(unused)) run.SetCutShort();
+  }
   return !Context().IsCancelled();
 }
 

@@ -1,6 +1,7 @@
 #include "query/rows/ModuleRowSource.h"
 
 #include "query/rows/Arguments.h"
+#include "query/rows/report/SourceRun.h"
 
 namespace kestra {
 namespace {
@@ -26,17 +27,6 @@ bool IsInActiveStatement(const ParseNode& node) {
   return true;
 }
 
-// A source may be asked many times in one query, by a sub-select for each row, say.
-void ReportSource(QueryReport& report, DiagModule& module, bool isAsBefore) {
-  SourceReport source{module.GetName(), module.FormatArgs("", ",")};
-  for (const SourceReport& known : report.sources) {
-    if (known.moduleName == source.moduleName && known.arguments == source.arguments) return;
-  }
-  const FillSource now = module.FromCache ? FillSource::CacheFile : FillSource::Machine;
-  source.fill = isAsBefore ? FillSource::Memory : now;
-  report.sources.push_back(std::move(source));
-}
-
 }  // namespace
 
 Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
@@ -49,20 +39,23 @@ Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& d
   return context.Root->GetDiagModule(descriptor.moduleName, args, *context.Message);
 }
 
-bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {
+bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor,
+                   CSourceRun& run) {
   QueryContext& context = *node.Context;
-  const bool wasFilled = module.IsFilled();
-  const bool wasFromCache = module.FromCache;
-  const bool isFilled =
-      module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
-                        IsInActiveStatement(node), *context.Root, *context.Message);
-  // A statement that changes something has content of the cache filled anew.
-  const bool isAsBefore = wasFilled && wasFromCache == module.FromCache;
-  if (isFilled) ReportSource(context.Report, module, isAsBefore);
+  const bool isForChange = IsInActiveStatement(node);
+  run.BeginModule(module, isForChange);
+  const bool isFilled = module.CachedInit(true, false, descriptor.cacheAge, descriptor.anyUser,
+                                          isForChange, *context.Root, *context.Message);
+  run.EndFill(isFilled);
   return isFilled;
 }
 
-bool ModuleRowSource::Run(Value& error) {
+bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor) {
+  CSourceRun run(*node.Context);
+  return PrepareModule(module, node, descriptor, run);
+}
+
+bool ModuleRowSource::Find(CSourceRun& run, Value& error) {
   error.SetError();
   if (m_descriptor.arguments.IsAny()) {
     SetUndecided();
@@ -70,7 +63,7 @@ bool ModuleRowSource::Run(Value& error) {
   }
   if (!Context().Root) return false;
   const Ref<DiagModule> module = GetSourceModule(Context(), m_descriptor, error);
-  return module && PrepareModule(*module, Node(), m_descriptor) &&
+  return module && PrepareModule(*module, Node(), m_descriptor, run) &&
          WalkItems(*module, m_descriptor.className);
 }
 

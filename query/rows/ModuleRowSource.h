@@ -10,7 +10,9 @@ class ModuleRowSource : public RowSource {
  public:
   ModuleRowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit)
       : RowSource(node, descriptor, limit), m_descriptor(descriptor) {}
-  bool Run(Value& error) override;
+
+ protected:
+  bool Find(CSourceRun& run, Value& error) override;
 
  private:
   const SourceDescriptor m_descriptor;
@@ -21,7 +23,10 @@ class ModuleRowSource : public RowSource {
 Ref<DiagModule> GetSourceModule(QueryContext& context, const SourceDescriptor& descriptor,
                                 Value& error);
 
-// Fills the module as the cache age and the statement around node ask for.
+// Fills the module as the cache age and the statement around node ask for, as a run of its own or
+// as the beginning of one.
 bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor);
+bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescriptor& descriptor,
+                   CSourceRun& run);
 
 }  // namespace kestra

@@ -8,6 +8,7 @@
 #include "Modules/Registry/RegistryValueItem.h"
 #include "Modules/Registry/RegistryWalk.h"
 #include "VLib/src/text/Text.h"
+#include "query/rows/report/SourceRun.h"
 
 namespace kestra {
 
@@ -29,23 +30,39 @@ bool RegistryRowSource::IsOver(Value& error) {
   return m_isOver = m_isOver || Context().IsCancelled() || Context().CheckTimeOut(error);
 }
 
-bool RegistryRowSource::Run(Value& error) {
+bool RegistryRowSource::Fail(CSourceRun& run, SystemError error) const {
+  Context().Message->Fail(error);
+  run.SetFailed();
+  return false;
+}
+
+bool RegistryRowSource::Find(CSourceRun& run, Value& error) {
   error.SetError();
   auto options = MakeRef<RegistryOptions>();
   std::string keyPath;
-  if (!ReadPath(*options, keyPath)) return false;
+  run.BeginBuiltIn(m_valueLevels == 0 ? "REGISTRY.REGISTRYKEY" : "REGISTRY.REGISTRYVALUE", m_path,
+                   Machine().Registry() ? ModuleState::Ready : ModuleState::NotHere);
+  if (!ReadPath(*options, keyPath)) {
+    run.SetFailed();
+    return false;
+  }
   m_poOptions = options;
   if (!Machine().Registry()) return true;
   bool isDone = true;
-  CRegistryWalk walk(Machine(), options->hive, [&] { return IsOver(error); });
+  QueryMessage& message = *Context().Message;
+  CRegistryWalk walk(
+      Machine(), options->hive, [&] { return IsOver(error); }, message);
   SystemError found = walk.OpenHive();
-  if (found != kErrorSuccess) return Context().Message->Fail(found);
+  if (found != kErrorSuccess) return Fail(run, found);
   found = walk.Run(keyPath, [&](const std::string& path, std::unique_ptr<CRegistryKey> key) {
     isDone = AddLeaf(path, std::move(key), error);
     return isDone && !IsFull();
   });
-  if (found != kErrorSuccess && !MayPassOver(found)) return Context().Message->Fail(found);
-  if (found != kErrorSuccess) LogUnread(m_path, found);
+  if (found != kErrorSuccess && !MayPassOver(found)) return Fail(run, found);
+  if (found != kErrorSuccess) {
+    LogUnread(m_path, found);
+    message.NoteProblem(m_path, found);
+  }
   return isDone && !m_isOver;
 }
 
@@ -70,6 +87,7 @@ bool RegistryValueRowSource::AddLeaf(const std::string& path, std::unique_ptr<CR
     if (status != kErrorSuccess) {
       if (!MayPassOver(status)) return Context().Message->Fail(status);
       LogUnread(HivePath(Options()->hive, path), status);
+      Context().Message->NoteProblem(HivePath(Options()->hive, path), status);
       return true;
     }
     if (MatchesName(name, ValuePattern(), stop) && !AddValue(path, name, *key, error)) return false;

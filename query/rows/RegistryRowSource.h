@@ -11,14 +11,13 @@
 
 namespace kestra {
 
+// What is not there gives no rows, and neither does a key that may not be read; the report and the
+// log tell of that. The source fails for a path without a hive or, where values are wanted, without
+// a value name; for a hive that cannot be opened as a whole; when the time is over; and when the
+// query was cancelled.
 class RegistryRowSource : public RowSource {
- public:
-  // What is not there gives no rows, and neither does a key that may not be read; the log tells of
-  // that. False for a path without a hive or, where values are wanted, without a value name; for a
-  // hive that cannot be opened as a whole; when the time is over; and when the query was cancelled.
-  bool Run(Value& error) override;
-
  protected:
+  bool Find(CSourceRun& run, Value& error) override;
   // The rows are found valueLevels parts above the end of the path: 0 for keys, 1 for values.
   RegistryRowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit,
                     size_t valueLevels)
@@ -37,6 +36,7 @@ class RegistryRowSource : public RowSource {
   const std::string& ValuePattern() const { return m_poOptions->valuePattern; }
 
  private:
+  bool Fail(CSourceRun& run, SystemError error) const;
   bool ReadPath(RegistryOptions& options, std::string& keyPath) const;
 
   const std::string m_path;

@@ -9,6 +9,7 @@
 #include "query/rows/IniRowSource.h"
 #include "query/rows/ModuleRowSource.h"
 #include "query/rows/RegistryRowSource.h"
+#include "query/rows/report/SourceRun.h"
 
 namespace kestra {
 
@@ -37,7 +38,19 @@ void RowSource::SetUndecided() {
   m_decided = false;
 }
 
+bool RowSource::Run(Value& error) {
+  CSourceRun run(Context());
+  const bool isDone = Find(run, error);
+  run.AddRows(m_seen, static_cast<uint64_t>(m_count));
+  Value unused;
+  if (!isDone &&
+      (Context().Message->SystemError == kErrorCancelled || Context().CheckTimeOut(unused)))
+    run.SetCutShort();
+  return isDone;
+}
+
 bool RowSource::AddRow(CVDiagItem& item) {
+  ++m_seen;
   bool passes = true;
   if (m_pFilter) {
     const CBoundItem bound(Context(), m_alias, item);

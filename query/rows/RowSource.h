@@ -12,6 +12,8 @@
 
 namespace kestra {
 
+class CSourceRun;
+
 inline constexpr int32_t kNoRowLimit = std::numeric_limits<int32_t>::max();
 
 // What a source of the text says: [module, class, arguments or path, cache age, any-user flag] and
@@ -35,8 +37,9 @@ class RowSource {
   RowSource(const RowSource&) = delete;
   RowSource& operator=(const RowSource&) = delete;
 
-  // False when the source fails; error then says why, as an Error with or without a message.
-  virtual bool Run(Value& error) = 0;
+  // False when the source fails; error then says why, as an Error with or without a message. The
+  // query's report tells what happened.
+  bool Run(Value& error);
 
   // The rows found, as a Vector of items; Any when they cannot be known yet.
   const Value& Rows() const { return m_rows; }
@@ -44,6 +47,9 @@ class RowSource {
   bool Decided() const { return m_decided; }
 
  protected:
+  // Finds the rows. It says to the run what the source is, as soon as that is known.
+  virtual bool Find(CSourceRun& run, Value& error) = 0;
+
   QueryContext& Context() const { return *m_node.Context; }
   ParseNode& Node() const { return m_node; }
   // Adds the item if the filter lets it pass. False ends the walk.
@@ -59,6 +65,7 @@ class RowSource {
   ParseNode* const m_pFilter;  // the WHERE that is open when the source is made; may be null
   const int32_t m_limit;
   int32_t m_count = 0;
+  uint64_t m_seen = 0;
   bool m_decided = true;
   Value m_rows;
 };

@@ -7,7 +7,8 @@ namespace {
 
 class Renderers : public test::CInterfaceTest {
  protected:
-  std::string Show(const char* query, Format format, size_t width = 0) {
+  std::string Show(const char* query, Format format, size_t width = 0,
+                   const RowSelection& rows = {}, bool turnsVertical = false) {
     const CValueHandle value(Run(query));
     EXPECT_FALSE(Is(kestra_value_is_error, value.get())) << query;
     const auto columns = Take<CColumnsHandle>(kestra_session_columns, session);
@@ -16,7 +17,7 @@ class Renderers : public test::CInterfaceTest {
       names.emplace_back(Ask<const char*>(kestra_columns_name, columns.get(), i));
     }
     CStringOutput output;
-    Render(value.get(), names, {format, width}, output);
+    Render(value.get(), names, {format, width, turnsVertical, rows}, output);
     return output.content;
   }
 };
@@ -127,6 +128,83 @@ TEST_F(Renderers, TableFitsTheTerminal) {
   // Where it cannot fit, nothing is cut away entirely, and numbers never are.
   EXPECT_NE(Show("SELECT 0 - Id, Id FROM Test.Row", Format::Table, 1).find("-4   4"),
             std::string::npos);
+  // A heading may be cut down to the numbers below it.
+  EXPECT_EQ(Show("SELECT Id + 1000000000, Id FROM Test.Row WHERE Id = 1", Format::Table, 14),
+            "Id + 1000\xE2\x80\xA6  Id\n----------  --\n1000000001   1\n");
+  // Where it cannot fit, the rows stand upright if they may; a heading without rows cannot.
+  const char* const numbers = "SELECT Id + 1000000000, Id FROM Test.Row WHERE Id = ";
+  EXPECT_EQ(Show((numbers + std::string("1")).c_str(), Format::Table, 13, {}, true),
+            "-- 1 --\nId + 1000000000: 1000000001\n             Id: 1\n");
+  EXPECT_NE(Show((numbers + std::string("99")).c_str(), Format::Table, 13, {}, true).find("---"),
+            std::string::npos);
+}
+
+TEST_F(Renderers, Vertical) {
+  EXPECT_EQ(Show("SELECT Text, Size, Id FROM Test.Row WHERE Id < 3", Format::Vertical),
+            "-- 1 --\n     Text: Alpha one\nSize (KB): 10\n       Id: 1\n"
+            "-- 2 --\n     Text: beta TWO\n       Id: 2\n");
+  EXPECT_EQ(Show("SELECT Text + '\nb' FROM Test.Row WHERE Id = 1", Format::Vertical),
+            "-- 1 --\nText + ' b': Alpha one\n             b\n");
+  EXPECT_EQ(Show("1 + 1", Format::Vertical), "2\n");
+}
+
+// The numbers of the rows, by each column and both ways. What is not set is last.
+TEST_F(Renderers, Order) {
+  const char* const query = "SELECT Id, Size, Text, Created, Other FROM Test.Row WHERE Id < 5";
+  const auto order = [&](const char* sort) {
+    RowSelection rows;
+    rows.sort = ParseSortOrder(sort);
+    std::string numbers;
+    const std::string shown = Show(query, Format::Text, 0, rows);
+    for (size_t start = 0; start < shown.size(); start = shown.find('\n', start) + 1)
+      numbers += shown[start];
+    return numbers;
+  };
+  const std::pair<const char*, const char*> cases[] = {
+      {"Id", "1234"},   {"id:desc", "4321"},      {"Size", "1342"},  {"Size:desc", "4312"},
+      {"text", "1234"}, {"Created:DESC", "4213"}, {"Other", "1243"}, {"Other:asc", "1243"},
+  };
+  for (const auto& [sort, expected] : cases) EXPECT_EQ(order(sort), expected) << sort;
+}
+
+// Every format shows the same rows.
+TEST_F(Renderers, Limit) {
+  RowSelection rows;
+  rows.sort = ParseSortOrder("Id:desc");
+  rows.limit = 1;
+  for (const Format format : {Format::Table, Format::Vertical, Format::Text, Format::Csv,
+                              Format::Json, Format::JsonLines, Format::Xml}) {
+    const std::string shown =
+        Show("SELECT 'row' + Text, Id FROM Test.Row WHERE Id < 3", format, 0, rows);
+    EXPECT_NE(shown.find("rowbeta TWO"), std::string::npos) << shown;
+    EXPECT_EQ(shown.find("rowAlpha one"), std::string::npos) << shown;
+  }
+  rows.limit = 0;
+  EXPECT_EQ(Show("SELECT Id FROM Test.Row", Format::Text, 0, rows), "");
+  EXPECT_EQ(Show("1 + 1", Format::Text, 0, rows), "2\n");
+}
+
+TEST_F(Renderers, UnknownColumnToSortBy) {
+  RowSelection rows;
+  rows.sort = ParseSortOrder("Txt");
+  for (const char* query : {"SELECT * FROM Test.Row", "SELECT Text FROM Test.Row WHERE Id = 99"}) {
+    try {
+      Show(query, Format::Text, 0, rows);
+      ADD_FAILURE() << query;
+    } catch (const CUnknownColumn& error) {
+      EXPECT_STREQ(error.what(), "the result has no column \"Txt\" to sort by: did you mean Text?");
+    }
+  }
+  // Without rows nothing is known of the columns.
+  EXPECT_EQ(Show("SELECT * FROM Test.Row WHERE Id = 99", Format::Text, 0, rows), "");
+}
+
+TEST_F(Renderers, CancelBreaksOff) {
+  CCancellation cancellation;
+  cancellation.Cancel();
+  RowSelection rows;
+  rows.pCancellation = &cancellation;
+  EXPECT_THROW(Show("SELECT * FROM Test.Row", Format::Csv, 0, rows), CCancelled);
 }
 
 // Lists in lists, deeper than any that a person writes.

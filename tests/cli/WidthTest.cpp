@@ -40,6 +40,7 @@ TEST(Width, NothingUnprintableReachesTheTerminal) {
   };
   for (const auto& [text, expected] : cases) EXPECT_EQ(Printable(text), expected) << text;
   EXPECT_EQ(Printable("a\tb\nc\x1B", true), "a\tb\nc" + bad);
+  EXPECT_EQ(Printable("a\r\nb\rc\r", true), "a\nb c ");
 }
 
 TEST(Width, CutsBetweenCharacters) {

@@ -5,6 +5,8 @@ import json
 import pty
 import os
 import re
+import subprocess
+import tempfile
 
 from kestra_command import COMMAND, CommandTest, main
 
@@ -46,6 +48,37 @@ class Formats(CommandTest):
         records = list(csv.reader(io.StringIO(out.decode(), newline=""), strict=True))
         self.assertEqual(records, [["Value"], ["a,b"], ['say "x"'], ["two\nlines"], [""]])
 
+    def jq(self, program, *arguments):
+        out = self.check(["--format", "json", *arguments]).stdout
+        return subprocess.run(["jq", "-c", program], input=out, capture_output=True, check=True,
+                              timeout=60).stdout.decode()
+
+    def test_jq_reads_every_process(self):
+        count = int(self.jq("length", "SELECT * FROM Processes.Process"))
+        self.assertGreater(count, 2)
+        self.assertEqual(self.jq("map(select(.PID == 1)) | .[0].PID | type",
+                                 "SELECT * FROM Processes.Process"), '"number"\n')
+
+    def test_awkward_content_reaches_others_whole(self):
+        """A name with quotes, an end of line and an emoji; a flag set, a date, and NULL."""
+        name = "say \"it's\"\nnow, \U0001f600;"
+        with tempfile.TemporaryDirectory() as root:
+            path = os.path.join(root, name)
+            with open(path, "w", encoding="utf-8"):
+                pass
+            os.chmod(path, 0o444)
+            os.utime(path, (0, 1709209800))  # 2024-02-29 12:30:00 UTC
+            query = ("SELECT FileName, Attributes, LastWriteTime, FileVersion, Size "
+                     f"FROM FILES.FILE('{root}/*')")
+            wanted = [name, ["ReadOnly"], "2024-02-29T12:30:00Z", None, 0]
+            self.assertEqual(json.loads(self.jq("[.[0][]]", query)), wanted)
+            lines = self.check(["--format", "jsonl", query]).stdout
+            self.assertEqual(list(json.loads(lines).values()), wanted)
+            out = self.check(["--format", "csv", query]).stdout.decode()
+            record, = csv.DictReader(io.StringIO(out, newline=""), strict=True)
+            self.assertEqual(list(record.values()),
+                             [name, "ReadOnly", "2024-02-29T12:30:00Z", "", "0"])
+
     def test_table_is_as_wide_as_its_content_in_a_pipe(self):
         lines = self.check(["--format", "table", QUERY]).stdout.decode().splitlines()
         self.assertEqual(lines[0].split(), NAMES)
@@ -80,8 +113,8 @@ class Formats(CommandTest):
         self.assertEqual(status, 0)
         self.assertRegex(shown, r"^ *PID +ImageName *\r\n *-+ +-+\r\n")
 
-    def test_no_query_on_a_terminal_is_wrong_usage(self):
-        status, shown = self.on_a_terminal()
+    def test_nothing_to_check_on_a_terminal_is_wrong_usage(self):
+        status, shown = self.on_a_terminal("--check")
         self.assertEqual(status, 2)
         self.assertIn("Usage: kestra", shown)
 

@@ -1,4 +1,9 @@
 // Where a result came from, and where a session's modules come from.
+#include <chrono>
+#include <cstddef>
+#include <cstring>
+#include <filesystem>
+
 #include "platform/machine/Machine.h"
 #include "tests/front/SessionFixture.h"
 #include "tests/support/TempDirectory.h"
@@ -25,13 +30,17 @@ class SourcesInterface : public testing::Test {
     EXPECT_EQ(kestra_session_source_count(asked, &count), KESTRA_OK);
     std::string text;
     for (int32_t i = 0; i < count; ++i) {
-      const char* pModule = nullptr;
-      const char* pArguments = nullptr;
-      int32_t fill = -1;
-      EXPECT_EQ(kestra_session_source(asked, i, &pModule, &pArguments, &fill), KESTRA_OK);
-      text += std::string(pModule) + "(" + pArguments + ") " + std::to_string(fill) + ";";
+      const kestra_source_info info = SourceOf(asked, i);
+      text +=
+          std::string(info.name) + "(" + info.arguments + ") " + std::to_string(info.fill) + ";";
     }
     return text;
+  }
+  static kestra_source_info SourceOf(kestra_session* asked, int32_t number) {
+    kestra_source_info info{};
+    info.struct_size = sizeof info;
+    EXPECT_EQ(kestra_session_source(asked, number, &info), KESTRA_OK);
+    return info;
   }
 
   CTempDirectory m_cache;
@@ -63,12 +72,57 @@ TEST_F(SourcesInterface, TellWhereTheContentCameFrom) {
   EXPECT_EQ(SourcesOf(second), "Many(Count=5) 0;");
   EXPECT_EQ(TextOf(second, "1 + 1"), "2");
   EXPECT_EQ(SourcesOf(second), "");
-  const char* pText = nullptr;
-  int32_t fill = 0;
+  kestra_source_info info{};
+  info.struct_size = sizeof info;
   for (const int32_t number : {-1, 0, 1}) {
-    EXPECT_EQ(kestra_session_source(second, number, &pText, &pText, &fill), KESTRA_E_INVALIDARG);
+    EXPECT_EQ(kestra_session_source(second, number, &info), KESTRA_E_INVALIDARG);
   }
   kestra_session_destroy(second);
+}
+
+TEST_F(SourcesInterface, TellHowOldACacheFileIs) {
+  const char* const query = "SELECT COUNT(*) FROM Many(Count=5)#600.Entry WHERE Id < 2";
+  TextOf(session, query);
+  const auto backdate = std::chrono::seconds(100);
+  for (const auto& entry : std::filesystem::directory_iterator(m_cache.Path())) {
+    std::filesystem::last_write_time(entry, entry.last_write_time() - backdate);
+  }
+  kestra_session* second = NewSession();
+  TextOf(second, query);
+  const kestra_source_info info = SourceOf(second, 0);
+  EXPECT_EQ(info.fill, KESTRA_FILL_CACHE_FILE);
+  EXPECT_GE(info.age_seconds, 100u);
+  EXPECT_LE(info.age_seconds, 110u);
+  EXPECT_EQ(info.rows_seen, 5u);
+  EXPECT_EQ(info.rows_kept, 2u);
+  // As memory it grows no younger.
+  TextOf(second, query);
+  EXPECT_GE(SourceOf(second, 0).age_seconds, 100u);
+  kestra_session_destroy(second);
+}
+
+// A caller that was built with fewer members, or with more, gets those that both know.
+TEST_F(SourcesInterface, FillsAsMuchOfTheStructAsTheCallerHas) {
+  TextOf(session, "SELECT COUNT(*) FROM Many(Count=5).Entry");
+  struct {
+    kestra_source_info info;
+    char more[16];
+  } larger;
+  std::memset(&larger, 'x', sizeof larger);
+  larger.info.struct_size = sizeof larger;
+  EXPECT_EQ(kestra_session_source(session, 0, &larger.info), KESTRA_OK);
+  EXPECT_STREQ(larger.info.name, "Many");
+  EXPECT_EQ(larger.info.struct_size, sizeof larger);
+  EXPECT_EQ(larger.more[0], 'x');
+  kestra_source_info smaller;
+  std::memset(&smaller, 'x', sizeof smaller);
+  smaller.struct_size = offsetof(kestra_source_info, fill);
+  EXPECT_EQ(kestra_session_source(session, 0, &smaller), KESTRA_OK);
+  EXPECT_STREQ(smaller.arguments, "Count=5");
+  EXPECT_EQ(smaller.struct_size, offsetof(kestra_source_info, fill));
+  EXPECT_EQ(smaller.fill, 0x78787878);
+  smaller.struct_size = 0;
+  EXPECT_EQ(kestra_session_source(session, 0, &smaller), KESTRA_E_INVALIDARG);
 }
 
 TEST_F(SourcesInterface, PluginDirectoriesMakeTheRootAnew) {

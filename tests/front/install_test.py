@@ -1,12 +1,11 @@
 #!/usr/bin/env python3
 """Installs a build into a directory of its own and uses it from there: pkg-config, the CMake
-package, the installed command; and looks that the library exports its interface and nothing else.
+package, the installed command.
 
     install_test.py BUILD_DIRECTORY C_CLIENT
 """
 import glob
 import os
-import re
 import subprocess
 import sys
 import tempfile
@@ -25,18 +24,6 @@ target_link_libraries(user PRIVATE kestra::kestra)
 def run(*command, **more):
     return subprocess.run(command, check=True, capture_output=True, text=True, timeout=120,
                           **more).stdout
-
-
-def check_exports(root, library):
-    names = [line.split()[-1].split("@")[0]
-             for line in run("nm", "-D", "--defined-only", library).splitlines()]
-    names = [name for name in names if name != "KESTRA_0"]  # the version node itself
-    declared = set()
-    for header in glob.glob(root + "/prefix/include/kestra/*.h"):
-        with open(header) as text:
-            declared |= set(re.findall(r"^KESTRA_(?:API|IMPORT) [\w\s\*]*?(\w+)\(", text.read(), re.M))
-    assert len(declared) > 50, declared
-    assert set(names) == declared, set(names) ^ declared
 
 
 def check_pkg_config(root, library_folder):
@@ -62,7 +49,6 @@ with tempfile.TemporaryDirectory() as root:
     prefix = os.path.join(root, "prefix")
     run("cmake", "--install", build, "--prefix", prefix)
     library, = glob.glob(prefix + "/lib*/**/libkestra.so", recursive=True)
-    check_exports(root, library)
     check_pkg_config(root, os.path.dirname(library))
     check_cmake_package(root)
     assert run(prefix + "/bin/kestra", "1 + 1") == "2\n"

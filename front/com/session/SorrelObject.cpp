@@ -25,6 +25,11 @@ struct ConnectionPointsPolicy {
   static void Clear(Element* pElement) { (*pElement)->Release(); }
 };
 
+template <class T>
+void Tell(T* pPlace, T what) {
+  if (pPlace) *pPlace = what;
+}
+
 HRESULT ResultOf(SessionStatus status) {
   switch (status) {
     case SessionStatus::Ok:
@@ -101,6 +106,29 @@ STDMETHODIMP CSorrelObject::CheckQuerySyntax(BSTR bstrQuery, long* pVal) noexcep
     const SessionStatus status = m_pSession->CheckQuerySyntax(FromBstr(bstrQuery), good);
     *pVal = good;
     return ResultOf(status);
+  });
+}
+
+STDMETHODIMP CSorrelObject::Diagnose(BSTR bstrQuery, long* pbError, long* plLine, long* plColumn,
+                                     BSTR* pbstrSuggestions, BSTR* pbstrSentence) noexcept {
+  for (long* pNumber : {pbError, plLine, plColumn}) Tell(pNumber, 0L);
+  for (BSTR* pText : {pbstrSuggestions, pbstrSentence}) Tell(pText, BSTR{});
+  return ComBarrier(pbstrSentence)([&] {
+    std::optional<Diagnosis> found;
+    const SessionStatus status = m_pSession->DiagnoseText(FromBstr(bstrQuery), found);
+    if (status != SessionStatus::Ok) return ResultOf(status);
+    if (!found) return S_FALSE;
+    std::string suggestions;
+    for (const std::string& one : found->suggestions)
+      suggestions += suggestions.empty() ? one : "\r\n" + one;
+    std::unique_ptr<OLECHAR, decltype(&SysFreeString)> sentence(ToBstr(found->message),
+                                                                SysFreeString);
+    if (pbstrSuggestions) *pbstrSuggestions = ToBstr(suggestions);
+    *pbstrSentence = sentence.release();
+    Tell(pbError, found->isError ? 1L : 0L);
+    Tell(plLine, static_cast<long>(found->line));
+    Tell(plColumn, static_cast<long>(found->column));
+    return S_OK;
   });
 }
 

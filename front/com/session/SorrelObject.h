@@ -15,9 +15,9 @@
 
 namespace kestra::com {
 
-class CSorrelObject final
-    : public CDispatchObject<ISorrelCOM, IConnectionPointContainer, IProvideClassInfo2>,
-      private CQueryDoneReceiver {
+class CSorrelObject final : public CDispatchObject<ISorrelCOM, IConnectionPointContainer,
+                                                   IProvideClassInfo2, ISorrelDiagnosis>,
+                            private CQueryDoneReceiver {
  public:
   CSorrelObject();
   ~CSorrelObject() override;
@@ -35,6 +35,9 @@ class CSorrelObject final
   STDMETHODIMP RunQuerySync(BSTR bstrQuery, VARIANT varTerminationEvent, long lTimeOut,
                             VARIANT* pResult) noexcept override;
   STDMETHODIMP DisableAsyncMode() noexcept override;
+
+  STDMETHODIMP Diagnose(BSTR bstrQuery, long* pbError, long* plLine, long* plColumn,
+                        BSTR* pbstrSuggestions, BSTR* pbstrSentence) noexcept override;
 
   STDMETHODIMP EnumConnectionPoints(IEnumConnectionPoints** ppEnum) noexcept override;
   STDMETHODIMP FindConnectionPoint(REFIID iid, IConnectionPoint** ppPoint) noexcept override;

@@ -29,6 +29,11 @@ SystemError LastProcError() {
   return errno == ENOENT || errno == ESRCH ? kErrorInvalidHandle : LastError();
 }
 
+// Something of the process could not be read. One that has ended is no problem.
+void NoteUnread(ProcessRecord& record, SystemError error = LastProcError()) {
+  if (error != kErrorInvalidHandle && record.Unread == kErrorSuccess) record.Unread = error;
+}
+
 // Counts the entries of a directory without a name being looked at. Nothing if it may not be read.
 std::optional<uint32_t> CountEntries(int directory, const char* name) {
   const CUniqueFd fd(openat(directory, name, O_RDONLY | O_DIRECTORY | O_CLOEXEC));
@@ -70,7 +75,10 @@ SystemError CProcReader::Read(uint32_t pid, ProcessRecord& record) {
   if (error == kErrorSuccess) error = ReadStat(stat);
   // Where /proc is mounted to hide the processes of others, only their numbers are known.
   // Nor does one that cannot be made out keep the others from being listed.
-  if (error == kErrorAccessDenied || error == kErrorInvalidData) return kErrorSuccess;
+  if (error == kErrorAccessDenied || error == kErrorInvalidData) {
+    record.Unread = error;
+    return kErrorSuccess;
+  }
   if (error != kErrorSuccess) return error;
   record.ParentPID = stat.parentPid;
   record.StartTime = stat.startTime + 1;  // never 0, which means not known
@@ -113,6 +121,7 @@ SystemError CProcReader::ReadStat(ProcStat& stat) {
 void CProcReader::ReadExecutable(ProcessRecord& record) {
   char target[PATH_MAX];
   const ssize_t length = readlinkat(m_process.get(), "exe", target, sizeof target);
+  if (length < 0) NoteUnread(record);
   if (length <= 0) return;
   std::string path = DecodeExecutableLink({target, static_cast<size_t>(length)});
   if (!path.empty()) record.FilePath = std::move(path);
@@ -136,11 +145,14 @@ uint32_t CProcReader::WidthOfExecutable() {
 void CProcReader::ReadHandleCount(ProcessRecord& record) {
   if (!m_kernelCountsHandles) {
     record.HandleCount = CountEntries(m_process.get(), "fd");
+    if (!record.HandleCount) NoteUnread(record);
     return;
   }
   struct stat status {};
   if (fstatat(m_process.get(), "fd", &status, 0) == 0)
     record.HandleCount = static_cast<uint32_t>(status.st_size);
+  else
+    NoteUnread(record);
 }
 
 SystemError CProcReader::ReadArguments(const ProcStat& stat, ProcessRecord& record) {
@@ -150,7 +162,10 @@ SystemError CProcReader::ReadArguments(const ProcStat& stat, ProcessRecord& reco
   if (!stat.IsKernelThread() && !stat.IsZombie() && (isWanted || executable.empty())) {
     const SystemError error = ReadFile("cmdline", kMaxCommandLine);
     if (error == kErrorInvalidHandle) return error;
-    if (error != kErrorSuccess) m_buffer.clear();
+    if (error != kErrorSuccess) {
+      m_buffer.clear();
+      NoteUnread(record, error);
+    }
   }
   record.ImageName = DecodeImageName(executable, stat, m_buffer);
   if (isWanted) record.CommandLine = DecodeCommandLine(m_buffer);
@@ -160,7 +175,11 @@ SystemError CProcReader::ReadArguments(const ProcStat& stat, ProcessRecord& reco
 SystemError CProcReader::ReadUser(ProcessRecord& record) {
   if ((m_wanted & kProcessWantUser) == 0) return kErrorSuccess;
   const SystemError error = ReadFile("status", kMaxStatusFile);
-  if (error != kErrorSuccess) return error == kErrorInvalidHandle ? error : kErrorSuccess;
+  if (error == kErrorInvalidHandle) return error;
+  if (error != kErrorSuccess) {
+    NoteUnread(record, error);
+    return kErrorSuccess;
+  }
   const std::optional<uint32_t> uid = DecodeEffectiveUid(m_buffer);
   if (uid) record.User = UserName(*uid);
   return kErrorSuccess;

@@ -1,6 +1,7 @@
 // Synchronous queries, and what ends them.
 #include <atomic>
 #include <thread>
+#include <tuple>
 
 #include "tests/front/com/Host.h"
 
@@ -95,6 +96,39 @@ TEST_F(SyncHost, CheckQuerySyntaxNeverRuns) {
   long answer = 5;
   EXPECT_EQ(m_session->CheckQuerySyntax(nullptr, &answer), S_OK);  // a null BSTR is an empty text
   EXPECT_EQ(answer, 0);
+}
+
+TEST_F(SyncHost, TextsAreExplained) {
+  const struct {
+    const wchar_t* query;
+    HRESULT result;
+    long error, line, column;
+    const wchar_t* suggestions;
+  } kCases[] = {
+      {L"1 + 1", S_FALSE, 0, 0, 0, L""},
+      {L"SELECT id\nFROM Test.Row", S_OK, 1, 1, 8, L"Id"},
+      {L"SELECT Id\nFROM Test.Row WHERE \x00E4 = 1", S_OK, 1, 2, 23, L""},
+      {L"SELECT Id FROM Test.Row WHERE Text LIKE 'a%'", S_OK, 0, 1, 41, L"'a*'"},
+  };
+  const auto diagnosis = As<ISorrelDiagnosis>(m_session.get());
+  ASSERT_NE(diagnosis.get(), nullptr);
+  for (const auto& test : kCases) {
+    long error = 7, line = 7, column = 7;
+    CBstr suggestions, sentence;
+    EXPECT_EQ(diagnosis->Diagnose(CBstr(test.query).get(), &error, &line, &column,
+                                  suggestions.Place(), sentence.Place()),
+              test.result);
+    EXPECT_EQ(std::tie(error, line, column), std::tie(test.error, test.line, test.column))
+        << testing::PrintToString(test.query);
+    EXPECT_EQ(suggestions.Text().substr(0, wcslen(test.suggestions)), test.suggestions);
+    EXPECT_EQ(sentence.Text().empty(), test.result == S_FALSE);
+  }
+  CBstr sentence;  // the rest may be null, and the sentence may not
+  CBstr wrong(L"SELECT");
+  EXPECT_EQ(diagnosis->Diagnose(wrong.get(), nullptr, nullptr, nullptr, nullptr, sentence.Place()),
+            S_OK);
+  EXPECT_EQ(diagnosis->Diagnose(wrong.get(), nullptr, nullptr, nullptr, nullptr, nullptr),
+            E_POINTER);
 }
 
 TEST_F(SyncHost, NothingIsChangedUnlessAllowed) {

@@ -64,7 +64,8 @@ CProcessInspector::Opened CProcessInspector::Open(uint32_t pid) {
   Opened opened;
   if (pid <= kLastSystemPID) return opened;  // nothing is shown of them but the name
   CWindowsProcesses& windows = m_context.Windows();
-  opened.mayRead = windows.OpenHandle(pid, kProcessQueryAndRead, opened.handle) == kErrorSuccess;
+  opened.refusal = windows.OpenHandle(pid, kProcessQueryAndRead, opened.handle);
+  opened.mayRead = opened.refusal == kErrorSuccess;
   if (!opened.mayRead && windows.OpenHandle(pid, kMaximumAllowed, opened.handle) != kErrorSuccess) {
     opened.handle.reset();
   }
@@ -88,6 +89,8 @@ void CProcessInspector::Fill(const Opened& opened, ProcessRecord& record) {
     record.Width = 64;
   }
   if (record.PID <= kLastSystemPID) return;
+  // Of one that has ended since it was listed the system says that the number is invalid.
+  if (opened.refusal != kErrorInvalidParameter) record.Unread = opened.refusal;
   if (!opened.handle || !IsSame(*opened.handle, record)) {
     if (Wants(kProcessWantUser)) record.User = UserOfUnopened(record.PID);
     if (!m_context.IsWide()) RepairPath(record);

@@ -17,6 +17,7 @@ class CProcessInspector {
   struct Opened {
     std::unique_ptr<CProcessHandle> handle{};  // null: it may not be opened
     bool mayRead = false;                      // its memory too
+    SystemError refusal = kErrorSuccess;       // why not
   };
 
   // flags: kProcessWant..., kProcessAllSessions, kProcessRepairPath. listedAt is a moment before

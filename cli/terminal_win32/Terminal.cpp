@@ -4,26 +4,14 @@
 #include <io.h>
 #include <shellapi.h>
 
-#include <atomic>
 #include <cstdio>
 #include <cstdlib>
 
 #include "cli/Terminal.h"
+#include "cli/terminal_win32/Text.h"
 
 namespace kestra::cli {
 namespace {
-
-// What the handler, which runs on a thread of the system's, may touch.
-std::atomic<HANDLE> g_event{nullptr};
-std::atomic<bool> g_wasInterrupted{false};
-
-// The first interrupt is taken; for the second the next handler, the system's, ends the process.
-BOOL WINAPI OnControl(DWORD control) {
-  if (control != CTRL_C_EVENT && control != CTRL_BREAK_EVENT) return FALSE;
-  if (g_wasInterrupted.exchange(true)) return FALSE;
-  SetEvent(g_event);
-  return TRUE;
-}
 
 HANDLE HandleOf(Stream stream) {
   switch (stream) {
@@ -35,6 +23,8 @@ HANDLE HandleOf(Stream stream) {
       return GetStdHandle(STD_ERROR_HANDLE);
   }
 }
+
+}  // namespace
 
 std::string Narrow(const wchar_t* text) {
   const int size = WideCharToMultiByte(CP_UTF8, 0, text, -1, nullptr, 0, nullptr, nullptr);
@@ -52,6 +42,8 @@ std::wstring Wide(const std::string& text) {
   MultiByteToWideChar(CP_UTF8, 0, text.data(), length, wide.data(), size);
   return wide;
 }
+
+namespace {
 
 UINT g_consoleCodePage = 0;
 
@@ -80,6 +72,10 @@ std::FILE* OpenForReading(const std::string& path) {
   return _wfopen(Wide(path).c_str(), L"rb");
 }
 
+std::FILE* OpenForWriting(const std::string& path) {
+  return _wfopen(Wide(path).c_str(), L"wb");
+}
+
 bool IsDirectory(const std::string& path) {
   const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
@@ -98,29 +94,33 @@ bool IsTerminal(Stream stream) {
   return GetConsoleMode(HandleOf(stream), &mode) != 0;
 }
 
-size_t TerminalWidth() {
+size_t TerminalWidth(Stream stream) {
   CONSOLE_SCREEN_BUFFER_INFO info{};
-  if (!GetConsoleScreenBufferInfo(HandleOf(Stream::Out), &info)) return 0;
+  if (!GetConsoleScreenBufferInfo(HandleOf(stream), &info)) return 0;
   return static_cast<size_t>(info.srWindow.Right - info.srWindow.Left + 1);
 }
 
-CInterruptScope::CInterruptScope() {
-  const HANDLE event = CreateEventW(nullptr, TRUE, FALSE, nullptr);
-  if (!event) return;
-  m_event = reinterpret_cast<intptr_t>(event);
-  g_event = event;
-  g_wasInterrupted = false;
-  m_isInstalled = SetConsoleCtrlHandler(OnControl, TRUE) != 0;
+std::string FoldCase(const std::string& utf8) {
+  std::wstring wide = Wide(utf8);
+  CharLowerBuffW(wide.data(), static_cast<DWORD>(wide.size()));
+  return Narrow(wide.c_str());
 }
 
-CInterruptScope::~CInterruptScope() {
-  if (m_isInstalled) SetConsoleCtrlHandler(OnControl, FALSE);
-  const HANDLE event = g_event.exchange(nullptr);
-  if (event) CloseHandle(event);
+std::optional<std::string> EnvironmentText(const char* name) {
+  const std::wstring wide = Wide(name);
+  SetLastError(ERROR_SUCCESS);
+  std::wstring text(GetEnvironmentVariableW(wide.c_str(), nullptr, 0), L'\0');
+  if (text.empty()) {
+    return GetLastError() == ERROR_ENVVAR_NOT_FOUND ? std::nullopt : std::optional<std::string>("");
+  }
+  const DWORD length =
+      GetEnvironmentVariableW(wide.c_str(), text.data(), static_cast<DWORD>(text.size()));
+  if (length >= text.size()) return std::nullopt;
+  return Narrow(text.c_str());
 }
 
-bool CInterruptScope::WasInterrupted() const {
-  return g_wasInterrupted;
+std::string StateDirectory() {
+  return EnvironmentText("LOCALAPPDATA").value_or(std::string());
 }
 
 }  // namespace kestra::cli

@@ -1,0 +1,88 @@
+#include "cli/messages/ProgressLine.h"
+
+#include <array>
+#include <chrono>
+#include <cstdio>
+#include <system_error>
+
+#include "cli/Terminal.h"
+#include "cli/messages/Counts.h"
+#include "cli/render/Width.h"
+
+namespace kestra::cli {
+namespace {
+
+constexpr uint32_t kBeforeFirstMs = 500;
+constexpr uint32_t kBetweenMs = 100;
+
+}  // namespace
+
+CProgressLine::CProgressLine(kestra_session* session, const CCancellation& cancellation)
+    : m_session(session), m_cancellation(cancellation) {
+  if (!IsTerminal(Stream::Error)) return;
+  const CSignalShield shield;
+  try {
+    m_thread = std::thread([this] { Run(); });
+  } catch (const std::system_error&) {
+    // No thread, no line: the query matters more.
+  }
+}
+
+CProgressLine::~CProgressLine() {
+  if (!m_thread.joinable()) return;
+  {
+    const std::lock_guard lock(m_lock);
+    m_isOver = true;
+  }
+  m_wakeUp.notify_all();
+  m_thread.join();
+}
+
+bool CProgressLine::Pause(uint32_t milliseconds) {
+  std::unique_lock lock(m_lock);
+  return !m_wakeUp.wait_for(lock, std::chrono::milliseconds(milliseconds),
+                            [this] { return m_isOver; });
+}
+
+void CProgressLine::Run() {
+  bool goesOn = Pause(kBeforeFirstMs);
+  for (; goesOn && !m_cancellation.WasCancelled(); goesOn = Pause(kBetweenMs)) {
+    try {
+      Show(Line());
+    } catch (const std::bad_alloc&) {
+      break;
+    }
+  }
+  // Who has given the query up has gone on to something else on this terminal.
+  if (!m_cancellation.IsGivenUp()) Show({});
+}
+
+// Empty while there is nothing to tell.
+std::string CProgressLine::Line() const {
+  std::array<char, 1024> what{};
+  uint64_t done = 0, total = 0;
+  if (kestra_session_progress(m_session, what.data(), what.size(), &done, &total) != KESTRA_OK)
+    return {};
+  std::string line = what.data();
+  if (done > 0) line += ' ' + Grouped(done);
+  if (total > 0) line += " of " + Grouped(total);
+  return Printable(line + " ...");
+}
+
+// Blanks behind a shorter line than the one before: not every console knows how to erase.
+void CProgressLine::Show(const std::string& line) {
+  const size_t columns = TerminalWidth(Stream::Error);
+  // The last column would have some terminals go to the next line.
+  std::string text = columns > 1 ? CutToWidth(line, columns - 1) : std::string();
+  const size_t width = WidthOf(text);
+  if (width == 0 && m_shownWidth == 0) return;
+  if (m_shownWidth > width) {
+    const size_t rest = m_shownWidth - width;
+    text.append(rest, ' ').append(rest, '\b');
+  }
+  std::fprintf(stderr, "\r%s%s", text.c_str(), width == 0 ? "\r" : "");
+  std::fflush(stderr);
+  m_shownWidth = width;
+}
+
+}  // namespace kestra::cli

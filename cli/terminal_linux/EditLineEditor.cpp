@@ -1,0 +1,221 @@
+#include "cli/terminal_linux/EditLineEditor.h"
+
+#include <locale.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cwchar>
+#include <stdexcept>
+
+#include "cli/render/Width.h"
+#include "cli/shell/input/CompletionList.h"
+
+namespace kestra::cli {
+namespace {
+
+constexpr int kHistoryEntries = 1000;
+constexpr char kInterruptKey = 3;  // Ctrl-C
+
+size_t CharacterCount(std::string_view utf8) {
+  return static_cast<size_t>(std::count_if(utf8.begin(), utf8.end(), [](char c) {
+    return (static_cast<unsigned char>(c) & 0xC0) != 0x80;
+  }));
+}
+
+struct KeyBinding {
+  const char* key;
+  const char* function;
+};
+
+// What terminals send and libedit does not know by itself.
+constexpr KeyBinding kBindings[] = {
+    {"\033[1~", "ed-move-to-beg"},      {"\033[4~", "ed-move-to-end"},
+    {"\033[3~", "ed-delete-next-char"}, {"\033[1;5D", "ed-prev-word"},
+    {"\033[1;5C", "em-next-word"},      {"^R", "em-inc-search-prev"},
+};
+
+}  // namespace
+
+CEditLineEditor::CEditLineEditor(const EditLibrary& edit, std::FILE* out, Completer completer)
+    : m_edit(edit), m_pOut(out), m_completer(std::move(completer)) {
+  // Text is UTF-8, whatever the user's language is.
+  setlocale(LC_CTYPE, "C.UTF-8");
+  m_pLine = m_edit.init("kestra", stdin, m_pOut, stderr);
+  m_pHistory = m_edit.historyInit();
+  if (!m_pLine || !m_pHistory) throw std::runtime_error("no line editing");
+  HistEvent event{};
+  m_edit.changeHistory(m_pHistory, &event, H_SETSIZE, kHistoryEntries);
+  m_edit.changeHistory(m_pHistory, &event, H_SETUNIQUE, 1);
+  m_edit.set(m_pLine, EL_CLIENTDATA, this);
+  m_edit.set(m_pLine, EL_HIST, m_edit.changeHistory, m_pHistory);
+  m_edit.set(m_pLine, EL_PROMPT, Prompt);
+  m_edit.set(m_pLine, EL_SIGNAL, 0);
+  m_edit.set(m_pLine, EL_GETCFN, ReadCharacter);
+  BindKeys();
+  // Before the first line too. libedit takes over what it finds changed in a terminal that hands
+  // out lines, and would so undo what BindKeys sets.
+  m_mode.KeepInput();
+}
+
+CEditLineEditor::~CEditLineEditor() {
+  if (m_pLine) m_edit.end(m_pLine);
+  if (m_pHistory) m_edit.historyEnd(m_pHistory);
+}
+
+void CEditLineEditor::BindKeys() {
+  m_edit.set(m_pLine, EL_EDITOR, "emacs");
+  for (const KeyBinding& binding : kBindings) {
+    m_edit.set(m_pLine, EL_BIND, binding.key, binding.function, nullptr);
+  }
+  m_edit.set(m_pLine, EL_ADDFN, "kestra-complete", "complete at the cursor", OnComplete);
+  m_edit.set(m_pLine, EL_ADDFN, "kestra-interrupt", "give the line up", OnInterruptKey);
+  m_edit.set(m_pLine, EL_BIND, "^I", "kestra-complete", nullptr);
+  // What the user has set in ~/.editrc comes before ours, but for the key that must work.
+  m_edit.source(m_pLine, nullptr);
+  // The interrupt key is a key like any other while a line is edited: as a signal it would lose
+  // what was typed behind it.
+  m_edit.set(m_pLine, EL_SETTY, "-d", "intr=", "+noflsh", nullptr);
+  m_edit.set(m_pLine, EL_BIND, "^C", "kestra-interrupt", nullptr);
+  m_edit.set(m_pLine, EL_BIND, "-a", "^C", "kestra-interrupt", nullptr);
+}
+
+CEditLineEditor& CEditLineEditor::Of(EditLine* pLine) {
+  void* pObject = nullptr;
+  LoadEditLibrary()->get(pLine, EL_CLIENTDATA, &pObject);
+  return *static_cast<CEditLineEditor*>(pObject);
+}
+
+char* CEditLineEditor::Prompt(EditLine* pLine) {
+  return Of(pLine).m_prompt.data();
+}
+
+LineInput CEditLineEditor::Read(const std::string& prompt) {
+  m_prompt = prompt;
+  m_wasInterrupted = false;
+  m_mode.TakeInterrupt();
+  m_mode.TakeOldDisplay();
+  int count = 0;
+  const char* text = m_edit.gets(m_pLine, &count);
+  m_mode.KeepInput();
+  LineInput input;
+  if (text && count > 0) input.text.assign(text, static_cast<size_t>(count));
+  if (input.text.ends_with('\n')) input.text.pop_back();
+  const bool hasLine = text && count > 0;
+  if (m_wasInterrupted) {
+    input.end = LineInput::End::Interrupted;
+  } else if (hasLine) {
+    input.end = LineInput::End::Line;
+  }
+  if (!hasLine) std::fputc('\n', m_pOut);
+  return input;
+}
+
+// The signals that come meanwhile are answered between two reads, where the display is whole.
+int CEditLineEditor::ReadByte(char& byte) {
+  for (;;) {
+    const ssize_t count = read(STDIN_FILENO, &byte, 1);
+    if (count >= 0) return static_cast<int>(count);
+    if (errno == EAGAIN) {
+      CTerminalMode::HasInput(-1);
+    } else if (errno != EINTR) {
+      return -1;
+    }
+    if (m_mode.TakeInterrupt()) {
+      byte = kInterruptKey;
+      return 1;
+    }
+    if (m_mode.TakeOldDisplay()) {
+      m_edit.resize(m_pLine);
+      m_edit.set(m_pLine, EL_REFRESH);
+    }
+  }
+}
+
+int CEditLineEditor::ReadCharacter(EditLine* pLine, wchar_t* pCharacter) {
+  std::mbstate_t state{};
+  for (;;) {
+    char byte = 0;
+    const int count = Of(pLine).ReadByte(byte);
+    if (count <= 0) return count;
+    const size_t length = std::mbrtowc(pCharacter, &byte, 1, &state);
+    if (length == static_cast<size_t>(-2)) continue;  // it goes on
+    if (length <= 1) return 1;
+    state = {};  // no UTF-8: left out
+  }
+}
+
+void CEditLineEditor::AddHistory(const std::string& entry) {
+  HistEvent event{};
+  m_edit.changeHistory(m_pHistory, &event, H_ENTER, entry.c_str());
+}
+
+bool CEditLineEditor::HasPendingInput() {
+  return CTerminalMode::HasInput(0);
+}
+
+std::string CEditLineEditor::TextOfLine(size_t& cursor) const {
+  const LineInfo* pInfo = m_edit.line(m_pLine);
+  cursor = static_cast<size_t>(pInfo->cursor - pInfo->buffer);
+  return {pInfo->buffer, pInfo->lastchar};
+}
+
+// The line goes the way of any other, so that the display is right; Read tells the difference.
+unsigned char CEditLineEditor::OnInterruptKey(EditLine* pLine, int) {
+  CEditLineEditor& self = Of(pLine);
+  self.m_wasInterrupted = true;
+  self.m_edit.push(pLine, "\n");
+  return CC_NORM;
+}
+
+unsigned char CEditLineEditor::OnComplete(EditLine* pLine, int) {
+  try {
+    return Of(pLine).Complete();
+  } catch (const std::exception&) {
+    return CC_ERROR;  // a line without help is still a line
+  }
+}
+
+unsigned char CEditLineEditor::Complete() {
+  size_t cursor = 0;
+  const std::string line = TextOfLine(cursor);
+  const Completion completion = m_completer(line, cursor);
+  if (completion.candidates.empty() || completion.offset > line.size() ||
+      completion.length > line.size() - completion.offset) {
+    return CC_REFRESH_BEEP;
+  }
+  const std::string begun = line.substr(completion.offset, completion.length);
+  const std::string common = CommonBeginning(completion);
+  if (completion.candidates.size() == 1) {
+    const bool isFollowed = line.compare(completion.offset + completion.length,
+                                         completion.ending.size(), completion.ending) == 0;
+    Replace(completion, common + (isFollowed ? "" : completion.ending));
+    return CC_REFRESH;
+  }
+  if (common.size() > begun.size()) {
+    Replace(completion, common);
+    return CC_REFRESH;
+  }
+  List(completion);
+  return CC_REDISPLAY;
+}
+
+void CEditLineEditor::Replace(const Completion& completion, const std::string& text) {
+  size_t cursor = 0;
+  const std::string line = TextOfLine(cursor);
+  const size_t end = completion.offset + completion.length;
+  const auto charactersTo = [&](size_t place) {
+    return static_cast<int>(CharacterCount(std::string_view(line).substr(0, place)));
+  };
+  m_edit.moveCursor(m_pLine, charactersTo(end) - charactersTo(cursor));
+  m_edit.deleteBefore(m_pLine, charactersTo(end) - charactersTo(completion.offset));
+  m_edit.insertText(m_pLine, text.c_str());
+}
+
+void CEditLineEditor::List(const Completion& completion) {
+  const std::string list = CompletionList(completion);
+  std::fprintf(m_pOut, "\n%s", list.c_str());
+  std::fflush(m_pOut);
+}
+
+}  // namespace kestra::cli

@@ -1,0 +1,109 @@
+#include "cli/terminal_linux/TerminalMode.h"
+
+#include <poll.h>
+#include <termios.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <csignal>
+
+namespace kestra::cli {
+namespace {
+
+// What the handlers may touch. The mode is written before the handlers are there.
+termios g_found{};
+std::atomic<bool> g_isKnown{false};
+std::atomic<bool> g_wasInterrupted{false};
+std::atomic<bool> g_isDisplayOld{false};
+
+constexpr int kEnding[] = {SIGTERM, SIGHUP, SIGQUIT};
+
+bool IsForeground() {
+  return tcgetpgrp(STDIN_FILENO) == getpgrp();
+}
+
+// tcgetattr() and tcsetattr() may be called by a handler (signal-safety(7)); a process in the
+// background would be stopped by it.
+void SetMode(const termios& mode) {
+  if (g_isKnown && IsForeground()) tcsetattr(STDIN_FILENO, TCSANOW, &mode);
+}
+
+void OnEnding(int signal) {
+  SetMode(g_found);
+  std::signal(signal, SIG_DFL);
+  raise(signal);
+}
+
+void OnStop(int) {
+  const int saved = errno;
+  termios present{};
+  const bool isKnown = tcgetattr(STDIN_FILENO, &present) == 0;
+  SetMode(g_found);
+  raise(SIGSTOP);
+  // Going on from here.
+  if (isKnown) SetMode(present);
+  g_isDisplayOld = true;
+  errno = saved;
+}
+
+void OnInterrupt(int) {
+  g_wasInterrupted = true;
+}
+
+void OnResize(int) {
+  g_isDisplayOld = true;
+}
+
+void Handle(int signal, void (*handler)(int), int flags) {
+  struct sigaction former {};
+  if (sigaction(signal, nullptr, &former) != 0 || former.sa_handler == SIG_IGN) return;
+  struct sigaction action {};
+  action.sa_handler = handler;
+  action.sa_flags = flags;
+  sigaction(signal, &action, nullptr);
+}
+
+}  // namespace
+
+CTerminalMode::CTerminalMode() {
+  g_isKnown = tcgetattr(STDIN_FILENO, &g_found) == 0;
+  for (const int signal : kEnding) Handle(signal, OnEnding, 0);
+  // Not restarted: who reads a line is to hear of it.
+  Handle(SIGTSTP, OnStop, 0);
+  Handle(SIGINT, OnInterrupt, 0);
+  Handle(SIGWINCH, OnResize, 0);
+}
+
+CTerminalMode::~CTerminalMode() {
+  ReadLines();
+  g_isKnown = false;
+}
+
+void CTerminalMode::KeepInput() {
+  termios keeping = g_found;
+  keeping.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
+  keeping.c_lflag |= static_cast<tcflag_t>(ISIG | NOFLSH);
+  keeping.c_cc[VMIN] = 1;
+  keeping.c_cc[VTIME] = 0;
+  SetMode(keeping);
+}
+
+void CTerminalMode::ReadLines() {
+  SetMode(g_found);
+}
+
+bool CTerminalMode::HasInput(int milliseconds) {
+  pollfd waiting{STDIN_FILENO, POLLIN, 0};
+  return poll(&waiting, 1, milliseconds) == 1 && (waiting.revents & POLLIN) != 0;
+}
+
+bool CTerminalMode::TakeInterrupt() {
+  return g_wasInterrupted.exchange(false);
+}
+
+bool CTerminalMode::TakeOldDisplay() {
+  return g_isDisplayOld.exchange(false);
+}
+
+}  // namespace kestra::cli

@@ -1,0 +1,31 @@
+// CTerminalMode: the mode of the terminal that standard input is, while a shell has it.
+#pragma once
+
+namespace kestra::cli {
+
+// One object in the process. The terminal is as it was found when the object goes, when a signal
+// ends the process, and while it is stopped. The interrupt key does nothing of itself meanwhile.
+class CTerminalMode {
+ public:
+  CTerminalMode();
+  ~CTerminalMode();
+  CTerminalMode(const CTerminalMode&) = delete;
+  CTerminalMode& operator=(const CTerminalMode&) = delete;
+
+  // What is typed waits in the terminal, unseen and as it is, and the interrupt key loses nothing
+  // of it.
+  void KeepInput();
+  // As it was found, for reading whole lines.
+  void ReadLines();
+
+  // Whether there is something to read; waits for it that long (-1: without end), or until a signal
+  // comes. A read does not wait where another process has set the terminal to O_NONBLOCK.
+  static bool HasInput(int milliseconds);
+
+  // What has happened since it was asked last; a system call that waits was broken off by it.
+  bool TakeInterrupt();
+  // The terminal has another size, or somebody else has written on it.
+  bool TakeOldDisplay();
+};
+
+}  // namespace kestra::cli

@@ -1,0 +1,3 @@
+@echo off
+rem Takes back what register.cmd did; run it before the files are removed.
+regsvr32 /s /u "%~dp0KESTRA.DLL" && echo KESTRA.DLL is no longer registered. || (echo KESTRA.DLL could not be unregistered. & exit /b 1)
