@@ -78,8 +78,10 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
                "Tell on standard error what each query read, how long it took, and what could not "
                "be read");
   app.add_flag("--explain", options.explainOnly,
-               "Print how the query would be run instead of running it");
+               "Print how the query would be run instead of running it")
+      ->option_text(" ");
   app.add_flag("--check", options.checkOnly, "Look at the syntax only: exit with 0 or 1")
+      ->option_text(" ")
       ->excludes("--explain");
   app.add_option("--log", raw.logDirectory, "Write the log into that directory")
       ->option_text("DIR")
@@ -110,7 +112,7 @@ void DeclareOptions(CLI::App& app, RawOptions& raw, Options& options) {
       "Without QUERY, queries are read from a pipe; on a terminal there is a shell.\n\n"
       "Exit status: 0 a result; 1 the result is an Error; 2 wrong usage; 130 cancelled\n\n"
       "Example:\n"
-      "  kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 100000\"");
+      "  kestra \"SELECT PID, ImageName FROM Processes.Process WHERE MemoryUsage > 50000\"");
 }
 
 std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,

@@ -21,7 +21,10 @@ struct CloseFile {
 std::string ReadAll(std::FILE* pFile, const std::string& name) {
   std::string text;
   std::string buffer(size_t{64} << 10, '\0');
-  while (const size_t read = std::fread(buffer.data(), 1, buffer.size(), pFile)) {
+  // What has failed once, such as by the interrupt key, is not tried again.
+  while (!std::ferror(pFile)) {
+    const size_t read = std::fread(buffer.data(), 1, buffer.size(), pFile);
+    if (read == 0) break;
     text.append(buffer, 0, read);
     if (text.size() > kMaxTextBytes) {
       throw std::runtime_error(name + ": longer than " + std::to_string(kMaxTextBytes >> 20) +

@@ -30,6 +30,7 @@ struct SourceReport {
   uint64_t rowsKept = 0;    // those that the WHERE let pass, or could not decide about yet
   uint64_t microseconds = 0;
   uint64_t problemCount = 0;
+  uint64_t hidingCount = 0;  // those of them for which there may be items that are not seen
   std::vector<FillProblem> problems;  // at most CFillNotes::kMostKept
 };
 

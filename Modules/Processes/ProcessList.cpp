@@ -29,7 +29,7 @@ void NoteUnread(const std::vector<ProcessRecord>& records, QueryMessage& message
     if (record.Unread == kErrorSuccess) continue;
     std::string subject = std::to_string(record.PID);
     if (!record.ImageName.empty()) subject += ' ' + record.ImageName;
-    message.NoteProblem(subject, record.Unread);
+    message.NoteProblem(subject, record.Unread, Missing::Properties);
   }
 }
 

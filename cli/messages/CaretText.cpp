@@ -25,7 +25,11 @@ size_t BehindCharacter(std::string_view text, size_t position) {
 // The last characters of a printable text that take up at most so many columns, none of them a mark
 // that belongs to a character before.
 std::string_view TailOfWidth(std::string_view text, size_t width) {
-  while (WidthOf(text) > width) text.remove_prefix(BehindCharacter(text, 0));
+  for (size_t left = WidthOf(text); left > width && !text.empty();) {
+    const size_t first = BehindCharacter(text, 0);
+    left -= std::min(left, WidthOf(text.substr(0, first)));
+    text.remove_prefix(first);
+  }
   while (!text.empty() && WidthOf(text.substr(0, BehindCharacter(text, 0))) == 0) {
     text.remove_prefix(BehindCharacter(text, 0));
   }

@@ -12,8 +12,10 @@
 namespace kestra::cli {
 namespace {
 
-// An Error is told on one line, whatever is in its text.
+// An Error is told on one line, whatever is in its text, and sends nothing to a terminal that it
+// would obey.
 std::string OneLine(std::string_view text) {
+  if (IsTerminal(Stream::Error)) return Printable(text);
   std::string line(text);
   std::replace_if(
       line.begin(), line.end(), [](char c) { return c == '\r' || c == '\n'; }, ' ');

@@ -48,7 +48,7 @@ void CProgressLine::Run() {
   bool goesOn = Pause(kBeforeFirstMs);
   for (; goesOn && !m_cancellation.WasCancelled(); goesOn = Pause(kBetweenMs)) {
     try {
-      Show(Line());
+      Show(Line(TerminalWidth(Stream::Error)));
     } catch (const std::bad_alloc&) {
       break;
     }
@@ -57,16 +57,20 @@ void CProgressLine::Run() {
   if (!m_cancellation.IsGivenUp()) Show({});
 }
 
-// Empty while there is nothing to tell.
-std::string CProgressLine::Line() const {
+// Empty while there is nothing to tell. Where it is too long, the amount stays and the path is cut.
+std::string CProgressLine::Line(size_t columns) const {
   std::array<char, 1024> what{};
   uint64_t done = 0, total = 0;
   if (kestra_session_progress(m_session, what.data(), what.size(), &done, &total) != KESTRA_OK)
     return {};
-  std::string line = what.data();
-  if (done > 0) line += ' ' + Grouped(done);
-  if (total > 0) line += " of " + Grouped(total);
-  return Printable(line + " ...");
+  std::string amount;
+  if (done > 0) amount += ' ' + Grouped(done);
+  if (total > 0) amount += " of " + Grouped(total);
+  amount += " ...";
+  const std::string text = Printable(what.data());
+  if (done == 0) return text + amount;
+  const size_t room = columns > amount.size() + 1 ? columns - amount.size() - 1 : 0;
+  return (room > 1 ? CutToWidth(text, room) : text) + amount;
 }
 
 // Blanks behind a shorter line than the one before: not every console knows how to erase.

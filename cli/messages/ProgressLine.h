@@ -26,7 +26,7 @@ class CProgressLine {
   void Run();
   // Waits; false at the end.
   bool Pause(uint32_t milliseconds);
-  std::string Line() const;
+  std::string Line(size_t columns) const;
   void Show(const std::string& line);
 
   kestra_session* const m_session;

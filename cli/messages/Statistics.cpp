@@ -109,18 +109,28 @@ void TellTotals(kestra_session* session, kestra_value* value) {
   Tell(rows + ", parsed in " + Milliseconds(parse) + ", " + Milliseconds(total) + " in all");
 }
 
+uint64_t SumOf(const std::vector<kestra_source_info>& sources, int32_t kestra_source_info::*count) {
+  uint64_t sum = 0;
+  for (const kestra_source_info& source : sources) sum += static_cast<uint64_t>(source.*count);
+  return sum;
+}
+
+// A property that could not be read shows as one that is not set; an item does not show at all.
+void TellThatItemsMayBeMissing(const std::vector<kestra_source_info>& sources,
+                               const Settings& settings) {
+  const uint64_t count = SumOf(sources, &kestra_source_info::hiding_count);
+  if (count == 0) return;
+  Tell(Grouped(count) + (count == 1 ? " thing" : " things") + " could not be read; " +
+       (settings.place == Place::Shell ? ".timing on" : "--stats") + " tells");
+}
+
 }  // namespace
 
 void TellWhatHappened(kestra_session* session, kestra_value* value, const Settings& settings) {
   const std::vector<kestra_source_info> sources = ReadSources(session);
   TellStates(sources);
-  uint64_t problems = 0;
-  for (const kestra_source_info& source : sources)
-    problems += static_cast<uint64_t>(source.problem_count);
   if (!settings.showStatistics) {
-    if (problems > 0 && IsTerminal(Stream::Error))
-      Tell(Grouped(problems) + (problems == 1 ? " thing" : " things") + " could not be read; " +
-           (settings.place == Place::Shell ? ".timing on" : "--stats") + " tells");
+    if (IsTerminal(Stream::Error)) TellThatItemsMayBeMissing(sources, settings);
     return;
   }
   int32_t left = kMostProblems;
@@ -128,6 +138,7 @@ void TellWhatHappened(kestra_session* session, kestra_value* value, const Settin
     TellSource(sources[i]);
     TellProblems(session, static_cast<int32_t>(i), sources[i].problem_count, left);
   }
+  const uint64_t problems = SumOf(sources, &kestra_source_info::problem_count);
   const auto told = static_cast<uint64_t>(kMostProblems - left);
   if (problems > told) Tell("and " + Grouped(problems - told) + " more could not be read");
   TellTotals(session, value);

@@ -114,8 +114,8 @@ void RenderJson(kestra_value* value, const std::vector<std::string>& columns,
   if (!lines) output.Write(count == 0 ? "[" : "[\n");
   for (int32_t i = 0; i < count; ++i) {
     const auto element = Take<CValueHandle>(kestra_values_value, values.get(), order.At(i));
-    output.Write(Dump(rows.RowOf(element.get())));
-    output.Write(!lines && i + 1 < count ? ",\n" : "\n");
+    // A cancel comes between two writes, and is told behind a whole line.
+    output.Write(Dump(rows.RowOf(element.get())) + (!lines && i + 1 < count ? ",\n" : "\n"));
   }
   if (!lines) output.Write("]\n");
 }

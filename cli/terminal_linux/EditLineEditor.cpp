@@ -114,13 +114,7 @@ LineInput CEditLineEditor::Read(const std::string& prompt) {
 // The signals that come meanwhile are answered between two reads, where the display is whole.
 int CEditLineEditor::ReadByte(char& byte) {
   for (;;) {
-    const ssize_t count = read(STDIN_FILENO, &byte, 1);
-    if (count >= 0) return static_cast<int>(count);
-    if (errno == EAGAIN) {
-      CTerminalMode::HasInput(-1);
-    } else if (errno != EINTR) {
-      return -1;
-    }
+    const bool hasInput = CTerminalMode::AwaitInput();
     if (m_mode.TakeInterrupt()) {
       byte = kInterruptKey;
       return 1;
@@ -129,19 +123,29 @@ int CEditLineEditor::ReadByte(char& byte) {
       m_edit.resize(m_pLine);
       m_edit.set(m_pLine, EL_REFRESH);
     }
+    if (!hasInput) continue;
+    const ssize_t count = read(STDIN_FILENO, &byte, 1);
+    if (count >= 0) return static_cast<int>(count);
+    if (errno != EAGAIN && errno != EINTR) return -1;
   }
 }
 
 int CEditLineEditor::ReadCharacter(EditLine* pLine, wchar_t* pCharacter) {
+  constexpr auto kGoesOn = static_cast<size_t>(-2);
   std::mbstate_t state{};
   for (;;) {
     char byte = 0;
     const int count = Of(pLine).ReadByte(byte);
     if (count <= 0) return count;
-    const size_t length = std::mbrtowc(pCharacter, &byte, 1, &state);
-    if (length == static_cast<size_t>(-2)) continue;  // it goes on
+    const bool isBegun = std::mbsinit(&state) == 0;
+    size_t length = std::mbrtowc(pCharacter, &byte, 1, &state);
+    if (length > 1 && length != kGoesOn) {
+      // No UTF-8: left out, but for a byte that begins another character.
+      state = {};
+      if (isBegun) length = std::mbrtowc(pCharacter, &byte, 1, &state);
+      if (length > 1 && length != kGoesOn) state = {};
+    }
     if (length <= 1) return 1;
-    state = {};  // no UTF-8: left out
   }
 }
 
@@ -151,7 +155,7 @@ void CEditLineEditor::AddHistory(const std::string& entry) {
 }
 
 bool CEditLineEditor::HasPendingInput() {
-  return CTerminalMode::HasInput(0);
+  return CTerminalMode::HasInput();
 }
 
 std::string CEditLineEditor::TextOfLine(size_t& cursor) const {

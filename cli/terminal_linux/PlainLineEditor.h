@@ -16,6 +16,8 @@ class CPlainLineEditor final : public CLineEditor {
   bool HasPendingInput() override;
 
  private:
+  bool TakeLine(LineInput& input);
+
   std::FILE* m_pOut;
   CTerminalMode m_mode;
   std::string m_read;  // behind the last line

@@ -1,12 +1,14 @@
 #include "cli/terminal_linux/TerminalMode.h"
 
 #include <poll.h>
+#include <sys/eventfd.h>
 #include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
 #include <cerrno>
 #include <csignal>
+#include <cstdint>
 
 namespace kestra::cli {
 namespace {
@@ -16,8 +18,17 @@ termios g_found{};
 std::atomic<bool> g_isKnown{false};
 std::atomic<bool> g_wasInterrupted{false};
 std::atomic<bool> g_isDisplayOld{false};
+std::atomic<int> g_wake{-1};  // an eventfd that a handler sets; -1 if the system had none to give
 
 constexpr int kEnding[] = {SIGTERM, SIGHUP, SIGQUIT};
+
+// Nothing can be done about a failure: the wait then ends at the next key.
+void Wake() {
+  const int saved = errno;
+  const uint64_t one = 1;
+  [[maybe_unused]] const ssize_t written = write(g_wake, &one, sizeof(one));
+  errno = saved;
+}
 
 bool IsForeground() {
   return tcgetpgrp(STDIN_FILENO) == getpgrp();
@@ -44,15 +55,18 @@ void OnStop(int) {
   // Going on from here.
   if (isKnown) SetMode(present);
   g_isDisplayOld = true;
+  Wake();
   errno = saved;
 }
 
 void OnInterrupt(int) {
   g_wasInterrupted = true;
+  Wake();
 }
 
 void OnResize(int) {
   g_isDisplayOld = true;
+  Wake();
 }
 
 void Handle(int signal, void (*handler)(int), int flags) {
@@ -68,6 +82,7 @@ void Handle(int signal, void (*handler)(int), int flags) {
 
 CTerminalMode::CTerminalMode() {
   g_isKnown = tcgetattr(STDIN_FILENO, &g_found) == 0;
+  if (g_wake == -1) g_wake = eventfd(0, EFD_CLOEXEC | EFD_NONBLOCK);
   for (const int signal : kEnding) Handle(signal, OnEnding, 0);
   // Not restarted: who reads a line is to hear of it.
   Handle(SIGTSTP, OnStop, 0);
@@ -93,9 +108,21 @@ void CTerminalMode::ReadLines() {
   SetMode(g_found);
 }
 
-bool CTerminalMode::HasInput(int milliseconds) {
+bool CTerminalMode::HasInput() {
   pollfd waiting{STDIN_FILENO, POLLIN, 0};
-  return poll(&waiting, 1, milliseconds) == 1 && (waiting.revents & POLLIN) != 0;
+  return poll(&waiting, 1, 0) == 1 && (waiting.revents & POLLIN) != 0;
+}
+
+bool CTerminalMode::AwaitInput() {
+  pollfd waiting[] = {{STDIN_FILENO, POLLIN, 0}, {g_wake, POLLIN, 0}};
+  if (poll(waiting, 2, -1) < 0) return errno != EINTR;
+  uint64_t count = 0;
+  if (waiting[1].revents != 0 && read(g_wake, &count, sizeof(count)) > 0) return false;
+  return waiting[0].revents != 0;
+}
+
+char CTerminalMode::EndKey() {
+  return static_cast<char>(g_found.c_cc[VEOF]);
 }
 
 bool CTerminalMode::TakeInterrupt() {

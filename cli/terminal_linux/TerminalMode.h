@@ -18,11 +18,17 @@ class CTerminalMode {
   // As it was found, for reading whole lines.
   void ReadLines();
 
-  // Whether there is something to read; waits for it that long (-1: without end), or until a signal
-  // comes. A read does not wait where another process has set the terminal to O_NONBLOCK.
-  static bool HasInput(int milliseconds);
+  // Whether there is something to read now.
+  static bool HasInput();
+  // Waits until there is something to read (true; the end of input is something too) or a signal
+  // came that one of the questions below tells of. To be asked before each read: one alone would
+  // not hear of a signal that came just before it, nor wait where another process has set the
+  // terminal to O_NONBLOCK.
+  static bool AwaitInput();
+  // The key that ends the input, where it is read as any other: it was typed while input was kept.
+  static char EndKey();
 
-  // What has happened since it was asked last; a system call that waits was broken off by it.
+  // What has happened since it was asked last.
   bool TakeInterrupt();
   // The terminal has another size, or somebody else has written on it.
   bool TakeOldDisplay();

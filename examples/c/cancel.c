@@ -26,7 +26,7 @@ static void nap(void) {
   nanosleep(&half, NULL);
 }
 
-/* From another thread: the one function of a session that may be called from there. */
+/* From another thread: this and kestra_session_progress may be called from there. */
 static void* cancel_soon(void* session) {
   nap();
   kestra_session_cancel_query(session);

@@ -171,6 +171,8 @@ class Row:
         return self._values[key]
 
     def __getattr__(self, name):
+        if name in Row.__slots__:  # of a copy that is being made
+            raise AttributeError(name)
         try:
             return self[name]
         except KeyError:
@@ -295,6 +297,8 @@ class Session:
     where results are kept, plugins one with modules of yours; active allows statements that change
     the machine."""
 
+    _pointer = None  # of a session that could not be made
+
     def __init__(self, *, image=None, image_user=None, cache=None, plugins=None, log=None,
                  active=False):
         self._pointer = ctypes.c_void_p()
@@ -341,8 +345,10 @@ class Session:
 
     def value(self, query, timeout=None):
         """Runs a query. A list of rows for one that has rows, else its value. timeout is in
-        seconds."""
-        milliseconds = _NO_TIMEOUT if timeout is None else max(1, int(timeout * 1000))
+        seconds; a module that is being filled is ended by cancel alone."""
+        milliseconds = _NO_TIMEOUT
+        if timeout is not None and timeout * 1000 < _NO_TIMEOUT:
+            milliseconds = max(1, int(timeout * 1000))
         text = query.encode("utf-8", "surrogateescape")
         session = self._own()
         with self._termination as event:

@@ -16,6 +16,10 @@ const SourceReport* FindSource(const kestra_session& session, int32_t number) {
   return isInside ? &sources[static_cast<size_t>(number)] : nullptr;
 }
 
+int32_t Clamped(uint64_t count) {
+  return static_cast<int32_t>(std::min<uint64_t>(count, INT32_MAX));
+}
+
 kestra_source_info InfoOf(const SourceReport& source, size_t structSize) {
   kestra_source_info info{};
   info.struct_size = structSize;
@@ -26,7 +30,8 @@ kestra_source_info InfoOf(const SourceReport& source, size_t structSize) {
   info.is_filled = source.isFilled ? 1 : 0;
   info.is_cut_short = source.isCutShort ? 1 : 0;
   info.age_seconds = source.ageSeconds;
-  info.problem_count = static_cast<int32_t>(std::min<uint64_t>(source.problemCount, INT32_MAX));
+  info.problem_count = Clamped(source.problemCount);
+  info.hiding_count = Clamped(source.hidingCount);
   info.rows_seen = source.rowsSeen;
   info.rows_kept = source.rowsKept;
   info.microseconds = source.microseconds;

@@ -32,14 +32,19 @@ std::string& CreateError() {
   return texts.Get();
 }
 
+kestra_status Refuse(const char* sentence) {
+  CreateError() = sentence;
+  return KESTRA_E_INVALIDARG;
+}
+
 // The machine that the options name.
 kestra_status MakeSetup(const kestra_options* options, SessionSetup& setup) {
   const char* cache = TextOption(options, offsetof(kestra_options, cache_directory));
   const char* image = TextOption(options, offsetof(kestra_options, image_directory));
   const char* user = TextOption(options, offsetof(kestra_options, image_user));
-  if (user && !image) return KESTRA_E_INVALIDARG;
+  if (user && !image) return Refuse("image_user needs an image_directory");
   if (image) {
-    if (cache) return KESTRA_E_INVALIDARG;
+    if (cache) return Refuse("cache_directory does not go with an image_directory");
     return ImageSetup(image, user ? user : "", setup, CreateError()) ? KESTRA_OK
                                                                      : KESTRA_E_NOTFOUND;
   }
@@ -80,6 +85,9 @@ kestra_status kestra_session_create(const kestra_options* options, kestra_sessio
   return Barrier(session)([&] {
     *session = nullptr;
     CreateError().clear();
+    // A caller that leaves the size out would get another machine than the one it names.
+    if (options && options->struct_size < sizeof options->struct_size)
+      return Refuse("struct_size of the options is not set");
     const char* log = TextOption(options, offsetof(kestra_options, log_directory));
     if (log) OpenGlobalLog(log);
     SessionSetup setup;

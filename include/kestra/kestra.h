@@ -21,8 +21,8 @@
  *   comes out is a `const char*` owned by the object that gave it, valid until the object is
  *   released; it may hold NUL bytes of its own, and where that can be, a length comes with it.
  * - A handle that a function gives out belongs to the caller, who releases it with the function of
- *   its kind. Every handle keeps alive what it needs: a value may be released before the items that
- *   were taken from it, and a session before its values.
+ *   its kind, which a null does not mind. Every handle keeps alive what it needs: a value may be
+ *   released before the items that were taken from it, and a session before its values.
  * - Handles of results (values, items, params and their lists) may be read from any thread, one
  *   thread at a time per handle. A session's functions are called from the thread that made it;
  *   only kestra_session_cancel_query and kestra_session_progress may be called from any thread.
@@ -85,7 +85,8 @@ KESTRA_API int32_t kestra_abi_version(void);
 /* ---- Session ---- */
 
 /* Where a session's results come from. Null in place of the struct, and null members, mean the
- * defaults. struct_size is sizeof(kestra_options), so that members can be added. */
+ * defaults. struct_size is sizeof(kestra_options), so that members can be added;
+ * KESTRA_E_INVALIDARG where it was left at 0. */
 typedef struct kestra_options {
   size_t struct_size;
   const char* log_directory; /* of this process's log; takes effect for the first session only */
@@ -98,7 +99,8 @@ typedef struct kestra_options {
    * system error 19. There are no plug-ins and no cache then, since both speak of this machine:
    * KESTRA_E_INVALIDARG with a cache_directory. */
   const char* image_directory;
-  /* Whose registry HKEY_CURRENT_USER is there: a user's name or SID. Null: the only user's. */
+  /* Whose registry HKEY_CURRENT_USER is there: a user's name or SID. Null: the only user's.
+   * KESTRA_E_INVALIDARG without an image_directory. */
   const char* image_user;
 } kestra_options;
 
@@ -122,7 +124,8 @@ KESTRA_API kestra_status kestra_session_allow_active(kestra_session* session, in
 /* Runs one query on the calling thread. termination_event, if not null, points to a descriptor
  * that becomes readable when the query is to end; it is polled, never read, and stays the
  * caller's. Without one, kestra_session_cancel_query ends the query. timeout_ms 0 only parses, and
- * KESTRA_NO_TIMEOUT waits for ever. */
+ * KESTRA_NO_TIMEOUT waits for ever. The time is looked at before a module is filled and while rows
+ * are looked at: a module that is filling is ended by a cancel alone. */
 KESTRA_API kestra_status kestra_session_run_query_sync(kestra_session* session, const char* query,
                                                        const intptr_t* termination_event,
                                                        uint32_t timeout_ms, kestra_value** result);
@@ -303,7 +306,7 @@ typedef struct kestra_source_info {
   const char* arguments; /* those that differ from their defaults, as they are written in a query */
   int32_t fill;          /* KESTRA_FILL_... */
   int32_t state;         /* KESTRA_MODULE_... */
-  int32_t is_filled;     /* 0: it could not be filled, and the query is an Error */
+  int32_t is_filled;     /* 0: it could not be filled, and what asked for it is an Error */
   int32_t is_cut_short; /* not 0: a time limit or a cancel ended the reading before its end; a cache
                            file does not tell */
   uint32_t age_seconds; /* of content out of a cache file or of memory, when the query read it */
@@ -312,6 +315,9 @@ typedef struct kestra_source_info {
   uint64_t rows_kept;    /* those of them that the WHERE of the clause let pass */
   uint64_t microseconds; /* for finding or filling the content, and looking at its rows, with the
                             sub-selects that the WHERE asks for each of them */
+  /* Of the problems, those for which there may be items that are not seen (a directory that may not
+   * be listed); the others left properties unset. */
+  int32_t hiding_count;
 } kestra_source_info;
 
 KESTRA_API kestra_status kestra_session_source_count(kestra_session* session, int32_t* count);
@@ -325,8 +331,8 @@ KESTRA_API kestra_status kestra_session_source(kestra_session* session, int32_t 
 KESTRA_API kestra_status kestra_session_source_problem(kestra_session* session, int32_t number,
                                                        int32_t problem, const char** subject,
                                                        const char** reason);
-/* Milliseconds and more of the last query as a whole. parse is the part until it was known what the
- * text means. Each place may be null. */
+/* How long the last query took as a whole, and the part of it until it was known what the text
+ * means, in microseconds. Each place may be null. */
 KESTRA_API kestra_status kestra_session_query_times(kestra_session* session,
                                                     uint64_t* parse_microseconds,
                                                     uint64_t* total_microseconds);

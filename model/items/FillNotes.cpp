@@ -7,19 +7,21 @@
 
 namespace kestra {
 
-void CFillNotes::NoteProblem(std::string_view subject, SystemError error) {
-  {
-    const std::lock_guard lock(m_lock);
-    if (m_problems.size() >= kMostKept) {
-      ++m_count;
-      return;
-    }
-  }
-  const auto text = os::SystemErrorLine(error);
-  NoteProblem(subject, text ? *text : "system error " + std::to_string(error));
+void CFillNotes::Count(Missing missing) {
+  ++m_counts.all;
+  if (missing == Missing::Items) ++m_counts.hidingItems;
 }
 
-void CFillNotes::NoteProblem(std::string_view subject, std::string_view reason) {
+void CFillNotes::NoteProblem(std::string_view subject, SystemError error, Missing missing) {
+  {
+    const std::lock_guard lock(m_lock);
+    if (m_problems.size() >= kMostKept) return Count(missing);
+  }
+  const auto text = os::SystemErrorLine(error);
+  NoteProblem(subject, text ? *text : "system error " + std::to_string(error), missing);
+}
+
+void CFillNotes::NoteProblem(std::string_view subject, std::string_view reason, Missing missing) {
   const std::lock_guard lock(m_lock);
   if (m_problems.size() < kMostKept) {
     const bool isKnown =
@@ -29,18 +31,18 @@ void CFillNotes::NoteProblem(std::string_view subject, std::string_view reason) 
     if (isKnown) return;
     m_problems.push_back({std::string(subject), std::string(reason)});
   }
-  ++m_count;
+  Count(missing);
 }
 
-std::vector<FillProblem> CFillNotes::TakeProblems(uint64_t& count) {
+std::vector<FillProblem> CFillNotes::TakeProblems(Counts& counts) {
   const std::lock_guard lock(m_lock);
-  count = std::exchange(m_count, 0);
+  counts = std::exchange(m_counts, {});
   return std::exchange(m_problems, {});
 }
 
 bool CFillNotes::HasProblems() const {
   const std::lock_guard lock(m_lock);
-  return m_count > 0;
+  return m_counts.all > 0;
 }
 
 }  // namespace kestra

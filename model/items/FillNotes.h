@@ -14,6 +14,12 @@
 
 namespace kestra {
 
+// What is missing for it.
+enum class Missing {
+  Items,       // there may be items that are not seen
+  Properties,  // every item is there, with a property that is not set
+};
+
 struct FillProblem {
   std::string subject;  // a path, a process, or whatever else was asked
   std::string reason;   // a sentence
@@ -27,20 +33,27 @@ class CFillNotes : public CCounted<CFillNotes> {
 
   // Something could not be read, and the filling went on without it. The same subject and reason
   // are one problem, as long as problems are kept.
-  void NoteProblem(std::string_view subject, SystemError error);
-  void NoteProblem(std::string_view subject, std::string_view reason);
+  void NoteProblem(std::string_view subject, SystemError error, Missing missing = Missing::Items);
+  void NoteProblem(std::string_view subject, std::string_view reason,
+                   Missing missing = Missing::Items);
   // A limit ended the filling: there may be more than it shows.
   void NoteCutShort() { m_isCutShort = true; }
 
   bool IsCutShort() const { return m_isCutShort; }
+  struct Counts {
+    uint64_t all = 0;
+    uint64_t hidingItems = 0;
+  };
   // The problems kept, and how many there were in all; they are taken out.
-  std::vector<FillProblem> TakeProblems(uint64_t& count);
+  std::vector<FillProblem> TakeProblems(Counts& counts);
   bool HasProblems() const;
 
  private:
+  void Count(Missing missing);
+
   std::atomic<bool> m_isCutShort{false};
   mutable std::mutex m_lock;  // guards what follows
-  uint64_t m_count = 0;
+  Counts m_counts;
   std::vector<FillProblem> m_problems;
 };
 

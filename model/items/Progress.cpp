@@ -12,20 +12,19 @@ constexpr uint32_t kPlaceIntervalMs = 50;
 
 }  // namespace
 
-std::string CProgress::Begin(std::string_view what) {
+CProgress::Told CProgress::Begin(std::string_view what) {
+  std::string text(what);
   const std::lock_guard lock(m_lock);
-  m_done = 0;
-  m_total = 0;
   m_place.clear();
-  return std::exchange(m_what, std::string(what));
+  return {std::exchange(m_what, std::move(text)), m_done.exchange(0), m_total.exchange(0)};
 }
 
-void CProgress::End(std::string before) {
+void CProgress::End(Told before) {
   const std::lock_guard lock(m_lock);
-  m_done = 0;
-  m_total = 0;
+  m_done = before.done;
+  m_total = before.total;
   m_place.clear();
-  m_what = std::move(before);
+  m_what = std::move(before.what);
 }
 
 void CProgress::TellPlace(std::string_view place, uint64_t more) {

@@ -20,10 +20,16 @@ namespace kestra {
 // Any thread.
 class CProgress : public CCounted<CProgress> {
  public:
-  // What begins: "Processes", "FILES.FILE". Answers what was told of until then; empty for nothing.
-  std::string Begin(std::string_view what);
-  // Its end: what was told of before is again, or nothing.
-  void End(std::string before);
+  // What is told of, and how far it is.
+  struct Told {
+    std::string what;  // empty: nothing is told
+    uint64_t done = 0;
+    uint64_t total = 0;
+  };
+  // What begins: "Processes", "FILES.FILE". Answers what was told of until then.
+  Told Begin(std::string_view what);
+  // Its end: what was told of before is again, as far as it was, or nothing.
+  void End(Told before);
 
   void TellPlace(std::string_view place, uint64_t more);
   void TellAmount(uint64_t done, uint64_t total);

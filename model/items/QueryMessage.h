@@ -52,8 +52,9 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
   // Something could not be read, and the filling goes on without it: a directory that may not be
   // listed, a process that may not be opened. Not for what has gone meanwhile. Kept where the one
   // who asked for the filling wants to know.
-  void NoteProblem(std::string_view subject, kestra::SystemError error) {
-    if (Notes) Notes->NoteProblem(subject, error);
+  void NoteProblem(std::string_view subject, kestra::SystemError error,
+                   Missing missing = Missing::Items) {
+    if (Notes) Notes->NoteProblem(subject, error, missing);
   }
   // A limit of the module's own ends the filling, and what was found until then stays.
   void NoteCutShort() {
@@ -108,7 +109,7 @@ class CFillProgress {
 
  private:
   QueryMessage& m_message;
-  std::string m_before;
+  CProgress::Told m_before;
 };
 
 }  // namespace kestra

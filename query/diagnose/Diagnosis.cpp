@@ -65,14 +65,7 @@ std::optional<Diagnosis> Diagnose(const std::string& text, const Ref<DiagRoot>& 
   if (!Tokenise(query, context.Tokens, &fault)) {
     return FromFinding(query, LexicalFinding(query, fault));
   }
-  if (context.Tokens.empty()) {
-    Diagnosis empty;
-    const size_t content = query.find_first_not_of(" \t\r\n");
-    empty.offset = content == query.npos ? 0 : content;
-    empty.message = content == query.npos ? "the text is empty" : "there is no word in the text";
-    FindLineAndColumn(query, empty);
-    return empty;
-  }
+  if (context.Tokens.empty()) return FromFinding(query, EmptyTextFinding(query));
   CChart chart(context);
   ParseTree tree;
   if (chart.Parse(tree)) {

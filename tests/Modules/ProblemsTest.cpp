@@ -29,11 +29,11 @@ std::string Problems(CVDiagItem& item) {
   QueryMessage message;
   message.Notes = MakeRef<CFillNotes>();
   item.Init(true, false, message);
-  uint64_t count = 0;
+  CFillNotes::Counts counts;
   std::vector<std::string> lines;
-  for (const FillProblem& problem : message.Notes->TakeProblems(count))
+  for (const FillProblem& problem : message.Notes->TakeProblems(counts))
     lines.push_back(problem.subject + ": " + problem.reason + ";");
-  EXPECT_EQ(count, lines.size());
+  EXPECT_EQ(counts.all, lines.size());
   std::sort(lines.begin(), lines.end());
   std::string text;
   for (const std::string& line : lines) text += line;
@@ -126,15 +126,15 @@ TEST(Problems, AreCountedWhereTheyAreTooManyToBeKept) {
   std::thread other([&] { note("b"); });
   note("a");
   other.join();
-  uint64_t count = 0;
-  EXPECT_EQ(message.Notes->TakeProblems(count).size(), CFillNotes::kMostKept);
-  EXPECT_EQ(count, 1000u);
+  CFillNotes::Counts counts;
+  EXPECT_EQ(message.Notes->TakeProblems(counts).size(), CFillNotes::kMostKept);
+  EXPECT_EQ(counts.all, 1000u);
   // One that is told again, by whoever tried again, is still one.
   message.NoteProblem("x", kErrorAccessDenied);
   message.NoteProblem("x", kErrorAccessDenied);
   message.NoteProblem("x", 0x0fffffff);
-  const auto problems = message.Notes->TakeProblems(count);
-  EXPECT_EQ(count, 2u);
+  const auto problems = message.Notes->TakeProblems(counts);
+  EXPECT_EQ(counts.all, 2u);
   EXPECT_EQ(problems.at(1).reason, "system error 268435455");
 }
 

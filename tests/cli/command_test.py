@@ -52,7 +52,8 @@ class Usage(CommandTest):
     def test_wrong_usage(self):
         cases = [
             ["--no-such-option", "1"], ["--format", "yaml", "1"], ["--format", "", "1"],
-            ["--format"], ["--timeout", "soon", "1"], ["--timeout", "-1", "1"],
+            ["--format"], ["--check", "--explain", "1"],
+            ["--timeout", "soon", "1"], ["--timeout", "-1", "1"],
             ["--timeout", "4294967296", "1"], ["--log", "/no/such/directory", "1"],
             ["--log", "/etc/passwd", "1"], ["-f", "/no/such/file"], ["-f", "/etc"],
             ["-f", "/etc/passwd", "1 + 1"], ["SELECT", "1"], ["--image", "/", "1"],

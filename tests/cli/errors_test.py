@@ -51,7 +51,7 @@ class Errors(CommandTest):
                                                result.stderr.splitlines(True)[-1]), result)
         self.assertIn(b"kestra: line 4, column 2: there is no column", result.stderr)
         result = self.check([], status=1, stdin=b"1;\n\xc3\xa4; 1; 1 +\n")
-        self.assertIn(b"kestra: line 2, column 1: there is no word in the text", result.stderr)
+        self.assertIn(b"kestra: line 2, column 1: \"\xc3\xa4\" cannot stand", result.stderr)
         result = self.check([], status=1, stdin=b"1;\n/* \xc3\xa4 */ 1; 1 +\n")
         self.assertIn(b"kestra: line 2, column 15: the text ends", result.stderr)
         result = self.check([], status=1, stdin=b"1;\n\n DELETE Processes.Process WHERE PID = 1;")

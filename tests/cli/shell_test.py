@@ -78,6 +78,18 @@ class Queries(ShellTest):
         shell.expect("7\n")
         self.leave(shell)
 
+    def test_the_end_of_input_loses_no_query(self):
+        shell = self.start()
+        shell.type("6 * 7\r" + END)
+        self.assertEqual(shell.wait(), 0)
+        self.assertIn("\n42\n", shell.text.replace("\r", ""))
+
+    def test_a_broken_character_takes_no_other_with_it(self):
+        shell = self.start()
+        os.write(shell.fd, b"'a\xff\xc3'\r")
+        self.assertRegex(shell.expect("\n" + PROMPT), r"\na$")
+        self.leave(shell)
+
     def test_active(self):
         shell = self.start(columns=250)
         directory = os.path.join(self.home, "made")

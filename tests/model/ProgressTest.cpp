@@ -34,7 +34,7 @@ TEST(Progress, IsThatOfTheInnermostFilling) {
       message.TellAmount(3, 70);
       EXPECT_EQ(Show(*message.Progress), "Processes 3/70");
     }
-    EXPECT_EQ(Show(*message.Progress), "Files 0/0");
+    EXPECT_EQ(Show(*message.Progress), "Files 12/0");
   }
   EXPECT_EQ(Show(*message.Progress), "-");
 }

@@ -133,6 +133,10 @@ bool Read(CShellCore& core, const DotArguments& arguments) {
     Tell(".read takes one file");
     return false;
   }
+  if (arguments.words.front() == "-") {
+    Tell("standard input is what the shell itself reads: .read takes a file");
+    return false;
+  }
   if (core.ScriptDepth() >= kDeepestScript) {
     Tell("files that read each other are read " + std::to_string(kDeepestScript) + " deep");
     return false;

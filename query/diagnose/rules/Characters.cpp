@@ -103,6 +103,11 @@ std::string_view WordAround(std::string_view query, const Foreign& foreign) {
   return query.substr(begin, end - begin);
 }
 
+std::string CannotStand(const Foreign& foreign, std::string_view query) {
+  return NameOf(foreign, query) +
+         " cannot stand outside of a text in quotes: names have ASCII letters, digits and \"_\"";
+}
+
 bool ForeignCharacter(CFailedText& text, Finding& finding) {
   const Foreign foreign = FindForeign(text);
   if (foreign.length == 0) return false;
@@ -133,15 +138,22 @@ bool ForeignCharacter(CFailedText& text, Finding& finding) {
     finding.message = "text stands in quotes: " + finding.suggestions.front();
     return true;
   }
-  finding.message =
-      NameOf(foreign, query) +
-      " cannot stand outside of a text in quotes: names have ASCII letters, digits and \"_\"";
+  finding.message = CannotStand(foreign, query);
   return true;
 }
 
 constexpr FailureRule kRules[] = {ForeignCharacter};
 
 }  // namespace
+
+Finding EmptyTextFinding(std::string_view text) {
+  Finding finding;
+  const Foreign foreign = FirstForeign(text, 0, text.size());
+  finding.offset = foreign.offset;
+  finding.length = foreign.length;
+  finding.message = foreign.length > 0 ? CannotStand(foreign, text) : "the text is empty";
+  return finding;
+}
 
 std::span<const FailureRule> CharacterRules() {
   return kRules;

@@ -91,6 +91,20 @@ std::vector<std::string_view> VisibleColumns(CFailedText& text, size_t i) {
   return names;
 }
 
+// An alias that no dot follows.
+bool AliasAlone(CFailedText& text, Finding& finding) {
+  if (!text.IsUnknownName()) return false;
+  const size_t i = text.Position();
+  if (i > 0 && text.KeywordAt(i - 1) == kKwDot) return false;
+  for (const auto& source : text.SourcesFor(i)) {
+    if (source.alias.empty() || source.alias != text.Text(i)) continue;
+    return text.Say(
+        finding, i,
+        fmt::format("{0} is an alias; a column of its source is {0}.Name", source.alias));
+  }
+  return false;
+}
+
 bool UnknownColumn(CFailedText& text, Finding& finding) {
   if (!text.IsUnknownName()) return false;
   const size_t i = text.Position();
@@ -126,8 +140,8 @@ bool NameWithoutSource(CFailedText& text, Finding& finding) {
   return false;
 }
 
-constexpr FailureRule kRules[] = {LikeOfOtherType, WrongType, UnknownAlias, UnknownColumn,
-                                  NameWithoutSource};
+constexpr FailureRule kRules[] = {LikeOfOtherType, WrongType,     UnknownAlias,
+                                  AliasAlone,      UnknownColumn, NameWithoutSource};
 
 }  // namespace
 

@@ -21,6 +21,8 @@ std::span<const FailureRule> ColumnRules();       // names of columns and aliase
 
 // Why a text cannot be cut into tokens.
 Finding LexicalFinding(std::string_view text, size_t faultOffset);
+// Why a text without any token is no query.
+Finding EmptyTextFinding(std::string_view text);
 // What will go wrong when a text that parses is run, and what in it is probably not meant.
 std::optional<Finding> FindInGoodText(const QueryContext& context);
 

@@ -86,14 +86,17 @@ bool JoinWithoutAlias(CFailedText& text, Finding& finding) {
   return false;
 }
 
-// FROM a.B, c.D: what follows the comma was taken for another query.
+// FROM a.B, c.D: what follows the comma was taken for another query, or nothing waits for the
+// comma.
 bool CommaBetweenSources(CFailedText& text, Finding& finding) {
-  const size_t i = text.Position();
-  const bool isThere = i >= 3 && text.IsUnknownName() && text.KeywordAt(i - 1) == kKwDot &&
-                       text.KeywordAt(i - 3) == kKwComma &&
-                       FindModule(text.RootClass(), text.Text(i - 2), true);
+  const size_t i = text.Position(), stop = text.Stop();
+  const bool isBefore =
+      i >= 3 && text.IsUnknownName() && text.KeywordAt(i - 1) == kKwDot && i - 3 < stop;
+  const size_t comma = isBefore ? i - 3 : stop;
+  const bool isThere = text.KeywordAt(comma) == kKwComma && text.KeywordAt(comma + 2) == kKwDot &&
+                       FindModule(text.RootClass(), text.Text(comma + 1), true);
   if (!isThere) return false;
-  return text.Say(finding, i - 3, "two sources are joined by JOIN: FROM A.B x JOIN C.D y ON ...");
+  return text.Say(finding, comma, "two sources are joined by JOIN: FROM A.B x JOIN C.D y ON ...");
 }
 
 bool SelectBehindFrom(CFailedText& text, Finding& finding) {

@@ -107,12 +107,13 @@ CSourceRun::~CSourceRun() {
   entry.microseconds += m_watch.Microseconds();
   if (!m_poNotes) return;
   if (m_poNotes->IsCutShort()) entry.isCutShort = true;
-  uint64_t count = 0;
-  for (FillProblem& problem : m_poNotes->TakeProblems(count)) {
+  CFillNotes::Counts counts;
+  for (FillProblem& problem : m_poNotes->TakeProblems(counts)) {
     if (entry.problems.size() >= CFillNotes::kMostKept) break;
     entry.problems.push_back(std::move(problem));
   }
-  entry.problemCount += count;
+  entry.problemCount += counts.all;
+  entry.hidingCount += counts.hidingItems;
 }
 
 }  // namespace kestra

@@ -107,7 +107,7 @@ TEST_F(SyncHost, TextsAreExplained) {
   } kCases[] = {
       {L"1 + 1", S_FALSE, 0, 0, 0, L""},
       {L"SELECT id\nFROM Test.Row", S_OK, 1, 1, 8, L"Id"},
-      {L"SELECT Id\nFROM Test.Row WHERE \x00E4 = 1", S_OK, 1, 2, 23, L""},
+      {L"SELECT Id\nFROM Test.Row WHERE \x00E4 = 1", S_OK, 1, 2, 21, L""},
       {L"SELECT Id FROM Test.Row WHERE Text LIKE 'a%'", S_OK, 0, 1, 41, L"'a*'"},
   };
   const auto diagnosis = As<ISorrelDiagnosis>(m_session.get());

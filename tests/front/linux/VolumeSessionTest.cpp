@@ -31,6 +31,10 @@ TEST(SessionOverAVolume, IsMadeOrRefusedWithASentence) {
   EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
   options.image_user = nullptr;
   options.image_directory = volume.c_str();
+  options.struct_size = 0;
+  EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
+  EXPECT_STRNE(kestra_create_error(), "");
+  options.struct_size = sizeof options;
   ASSERT_EQ(kestra_session_create(&options, &session), KESTRA_OK);
   EXPECT_STREQ(kestra_create_error(), "");
   EXPECT_EQ(kestra_session_set_plugins_dir(session, empty.c_str()), KESTRA_E_INVALIDARG);

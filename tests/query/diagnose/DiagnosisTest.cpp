@@ -96,6 +96,8 @@ constexpr Row kWrong[] = {
     {"SELECT Txt /* “x” ä */ FROM Test.Row", 1, 8, 3, "there is no column \"Txt\" here", "Text"},
     {"SELECT Text FROM Test.Row /* “ */ WHERE Id ≥ 2", 1, 44, 3, "\"≥\" is no mark of", ">="},
     {"5 – 3", 1, 3, 3, "\"–\" is no mark of the language; did you mean -?", "-"},
+    {"SELECT r.Id FROM Test.Row r, Test.Part p", 1, 28, 1, "two sources are joined by JOIN", ""},
+    {"SELECT Id FROM Test.Row r WHERE r,Id = 1", 1, 33, 1, "r is an alias; a column of its", ""},
     {"SELECT größe FROM Test.Row", 1, 10, 2, "\"ö\" cannot stand outside of a text in quotes", ""},
     {"SELECT Text FROM Test.Row WHERE Größe = 1", 1, 35, 2, "\"ö\" cannot stand outside", ""},
     {"SELECT Text FROM Test.Row WHERE Text = größe", 1, 40, 7, "text stands in quotes: 'größe'",
@@ -182,8 +184,7 @@ constexpr Row kWrong[] = {
     {"SELECT DISTINCT Text FROM Test.Row", 1, 8, 8, "there is no DISTINCT; every row is given", ""},
     {"SELECT COUNT(DISTINCT Text) FROM Test.Row", 1, 14, 8,
      "there is no DISTINCT; every row is given", ""},
-    {"SELECT TOP 5 Text FROM Test.Row", 1, 8, 3,
-     "there is no TOP; the command shows the first rows with", ""},
+    {"SELECT TOP 5 Text FROM Test.Row", 1, 8, 3, "there is no TOP; a SELECT gives", ""},
     {"SELECT Text FROM Test.Row WHERE Id BETWEEN 1 AND 2", 1, 36, 7,
      "there is no BETWEEN; write x >= a AND x <= b", ""},
     {"SELECT Text AS t FROM Test.Row", 1, 13, 2,
@@ -249,8 +250,8 @@ constexpr Row kWrong[] = {
     {"SELECT Text FROM (SELECT * FROM Test.Row)", 1, 18, 1,
      "FROM takes a Module.Class; a SELECT cannot stand in its", ""},
     {"DATEADD(year, 1, GETDATE())", 1, 9, 4, "this part of a date is called yy", "yy"},
-    {"SELECT Text FROM Test.Row WHERE Text = BÄR", 1, 40, 4,
-     "there is no column \"B\" here; text stands in quotes: 'BÄR'", "'BÄR'"},
+    {"SELECT Text FROM Test.Row WHERE Text = BÄR", 1, 40, 4, "text stands in quotes: 'BÄR'",
+     "'BÄR'"},
     {"SELECT a.Text FROM Test.Row a WHERE a.Id IN (1, 2, x)", 1, 52, 1,
      "there is no column \"x\" here; a number is wanted", ""},
     {"SELECT Name FROM FILES.FILE('/etc/*')", 1, 8, 4,
@@ -275,7 +276,7 @@ constexpr Row kWrong[] = {
     {"SELECT Text FROM Test(First=true).Row", 1, 29, 4, "no literals TRUE and FALSE", "1"},
     {"SELECT PID FROM Processes.Process WHERE ParentPID = 1", 1, 41, 9, "no column",
      "ParentProcessID"},
-    {".modules", 1, 1, 8, "commands with a dot", ""},
+    {".modules", 1, 1, 8, "a query does not begin with a dot", ""},
 };
 
 TEST(Diagnosis, TellsWhatIsWrong) {
