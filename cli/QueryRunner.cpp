@@ -80,7 +80,7 @@ int CQueryRunner::Show(const QueryPiece& query, kestra_value* value,
   // The first line of standard error is an Error's.
   if (Is(kestra_value_is_error, value)) {
     m_output.Flush();
-    TellError(m_session, query, value, m_settings.place);
+    TellError(m_session, query, value, m_settings);
     TellNotices(m_session);
     TellWhatHappened(m_session, value, m_settings);
     return kExitError;

@@ -97,9 +97,26 @@ bool IsNothing(kestra_value* value) {
          Ask<int32_t>(kestra_value_as_long, only.get()) == 0;
 }
 
+// An Error without a text says nothing of its cause; a time that is over can be told, and otherwise
+// what there can be.
+std::string HintForNoText(kestra_session* session, const Settings& settings) {
+  uint64_t total = 0;
+  Check(kestra_session_query_times(session, nullptr, &total));
+  constexpr uint64_t kClockStepMs = 20;  // the query's own clock is coarser than the report's
+  const bool hasLimit = settings.timeOut != KESTRA_NO_TIMEOUT;
+  if (hasLimit && total / 1000 + kClockStepMs >= settings.timeOut) {
+    return "the query's time, " + std::to_string(settings.timeOut) + " ms, was over";
+  }
+  return "a value could not be computed: a number outside of 32 bits, a division by zero, a text "
+         "that is no number or date, a sub-select that gives not exactly one row, a library of "
+         "CALLDLL that is not there, or nesting that goes too deep";
+}
+
 }  // namespace
 
-void TellError(kestra_session* session, const QueryPiece& query, kestra_value* error, Place place) {
+void TellError(kestra_session* session, const QueryPiece& query, kestra_value* error,
+               const Settings& settings) {
+  const Place place = settings.place;
   const std::string text = OneLine(TextOf(error));
   std::fprintf(stderr, "%s\n", text.c_str());
   const std::string message = OneLine(Ask<const char*>(kestra_session_last_message, session));
@@ -113,6 +130,7 @@ void TellError(kestra_session* session, const QueryPiece& query, kestra_value* e
   if (!isExplained) {
     hint = MessageHint(text, place);
     if (hint.empty()) hint = MessageHint(message, place);
+    if (text == "<ERROR>" && message.empty()) hint = HintForNoText(session, settings);
     TellHint(hint);
     TellLine(query);
   }

@@ -244,7 +244,7 @@ class Progress(CommandTest):
         process = subprocess.Popen([self.SLOW_COMMAND, "--timeout", "1", self.QUERY.replace(
             "60000", "1200")], stdout=subprocess.PIPE, stderr=subprocess.PIPE)
         _, err = process.communicate(timeout=20)
-        self.assertEqual(err, b"<ERROR>\n")
+        self.assertEqual(err, b"<ERROR>\nkestra: the query's time, 1 ms, was over\n")
 
 
 if __name__ == "__main__":

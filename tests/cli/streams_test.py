@@ -88,7 +88,8 @@ class Interrupts(CommandTest):
         query = "SELECT COUNT(*) FROM FILES.FILE('/usr/bin/*') a WHERE (SELECT COUNT(*) FROM " \
                 "FILES.FILE('/usr/bin/*') b WHERE LEN(b.FileName) > 200) > 0"
         start = time.monotonic()
-        self.check(["--timeout", "200", query], status=1, out=b"", err=b"<ERROR>\n")
+        self.check(["--timeout", "200", query], status=1, out=b"",
+                   err=b"<ERROR>\nkestra: the query's time, 200 ms, was over\n")
         self.assertLess(time.monotonic() - start, 5)
 
 

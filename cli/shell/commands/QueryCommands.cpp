@@ -58,14 +58,15 @@ int32_t DumpItems(kestra_value* value, int32_t format, COutput& output) {
 }
 
 // Null, after it was told, for an Error.
-CValueHandle ItemOfModule(ShellSession& session, const std::string& module, uint32_t timeOut,
-                          const CCancellation& cancellation) {
+CValueHandle ItemOfModule(ShellSession& session, const std::string& module,
+                          const Settings& settings, const CCancellation& cancellation) {
   const std::string name = module.substr(0, module.find_first_of("(#"));
   const std::string query = "SELECT * FROM " + module + "." + name;
-  auto value = Take<CValueHandle>(kestra_session_run_query_sync_n, session.handle.get(),
-                                  query.data(), query.size(), cancellation.Event(), timeOut);
+  auto value =
+      Take<CValueHandle>(kestra_session_run_query_sync_n, session.handle.get(), query.data(),
+                         query.size(), cancellation.Event(), settings.timeOut);
   if (cancellation.IsGivenUp() || !value || !Is(kestra_value_is_error, value.get())) return value;
-  TellError(session.handle.get(), QueryPiece(query), value.get(), Place::Shell);
+  TellError(session.handle.get(), QueryPiece(query), value.get(), settings);
   return nullptr;
 }
 
@@ -109,12 +110,12 @@ bool Dump(CShellCore& core, const DotArguments& arguments) {
     return false;
   }
   const auto isDone = std::make_shared<bool>(false);
-  core.Run([what, format = pFormat->number, timeOut = core.CurrentSettings().timeOut,
+  core.Run([what, format = pFormat->number, settings = core.CurrentSettings(),
             target = core.Target(),
             isDone](ShellSession& session, const CCancellation& cancellation) {
     const bool isLast = what.empty() || FoldCase(what) == "last";
     CValueHandle own;
-    if (!isLast) own = ItemOfModule(session, what, timeOut, cancellation);
+    if (!isLast) own = ItemOfModule(session, what, settings, cancellation);
     if (!isLast && !own) return;
     kestra_value* const value = isLast ? session.lastResult.get() : own.get();
     CShellOutput output(target, cancellation);
