@@ -13,6 +13,7 @@
 #include "Modules/Registry/RegistryClasses.h"
 #include "Modules/Registry/RegistryModule.h"
 #include "tests/support/FakeMachine.h"
+#include "tests/support/SystemWords.h"
 
 namespace kestra::test {
 namespace {
@@ -32,7 +33,7 @@ std::string Problems(CVDiagItem& item) {
   CFillNotes::Counts counts;
   std::vector<std::string> lines;
   for (const FillProblem& problem : message.Notes->TakeProblems(counts))
-    lines.push_back(problem.subject + ": " + problem.reason + ";");
+    lines.push_back(problem.subject + ": " + InWordsOfWindows(problem.reason) + ";");
   EXPECT_EQ(counts.all, lines.size());
   std::sort(lines.begin(), lines.end());
   std::string text;

@@ -4,6 +4,7 @@
 #include <thread>
 
 #include "tests/front/SessionFixture.h"
+#include "tests/support/SystemWords.h"
 
 namespace kestra::test {
 namespace {
@@ -27,7 +28,7 @@ TEST_F(ReportInterface, TellsWhatCouldNotBeRead) {
   const char* reason = nullptr;
   EXPECT_EQ(kestra_session_source_problem(session, 0, 0, &subject, &reason), KESTRA_OK);
   EXPECT_STREQ(subject, "Broken");
-  EXPECT_STREQ(reason, "The device is not ready.");
+  EXPECT_EQ(InWordsOfWindows(reason), "The device is not ready.");
   for (const auto& [source, problem] : {std::pair{0, 1}, {0, -1}, {1, 0}, {-1, 0}}) {
     EXPECT_EQ(kestra_session_source_problem(session, source, problem, &subject, &reason),
               KESTRA_E_INVALIDARG);

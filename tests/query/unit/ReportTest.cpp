@@ -9,6 +9,7 @@
 #include "query/Evaluate.h"
 #include "tests/query/support/TestModules.h"
 #include "tests/support/FakeMachine.h"
+#include "tests/support/SystemWords.h"
 #include "tests/support/TempDirectory.h"
 
 namespace kestra::test {
@@ -25,7 +26,7 @@ std::string Show(const QueryReport& report) {
                         kStates[static_cast<int>(source.state)], source.isFilled ? "" : " unfilled",
                         source.isCutShort ? " cut" : "");
     for (const FillProblem& problem : source.problems)
-      text += "[" + problem.subject + ": " + problem.reason + "]";
+      text += "[" + problem.subject + ": " + InWordsOfWindows(problem.reason) + "]";
     EXPECT_GE(source.problemCount, source.problems.size());
   }
   return text;
