@@ -3,7 +3,7 @@
 #include "platform/machine/Machine.h"
 #include "platform/os/Clock.h"
 #include "platform/os/CurrentTermination.h"
-#include "query/parse/Chart.h"
+#include "query/parse/chart/Chart.h"
 #include "query/parse/ColumnNames.h"
 #include "query/parse/ParseTree.h"
 #include "query/parse/Predicates.h"

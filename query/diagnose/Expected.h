@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-#include "query/parse/Chart.h"
+#include "query/parse/chart/Chart.h"
 
 namespace kestra {
 

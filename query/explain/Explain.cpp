@@ -2,7 +2,7 @@
 
 #include "query/Evaluate.h"
 #include "query/explain/PlanWriter.h"
-#include "query/parse/Chart.h"
+#include "query/parse/chart/Chart.h"
 #include "query/parse/Predicates.h"
 
 namespace kestra {

@@ -64,9 +64,9 @@ Grammar MakeGrammar() {
     start.canBeEmpty = found.canBeEmpty;
     for (size_t i = 0; i < kKeywordCount; ++i) start.keywords[i] = found.terminals[i];
     for (size_t i = 0; i < kPredicateCount; ++i) {
-      if (found.terminals[kKeywordCount + i]) start.predicates.push_back(static_cast<Predicate>(i));
+      if (found.terminals[kKeywordCount + i]) start.predicates |= 1u << i;
     }
-    grammar.starts.push_back(std::move(start));
+    grammar.starts.push_back(start);
   }
   return grammar;
 }

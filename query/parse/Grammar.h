@@ -110,6 +110,12 @@ enum class Predicate : uint8_t {
 };
 inline constexpr size_t kPredicateCount = static_cast<size_t>(Predicate::Count);
 
+// Sets of predicates are words with a bit for each.
+static_assert(kPredicateCount <= 32);
+constexpr uint32_t PredicateBit(Predicate predicate) {
+  return 1u << static_cast<uint32_t>(predicate);
+}
+
 enum class SymbolKind : uint8_t { NonTerminal = 0, Keyword = 1, Predicate = 2, End = 3 };
 
 struct Symbol {
@@ -146,8 +152,8 @@ struct Grammar {
   };
   // What a rule can begin with. A rule that can be empty can begin with anything.
   struct Start {
-    TerminalSet keywords;
-    std::vector<Predicate> predicates;
+    std::bitset<kKeywordCount> keywords;
+    uint32_t predicates = 0;
     bool canBeEmpty = false;
   };
 

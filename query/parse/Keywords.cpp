@@ -51,6 +51,20 @@ struct KeywordIndex {
   }
 };
 constexpr KeywordIndex kIndex;
+
+// The marks, of which every second token is one.
+struct MarkIndex {
+  std::array<KeywordId, 256> ids{};
+
+  constexpr MarkIndex() {
+    for (size_t i = 1; i < kKeywordCount; ++i) {
+      if (kTexts[i].size() == 1) {
+        ids[static_cast<unsigned char>(kTexts[i][0])] = static_cast<KeywordId>(i);
+      }
+    }
+  }
+};
+constexpr MarkIndex kMarks;
 constexpr size_t kLongestKeyword = 11;
 
 }  // namespace
@@ -60,6 +74,7 @@ std::string_view KeywordText(KeywordId keyword) {
 }
 
 KeywordId FindKeyword(std::string_view token) {
+  if (token.size() == 1) return kMarks.ids[static_cast<unsigned char>(token[0])];
   if (token.empty() || token.size() > kLongestKeyword) return kNoKeyword;
   for (KeywordId id = kIndex.head[Bucket(token)]; id != kNoKeyword; id = kIndex.next[id]) {
     if (EqualsAsciiNoCase(kTexts[id], token)) return id;

@@ -64,6 +64,24 @@ bool ReadStringLiteral(std::string_view token, Value& out) {
   return text.has_value();
 }
 
+bool IsStringLiteral(std::string_view token) {
+  if (token.size() < 2 || token.front() != '\'' || token.back() != '\'') return false;
+  token = token.substr(1, token.size() - 2);
+  for (size_t quote = token.find('\''); quote != token.npos; quote = token.find('\'', quote + 2)) {
+    if (quote + 1 >= token.size() || token[quote + 1] != '\'') return false;
+  }
+  return true;
+}
+
+bool IsVersionLiteral(std::string_view token) {
+  if (!IsStringLiteral(token)) {
+    const auto number = IntegerOf(token);
+    return number && *number >= 0;
+  }
+  // No version has a quote in it, so doubled ones need not become single first.
+  return IsVersion(token.substr(1, token.size() - 2));
+}
+
 bool ReadVersionLiteral(std::string_view token, Value& out) {
   if (auto text = TextOf(token)) {
     if (!IsVersion(*text)) return false;

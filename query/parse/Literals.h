@@ -14,6 +14,9 @@ bool ReadIntegerLiteral(std::string_view token, Value& out);
 bool ReadStringLiteral(std::string_view token, Value& out);
 // A string literal that is a version, giving a String, or an integer literal, giving a Number.
 bool ReadVersionLiteral(std::string_view token, Value& out);
+// The same without the value.
+bool IsStringLiteral(std::string_view token);
+bool IsVersionLiteral(std::string_view token);
 // 'yyyy-mm-dd' or 'yyyy-mm-dd hh:mm:ss', in local time. A Datime.
 bool ReadDatimeLiteral(std::string_view token, Value& out);
 

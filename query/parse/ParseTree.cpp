@@ -1,5 +1,7 @@
 #include "query/parse/ParseTree.h"
 
+#include <algorithm>
+
 #include "platform/os/Thread.h"
 #include "query/parse/Predicates.h"
 
@@ -12,8 +14,10 @@ constexpr size_t kStackReserve = 96 * 1024;
 }  // namespace
 
 void* ParseTree::Allocate(size_t bytes) {
-  if (m_used + bytes > kBlockBytes) {
-    m_blocks.push_back(std::make_unique<std::byte[]>(kBlockBytes));
+  if (m_used + bytes > m_blockBytes) {
+    const size_t next = m_blocks.empty() ? kFirstBlockBytes : m_blockBytes * 2;
+    m_blockBytes = std::min(next, kMostBlockBytes);
+    m_blocks.push_back(std::make_unique_for_overwrite<std::byte[]>(m_blockBytes));
     m_used = 0;
   }
   void* pMemory = m_blocks.back().get() + m_used;

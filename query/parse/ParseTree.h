@@ -43,9 +43,12 @@ class ParseTree {
  private:
   void* Allocate(size_t bytes);
 
-  static constexpr size_t kBlockBytes = 16384;
+  // Most trees fit the first block; those of long texts take few blocks.
+  static constexpr size_t kFirstBlockBytes = 2048;
+  static constexpr size_t kMostBlockBytes = 65536;
   std::vector<std::unique_ptr<std::byte[]>> m_blocks;
-  size_t m_used = kBlockBytes;
+  size_t m_blockBytes = 0;  // of the last block
+  size_t m_used = 0;
   ParseNode* m_pTop = nullptr;
 };
 

@@ -1,5 +1,6 @@
 #include "query/parse/Predicates.h"
 
+#include <bit>
 #include <initializer_list>
 
 #include "VLib/src/text/Text.h"
@@ -29,7 +30,7 @@ bool IsClauseWord(KeywordId keyword) {
 
 // Also true of an item class: the source is refused later, when it is run.
 bool IsModuleName(const QueryContext& context, std::string_view token) {
-  return FindClass(context.RootClass.get(), token) != nullptr;
+  return FindModuleClass(context.RootClass.get(), token) != nullptr;
 }
 
 bool IsColumnOf(Predicate predicate, const DiagParamDef* pDef) {
@@ -93,9 +94,49 @@ bool IsLiteral(Predicate predicate) {
          predicate == Predicate::VersionLiteral || predicate == Predicate::DatimeLiteral;
 }
 
+constexpr uint32_t Bits(std::initializer_list<Predicate> predicates) {
+  uint32_t bits = 0;
+  for (const Predicate predicate : predicates) bits |= PredicateBit(predicate);
+  return bits;
+}
+
+constexpr uint32_t kColumns = Bits({Predicate::NumberColumn, Predicate::StringColumn,
+                                    Predicate::VersionColumn, Predicate::DatimeColumn});
+
 bool IsColumn(Predicate predicate) {
-  return predicate == Predicate::NumberColumn || predicate == Predicate::StringColumn ||
-         predicate == Predicate::VersionColumn || predicate == Predicate::DatimeColumn;
+  return (kColumns & PredicateBit(predicate)) != 0;
+}
+
+// What a token can be at most that begins so. A module of a plug-in may have any name.
+uint32_t PossibleFor(char first) {
+  if (first == '\'') {
+    return Bits({Predicate::StringLiteral, Predicate::VersionLiteral, Predicate::DatimeLiteral,
+                 Predicate::ModuleName});
+  }
+  if (IsAsciiDigit(first)) {
+    return kColumns |
+           Bits({Predicate::IntegerLiteral, Predicate::VersionLiteral, Predicate::ModuleName});
+  }
+  if (IsAsciiLetter(first) || first == '_') {
+    return kColumns |
+           Bits({Predicate::Identifier, Predicate::ModuleName, Predicate::BuiltInSource,
+                 Predicate::DatePartName, Predicate::NumberAggregate, Predicate::OrderAggregate});
+  }
+  return Bits({Predicate::AddOperator, Predicate::MulOperator, Predicate::EqualityOperator,
+               Predicate::CompareOperator, Predicate::ModuleName});
+}
+
+bool IsLiteralToken(Predicate predicate, std::string_view token) {
+  switch (predicate) {
+    case Predicate::StringLiteral:
+      return IsStringLiteral(token);
+    case Predicate::VersionLiteral:
+      return IsVersionLiteral(token);
+    default: {
+      Value scratch;
+      return ReadLiteral(predicate, token, scratch);
+    }
+  }
 }
 
 }  // namespace
@@ -114,32 +155,29 @@ bool RunPredicate(Predicate predicate, Value& out, QueryContext& context, size_t
   return false;
 }
 
-CPredicateCache::Verdicts& CPredicateCache::At(size_t position) {
-  if (m_verdicts.empty()) m_verdicts.resize(m_context.Tokens.size());
-  return m_verdicts[position];
+bool CPredicateCache::Test(Predicate predicate, size_t position) {
+  const Token& token = m_context.Tokens[position];
+  if (IsLiteral(predicate)) return IsLiteralToken(predicate, token.text);
+  if (IsColumn(predicate)) {
+    const DiagParamDef* const pDef = Column(position).pDef;
+    return IsColumnOf(predicate, pDef) ||
+           (m_assumesColumns && !pDef && token.keyword == kNoKeyword && IsIdentifier(token));
+  }
+  if (m_assumesColumns && predicate == Predicate::Identifier && IsClauseWord(token.keyword)) {
+    return false;
+  }
+  return IsWord(predicate, m_context, token);
 }
 
-bool CPredicateCache::Fits(Predicate predicate, size_t position) {
-  const uint32_t bit = 1u << static_cast<uint32_t>(predicate);
-  if (At(position).known & bit) return (At(position).fits & bit) != 0;
-  const Token& token = m_context.Tokens[position];
-  bool fits = false;
-  if (IsLiteral(predicate)) {
-    Value scratch;
-    fits = ReadLiteral(predicate, token.text, scratch);
-  } else if (IsColumn(predicate)) {
-    const DiagParamDef* const pDef = Column(position).pDef;
-    fits = IsColumnOf(predicate, pDef) ||
-           (m_assumesColumns && !pDef && token.keyword == kNoKeyword && IsIdentifier(token));
-  } else {
-    fits = IsWord(predicate, m_context, token);
-    if (m_assumesColumns && predicate == Predicate::Identifier && IsClauseWord(token.keyword)) {
-      fits = false;
-    }
+void CPredicateCache::Learn(uint32_t predicates, size_t position) {
+  uint32_t fits = 0;
+  const uint32_t possible = PossibleFor(m_context.Tokens[position].text[0]);
+  for (uint32_t left = predicates & possible; left != 0; left &= left - 1) {
+    const auto predicate = static_cast<Predicate>(std::countr_zero(left));
+    if (Test(predicate, position)) fits |= PredicateBit(predicate);
   }
-  At(position).known |= bit;
-  if (fits) At(position).fits |= bit;
-  return fits;
+  At(position).known |= predicates;
+  At(position).fits |= fits;
 }
 
 const ColumnBinding& CPredicateCache::Column(size_t position) {

@@ -27,7 +27,15 @@ class CPredicateCache {
   void AssumeColumns() { m_assumesColumns = true; }
 
   // The same verdict without the value.
-  bool Fits(Predicate predicate, size_t position);
+  bool Fits(Predicate predicate, size_t position) {
+    return FitsOf(PredicateBit(predicate), position) != 0;
+  }
+  // Those of a set of predicates that the token fits.
+  uint32_t FitsOf(uint32_t predicates, size_t position) {
+    const uint32_t unknown = predicates & ~At(position).known;
+    if (unknown != 0) Learn(unknown, position);
+    return At(position).fits & predicates;
+  }
   // The column that the token names, whatever its type.
   const ColumnBinding& Column(size_t position);
   // The classes that a name there is looked for in.
@@ -39,7 +47,12 @@ class CPredicateCache {
     uint32_t fits = 0;
     uint32_t column = 0;  // index into m_columns, counted from 1
   };
-  Verdicts& At(size_t position);
+  Verdicts& At(size_t position) {
+    if (m_verdicts.empty()) m_verdicts.resize(m_context.Tokens.size());
+    return m_verdicts[position];
+  }
+  void Learn(uint32_t predicates, size_t position);
+  bool Test(Predicate predicate, size_t position);
 
   bool m_assumesColumns = false;
   QueryContext& m_context;

@@ -1,5 +1,7 @@
 #include "query/parse/Tokeniser.h"
 
+#include <algorithm>
+
 #include "VLib/src/text/Text.h"
 
 namespace kestra {
@@ -48,6 +50,8 @@ size_t NextStretch(std::string_view text, size_t start, bool& isToken) {
 
 bool Tokenise(std::string_view text, TokenList& tokens, size_t* pFaultOffset) {
   tokens.clear();
+  // Most texts have a token in some five bytes.
+  tokens.reserve(std::min(text.size() / 5 + 8, kMaxTokens));
   for (size_t position = 0; position < text.size();) {
     bool isToken = false;
     const size_t end = NextStretch(text, position, isToken);

@@ -2,7 +2,7 @@
 // scripts against the grammar table.
 #include <gtest/gtest.h>
 
-#include "query/parse/Chart.h"
+#include "query/parse/chart/Chart.h"
 #include "query/parse/Predicates.h"
 #include "tests/query/support/TestModules.h"
 #include "tests/query/unit/PlainParser.h"
