@@ -83,6 +83,20 @@ void TwoColumnsMillion(benchmark::State& state) {
 }
 BENCHMARK(TwoColumnsMillion)->Unit(benchmark::kMillisecond);
 
+void EqualityJoin(benchmark::State& state) {
+  Scan(state,
+       "SELECT COUNT(*) FROM Many(Count=10000).Entry a JOIN Many(Count=10000).Entry b ON a.Id = "
+       "b.Id");
+}
+BENCHMARK(EqualityJoin)->Unit(benchmark::kMicrosecond);
+
+void CorrelatedSubSelect(benchmark::State& state) {
+  Scan(state,
+       "SELECT COUNT(*) FROM Many(Count=1000).Entry a WHERE a.Group = (SELECT b.Group FROM "
+       "Many(Count=1000).Entry b WHERE b.Id = a.Id)");
+}
+BENCHMARK(CorrelatedSubSelect)->Unit(benchmark::kMicrosecond);
+
 }  // namespace
 }  // namespace kestra
 

@@ -18,6 +18,10 @@ enum class Stream { In = 0, Out = 1, Error = 2 };
 // written arrives as it is, in UTF-8. First thing in the process.
 void ReserveStandardStreams();
 
+// The command is one thread that works at a time, lists that come and go, and an end soon: the heap
+// grows in large steps and is not given back in between. Before anything big is allocated.
+void PrepareHeap();
+
 // The command line's words, the program's name first, in UTF-8. Called with what main got.
 std::vector<std::string> CommandLine(int argc, char** argv);
 

@@ -98,5 +98,6 @@ int RunBehindBarrier(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   kestra::cli::ReserveStandardStreams();
+  kestra::cli::PrepareHeap();
   return kestra::cli::RunBehindBarrier(argc, argv);
 }

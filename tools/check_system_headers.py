@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Holds the seam: what belongs to one system appears in platform/, front/com/ and cli/terminal_*.
+"""Holds the seam: what belongs to one system appears in platform/, front/com/ and cli/terminal_*,
+and where the engine is measured beside programs of Linux (bench/pairs/, bench/peers/).
 
 Everywhere else a file may include the headers of the C++ standard library and of the libraries
 named below, and may not ask which system it is built for.
@@ -10,8 +11,8 @@ import sys
 from source_tree import includes_of, lines_of, source_files
 
 ALLOWED_PLACES = re.compile(
-    r"platform/(linux|win32|image)/|front/com/|cli/terminal_|tests/platform/(linux|win32|image)/|"
-    r"tests/support/(linux|win32)/|tests/front/(linux|com)/")
+    r"platform/(linux|win32|image)/|front/com/|cli/terminal_|bench/(pairs|peers)/|"
+    r"tests/platform/(linux|win32|image)/|tests/support/(linux|win32)/|tests/front/(linux|com)/")
 # What stands outside the library includes its public headers as a stranger does.
 STRANGERS = re.compile(r"examples/|tests/")
 INSTALLED = re.compile(r"kestra/")

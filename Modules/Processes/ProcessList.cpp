@@ -15,7 +15,7 @@ SystemError ReadWholeList(CProcesses& processes, uint32_t wanted,
   std::unique_ptr<CProcessList> list;
   SystemError error = processes.Enumerate(wanted, list);
   while (error == kErrorSuccess) {
-    if (message.IsTerminated()) return kErrorCancelled;
+    if (message.IsTerminatedInLoop()) return kErrorCancelled;
     ProcessRecord record;
     error = list->Next(record);
     if (error == kErrorSuccess) records.push_back(std::move(record));

@@ -33,7 +33,7 @@ bool CProcessesModule::Init(bool /*bInitChild*/, QueryMessage& message) {
   const Ref<DiagClass> processClass = kProcessClass.Get();
   DiagItems items;  // what is cut off in the middle leaves nothing behind
   for (ProcessRecord& record : records) {
-    if (message.IsTerminated()) return false;
+    if (message.IsTerminatedInLoop()) return false;
     message.TellAmount(items.Count(), records.size());
     auto item = MakeRef<CProcessItem>(processClass, MachineRef(), m_closeTimeOutMs);
     item->Fill(std::move(record), wanted, Defs(), message.TerminationEvent());

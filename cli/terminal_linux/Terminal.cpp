@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <locale.h>
+#include <malloc.h>
 #include <sys/ioctl.h>
 #include <unistd.h>
 
@@ -36,6 +37,17 @@ void ReserveStandardStreams() {
     // Opened the wrong way round, so that using it fails. It takes the lowest free number: fd.
     if (open("/dev/null", fd == 0 ? O_WRONLY : O_RDONLY) != fd) return;
   }
+}
+
+// By default every thread has a heap of its own, and that of a second thread grows page by page,
+// with a call of the system for each.
+void PrepareHeap() {
+  constexpr int kStepBytes = 1 << 20;
+  constexpr int kKeptBytes = 32 << 20;
+  mallopt(M_ARENA_MAX, 1);
+  mallopt(M_TOP_PAD, kStepBytes);
+  mallopt(M_TRIM_THRESHOLD, kKeptBytes);
+  mallopt(M_MMAP_THRESHOLD, kKeptBytes);
 }
 
 std::vector<std::string> CommandLine(int argc, char** argv) {

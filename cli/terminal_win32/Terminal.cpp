@@ -57,6 +57,9 @@ void ReserveStandardStreams() {
   std::atexit([] { SetConsoleOutputCP(g_consoleCodePage); });
 }
 
+// The heap of Windows is one for all threads, and grows in large steps by itself.
+void PrepareHeap() {}
+
 // What main got is in the system's code page, and may have had its wildcards expanded.
 std::vector<std::string> CommandLine(int argc, char** argv) {
   int count = 0;

@@ -1,7 +1,5 @@
 #include "VLib/src/time/Datime.h"
 
-#include <fmt/format.h>
-
 #include <limits>
 
 #include "platform/os/Clock.h"
@@ -30,6 +28,12 @@ uint32_t DaysInMonth(uint32_t year, uint32_t month) {
 uint32_t DaysBeforeYear(uint32_t year) {
   const uint32_t years = year - kFirstYear;
   return years * 365 + years / 4 - years / 100 + years / 400;
+}
+
+void PutDigits(std::string& text, size_t place, size_t count, uint32_t number) {
+  for (size_t i = place + count; i-- > place; number /= 10) {
+    text[i] = static_cast<char>('0' + number % 10);
+  }
 }
 
 }  // namespace
@@ -97,8 +101,15 @@ bool LocalSystemTimeFromDatime(uint32_t datime, SystemTime& time) {
 std::string DatimeText(uint32_t datime) {
   SystemTime time;
   if (!LocalSystemTimeFromDatime(datime, time)) return std::string();
-  return fmt::format("{:04}-{:02}-{:02} {:02}:{:02}:{:02}", time.wYear, time.wMonth, time.wDay,
-                     time.wHour, time.wMinute, time.wSecond);
+  // Lists have a date in every row: digits are put in place, without a format to be read.
+  std::string text = "0000-00-00 00:00:00";
+  PutDigits(text, 0, 4, time.wYear);
+  PutDigits(text, 5, 2, time.wMonth);
+  PutDigits(text, 8, 2, time.wDay);
+  PutDigits(text, 11, 2, time.wHour);
+  PutDigits(text, 14, 2, time.wMinute);
+  PutDigits(text, 17, 2, time.wSecond);
+  return text;
 }
 
 uint32_t CurrentDatime() {

@@ -2,7 +2,9 @@
 
 #include <dirent.h>
 #include <fcntl.h>
+#include <linux/magic.h>
 #include <sys/stat.h>
+#include <sys/statfs.h>
 #include <sys/syscall.h>
 #include <unistd.h>
 
@@ -59,13 +61,22 @@ bool KernelCountsHandles(int procFd) {
   return fstatat(procFd, "self/fd", &status, 0) == 0 && status.st_size > 0;
 }
 
+// The kernel gives the directory of a process to the process's effective user, whoever may read its
+// memory (task_dump_owner in its fs/proc/base.c). A copy of such a directory belongs to whoever
+// made it.
+bool OwnersAreEffectiveUsers(int procFd) {
+  struct statfs fileSystem {};
+  return fstatfs(procFd, &fileSystem) == 0 && fileSystem.f_type == PROC_SUPER_MAGIC;
+}
+
 }  // namespace
 
 CProcReader::CProcReader(int procFd, uint32_t wanted)
     : m_procFd(procFd),
       m_wanted(wanted),
       m_pageKB(static_cast<uint64_t>(sysconf(_SC_PAGESIZE)) / 1024),
-      m_kernelCountsHandles(KernelCountsHandles(procFd)) {}
+      m_kernelCountsHandles(KernelCountsHandles(procFd)),
+      m_ownersAreEffectiveUsers(OwnersAreEffectiveUsers(procFd)) {}
 
 SystemError CProcReader::Read(uint32_t pid, ProcessRecord& record) {
   record = ProcessRecord();
@@ -174,14 +185,24 @@ SystemError CProcReader::ReadArguments(const ProcStat& stat, ProcessRecord& reco
 
 SystemError CProcReader::ReadUser(ProcessRecord& record) {
   if ((m_wanted & kProcessWantUser) == 0) return kErrorSuccess;
-  const SystemError error = ReadFile("status", kMaxStatusFile);
+  std::optional<uint32_t> uid;
+  const SystemError error = ReadEffectiveUid(uid);
   if (error == kErrorInvalidHandle) return error;
-  if (error != kErrorSuccess) {
-    NoteUnread(record, error);
-    return kErrorSuccess;
-  }
-  const std::optional<uint32_t> uid = DecodeEffectiveUid(m_buffer);
+  if (error != kErrorSuccess) NoteUnread(record, error);
   if (uid) record.User = UserName(*uid);
+  return kErrorSuccess;
+}
+
+// The kernel writes some sixty lines for a look into "status", of which one is wanted.
+SystemError CProcReader::ReadEffectiveUid(std::optional<uint32_t>& uid) {
+  if (!m_ownersAreEffectiveUsers) {
+    const SystemError error = ReadFile("status", kMaxStatusFile);
+    if (error == kErrorSuccess) uid = DecodeEffectiveUid(m_buffer);
+    return error;
+  }
+  struct stat status {};
+  if (fstat(m_process.get(), &status) != 0) return LastProcError();
+  uid = status.st_uid;
   return kErrorSuccess;
 }
 

@@ -36,6 +36,7 @@ class CProcReader {
   void ReadHandleCount(ProcessRecord& record);
   SystemError ReadArguments(const ProcStat& stat, ProcessRecord& record);
   SystemError ReadUser(ProcessRecord& record);
+  SystemError ReadEffectiveUid(std::optional<uint32_t>& uid);
   uint32_t WidthOfExecutable();
   const std::string& UserName(uint32_t uid);
   // The content of a file of the open process, at most limit bytes, in m_buffer.
@@ -45,6 +46,7 @@ class CProcReader {
   uint32_t m_wanted;
   uint64_t m_pageKB;
   bool m_kernelCountsHandles;
+  bool m_ownersAreEffectiveUsers;
   CUniqueFd m_process;
   std::string m_buffer;
   std::map<std::pair<dev_t, ino_t>, uint32_t> m_widths;  // of executables, by file
