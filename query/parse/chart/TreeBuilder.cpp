@@ -1,7 +1,5 @@
 #include "query/parse/chart/TreeBuilder.h"
 
-#include <algorithm>
-
 namespace kestra {
 namespace {
 
@@ -12,7 +10,7 @@ constexpr size_t kUsualTasks = 32;
 CTreeBuilder::CTreeBuilder(QueryContext& context, const CChartSets& sets, ParseTree& tree)
     : m_context(context), m_grammar(TheGrammar()), m_sets(sets), m_tree(tree) {}
 
-bool CTreeBuilder::FindGoal(uint32_t tokenCount, Derivation& goal) const {
+bool CTreeBuilder::FindGoal(size_t tokenCount, Derivation& goal) const {
   if (m_sets.Count() != tokenCount + size_t{1}) return false;
   const CChartCore& core = m_sets.Core(tokenCount);
   const auto program = static_cast<size_t>(NonTerminal::Program);
@@ -47,7 +45,8 @@ bool CTreeBuilder::FindChild(const Derivation& parent, uint8_t table, uint32_t e
 // Goes down through rules that only hand a nonterminal's value on. False when a child is missing.
 bool CTreeBuilder::SkipPassThrough(Derivation& derivation) const {
   for (;;) {
-    derivation.item = m_sets.Core(derivation.end).Below(derivation.item);
+    const uint32_t ruleEnd = derivation.End();
+    derivation = {m_sets.Core(ruleEnd).Below(derivation.Item()), ruleEnd};
     const Rule& rule = m_grammar.rules[ItemOf(derivation).Rule];
     uint32_t place = 0;
     if (rule.Action == SecondSymbol) {
@@ -57,24 +56,25 @@ bool CTreeBuilder::SkipPassThrough(Derivation& derivation) const {
     }
     const Symbol symbol = rule.Symbols[place];
     if (symbol.Kind != SymbolKind::NonTerminal) return true;
-    const uint32_t end = derivation.end - rule.Length + place + 1;
+    const uint32_t end = ruleEnd - rule.Length + place + 1;
     if (!FindChild(derivation, symbol.Number, end, derivation)) return false;
   }
 }
 
 // Makes the node of one item and leaves a task for each of its nonterminals, from right to left.
-bool CTreeBuilder::BuildNode(const Task& task) {
-  Derivation derivation = task.derivation;
+bool CTreeBuilder::BuildNode(Derivation derivation, ParseNode* pParent, ParseSlot* pSlot) {
   if (!SkipPassThrough(derivation)) return false;
-  uint32_t position = derivation.end;
+  uint32_t position = derivation.End();
   const Rule& rule = m_grammar.rules[ItemOf(derivation).Rule];
-  ParseNode* pNode = m_tree.NewNode(m_context, task.pParent, rule);
-  if (task.pSlot) {
-    task.pSlot->pNode = pNode;
+  ParseNode* pNode = m_tree.NewNode(m_context, pParent, rule);
+  if (pSlot) {
+    pSlot->pNode = pNode;
   } else {
     m_tree.SetTop(pNode);
   }
-  const auto firstTask = static_cast<std::ptrdiff_t>(m_tasks.size());
+  Derivation children[kMaxSymbols];
+  ParseSlot* slots[kMaxSymbols];
+  size_t childCount = 0;
   for (size_t i = rule.Length; i-- > 0;) {
     const Symbol symbol = rule.Symbols[i];
     if (symbol.Kind != SymbolKind::NonTerminal) {
@@ -82,25 +82,33 @@ bool CTreeBuilder::BuildNode(const Task& task) {
       pNode->Children[i].position = --position;
       continue;
     }
-    Derivation child;
+    Derivation& child = children[childCount];
     if (!FindChild(derivation, symbol.Number, position, child)) return false;
-    m_tasks.push_back({child, pNode, &pNode->Children[i]});
+    slots[childCount++] = &pNode->Children[i];
     position = OriginOf(child);
   }
-  // The leftmost comes last, so that the tasks of a long list do not pile up.
-  std::reverse(m_tasks.begin() + firstTask, m_tasks.end());
+  // The leftmost is done last, so that the tasks of a long list do not pile up.
+  while (childCount-- > 0) {
+    Task& task = m_tasks.emplace_back();
+    task.derivation = children[childCount];
+    task.pParent = pNode;
+    task.pSlot = slots[childCount];
+  }
   return true;
 }
 
 bool CTreeBuilder::Run(size_t tokenCount) {
   Derivation goal;
-  if (!FindGoal(static_cast<uint32_t>(tokenCount), goal)) return false;
+  if (!FindGoal(tokenCount, goal)) return false;
   m_tasks.reserve(kUsualTasks);
-  m_tasks.push_back({goal, nullptr, nullptr});
+  if (!BuildNode(goal, nullptr, nullptr)) return false;
   while (!m_tasks.empty()) {
-    const Task task = m_tasks.back();
+    const Task& task = m_tasks.back();
+    const Derivation derivation = task.derivation;
+    ParseNode* const pParent = task.pParent;
+    ParseSlot* const pSlot = task.pSlot;
     m_tasks.pop_back();
-    if (!BuildNode(task)) return false;
+    if (!BuildNode(derivation, pParent, pSlot)) return false;
   }
   return true;
 }
