@@ -1,9 +1,9 @@
 // A data file, with its layers. The first bytes say how it is loaded.
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "VLib/src/data/CfgNode.h"
+#include "fuzz/support/Require.h"
 
 namespace {
 
@@ -16,10 +16,10 @@ void DumpAndLoadAgain(const CfgNode& node, uint32_t quoteFlags, CfgLayout layout
   std::string text;
   node.Dump(text, 0, quoteFlags, layout);
   CfgNode again;
-  if (!again.LoadText(text, quoteFlags, layout)) abort();
+  kestra::fuzz::Require(again.LoadText(text, quoteFlags, layout));
   std::string twice;
   again.Dump(twice, 0, quoteFlags, layout);
-  if (!node.ReadsBack(quoteFlags, layout) || twice != text) abort();
+  kestra::fuzz::Require(node.ReadsBack(quoteFlags, layout) && twice == text);
 }
 
 }  // namespace

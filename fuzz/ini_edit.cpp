@@ -1,10 +1,10 @@
 // A change of a data file: the first bytes say which, the rest is the file.
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 
 #include "VLib/src/data/edit/CfgEdit.h"
 #include "VLib/src/data/edit/CfgTreeEdit.h"
+#include "fuzz/support/Require.h"
 
 namespace {
 
@@ -46,15 +46,18 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string before(reinterpret_cast<const char*>(data + kHead), size - kHead);
   std::string after = before;
   const CfgOutcome outcome = EditCfgBytes(after, edit, form, never);
-  if (outcome != CfgOutcome::Done) return after == before ? 0 : (abort(), 0);
+  if (outcome != CfgOutcome::Done) {
+    fuzz::Require(after == before);
+    return 0;
+  }
   CfgNode expected, read;
   ReadCfgBytes(expected, before, {}, CfgMode::All, form, never);
-  if (EditCfgTree(expected, edit, form.ignoreCase) != CfgOutcome::Done) abort();
+  fuzz::Require(EditCfgTree(expected, edit, form.ignoreCase) == CfgOutcome::Done);
   ReadCfgBytes(read, after, {}, CfgMode::All, form, never);
-  if (!IsSameCfgTree(expected, read, never)) abort();
+  fuzz::Require(IsSameCfgTree(expected, read, never));
   // Nothing goes by an addition, and nothing comes by a deletion.
   const bool isNew = kind == CfgEditKind::AddSection || kind == CfgEditKind::AddKey;
   if (form.key != 0 || kind == CfgEditKind::SetKey) return 0;
-  if (CommonBytes(before, after) != (isNew ? before : after).size()) abort();
+  fuzz::Require(CommonBytes(before, after) == (isNew ? before : after).size());
   return 0;
 }

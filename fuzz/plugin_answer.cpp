@@ -1,9 +1,9 @@
 // The content of a module, as a plug-in or a cache entry gives it.
 #include <cstdint>
-#include <cstdlib>
 #include <string>
 #include <string_view>
 
+#include "fuzz/support/Require.h"
 #include "model/dump/Dump.h"
 #include "model/plugins/ClassDescription.h"
 #include "model/stored/StoredItem.h"
@@ -34,7 +34,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (!node.LoadText(text, kCfgQuotes, CfgLayout::Cfg)) return 0;
   const auto item = MakeRef<StoredItem>(*pClass, 0);
   const bool isWhole = LoadFromNode(*item, ModuleSection(node, "M"), 0, message);
-  if (isWhole != item->IsInitialized) abort();
+  fuzz::Require(isWhole == item->IsInitialized);
   for (int format = 0; format < 5; ++format) {
     std::string dump;
     Dump(*item, dump, message, static_cast<DumpFormat>(format));

@@ -1,12 +1,15 @@
 #include "query/Evaluate.h"
 
+#include <new>
+
 #include "platform/machine/Machine.h"
 #include "platform/os/Clock.h"
 #include "platform/os/CurrentTermination.h"
-#include "query/parse/chart/Chart.h"
 #include "query/parse/ColumnNames.h"
 #include "query/parse/ParseTree.h"
 #include "query/parse/Predicates.h"
+#include "query/parse/chart/Chart.h"
+#include "query/rows/repeated/Repeats.h"
 
 namespace kestra {
 namespace {
@@ -14,6 +17,7 @@ namespace {
 void RunTree(Value& out, ParseTree& tree, QueryContext& context) {
   if (!context.Root ||
       !static_cast<CVDiagItem&>(*context.Root).Init(false, false, *context.Message)) {
+    if (context.Message->SystemError == kErrorCancelled) return out.SetError();
     out.SetError("Diagnostics initialization error");
     return;
   }
@@ -31,6 +35,15 @@ void Evaluate(Value& out, QueryContext& context) {
     out.SetError();  // cut off while parsing: nobody knows whether the text is good
   } else {
     out.SetError("Syntax error");
+  }
+}
+
+// For what is caught; there may be no memory left for the sentence.
+void SetUnknownError(Value& out) {
+  try {
+    out.SetError("Unknown error");
+  } catch (const std::bad_alloc&) {
+    out.SetError();
   }
 }
 
@@ -62,11 +75,13 @@ QueryContext::QueryContext(std::string text, Ref<DiagRoot> root, uint32_t timeOu
       TimeOut(timeOut),
       StartTicks(os::TickCount()),
       Message(message ? std::move(message) : MakeRef<QueryMessage>()),
-      Predicates(std::make_unique<CPredicateCache>(*this)) {}
+      Predicates(std::make_unique<CPredicateCache>(*this)),
+      Repeats(std::make_unique<CRepeats>()) {}
 
 QueryContext::~QueryContext() = default;
 
 bool QueryContext::CheckTimeOut(Value& out) const {
+  if (TimeOut == kNoTimeOut) return false;
   if (os::TickCount() - StartTicks < TimeOut) return false;
   out.SetError();
   return true;
@@ -83,7 +98,7 @@ void EvaluateQuery(Value& out, const std::string& text, const Ref<DiagRoot>& roo
     context.Message->IsMachineReadOnly = root && root->Machine() && root->Machine()->IsReadOnly();
     Evaluate(result, context);
   } catch (...) {
-    result.SetError("Unknown error");
+    SetUnknownError(result);
   }
   out = std::move(result);
 }

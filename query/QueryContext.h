@@ -18,6 +18,7 @@ namespace kestra {
 
 struct ParseNode;
 class CPredicateCache;
+class CRepeats;
 
 // An alias and the row that it stands for now. The item is not counted: the entry never outlives
 // the row that it was bound to.
@@ -44,13 +45,24 @@ struct QueryContext {
   std::deque<ParseNode*> FilterStack;  // the WHERE of each open FROM; null for none
   const Ref<QueryMessage> Message;
   const std::unique_ptr<CPredicateCache> Predicates;
+  const std::unique_ptr<CRepeats> Repeats;
+  // Whether indexes, compiled conditions and kept values may be used. The answers are the same
+  // without, which tests make sure of.
+  bool UsesShortcuts = true;
   QueryReport Report;
   CSourceReports Sources{Report};
 
   // Whether the query's time is over; out then becomes an Error without text.
   bool CheckTimeOut(Value& out) const;
-  // Whether the query was cancelled; for loops, which look at every turn.
-  bool IsCancelled() const { return Message->IsTerminatedInLoop(); }
+  // Whether the query was cancelled; for loops, which look at every turn. It stays so: what fails
+  // for it is asked again in another way now and then.
+  bool IsCancelled() const {
+    if (!m_wasCancelled) m_wasCancelled = Message->IsTerminatedInLoop();
+    return m_wasCancelled;
+  }
+
+ private:
+  mutable bool m_wasCancelled = false;
 };
 
 }  // namespace kestra

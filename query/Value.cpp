@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <utility>
 
 #include "VLib/src/text/Text.h"
@@ -30,33 +31,17 @@ bool ParametersEqual(const DiagParam* pA, const DiagParam* pB) {
 
 static_assert(sizeof(Value) == 16, "a value is two words");
 
-Value::Value(const Value& other) : m_kind(other.m_kind), m_payload(other.m_payload) {
+void Value::AddRef() const {
   switch (m_kind) {
-    case ValueKind::Error:
-    case ValueKind::String:
-      if (m_payload.pText) m_payload.pText->AddRef();
-      break;
-    case ValueKind::Parameter:
-      if (m_payload.pParam) m_payload.pParam->AddRef();
-      break;
     case ValueKind::DiagItem:
-      if (m_payload.pItem) m_payload.pItem->AddRef();
-      break;
+      return m_payload.pItem->AddRef();
+    case ValueKind::Parameter:
+      return m_payload.pParam->AddRef();
     case ValueKind::Vector:
-      if (m_payload.pVector) m_payload.pVector->AddRef();
-      break;
+      return m_payload.pVector->AddRef();
     default:
-      break;
+      return m_payload.pText->AddRef();
   }
-}
-
-Value::Value(Value&& other) noexcept {
-  Take(other);
-}
-
-void Value::Take(Value& other) noexcept {
-  m_kind = std::exchange(other.m_kind, ValueKind::Undefined);
-  m_payload = std::exchange(other.m_payload, Payload{nullptr});
 }
 
 Value& Value::operator=(const Value& other) {
@@ -71,26 +56,19 @@ Value& Value::operator=(Value&& other) noexcept {
   return *this;
 }
 
-void Value::Clear() {
+// What goes may own this value's memory, so the value is empty before.
+void Value::Release() {
   const ValueKind kind = std::exchange(m_kind, ValueKind::Undefined);
   const Payload payload = std::exchange(m_payload, Payload{nullptr});
-  if (!payload.pointer) return;
   switch (kind) {
-    case ValueKind::Error:
-    case ValueKind::String:
-      payload.pText->Release();
-      break;
-    case ValueKind::Parameter:
-      payload.pParam->Release();
-      break;
     case ValueKind::DiagItem:
-      payload.pItem->Release();
-      break;
+      return payload.pItem->Release();
+    case ValueKind::Parameter:
+      return payload.pParam->Release();
     case ValueKind::Vector:
-      payload.pVector->Release();
-      break;
+      return payload.pVector->Release();
     default:
-      break;
+      return payload.pText->Release();
   }
 }
 
@@ -243,6 +221,38 @@ void Value::AppendText(std::string_view text) {
   joined.reserve(m_payload.pText->text.size() + text.size());
   joined.append(m_payload.pText->text).append(text);
   SetString(std::move(joined));
+}
+
+Ref<ValueVector> ValueVector::WithRoomFor(uint32_t count) {
+  static_assert(sizeof(ValueVector) % alignof(Value) == 0);
+  Ref<ValueVector> values(new (count * sizeof(Value)) ValueVector());
+  values->m_hasOwnRoom = true;
+  values->m_pValues = values->OwnRoom();
+  values->m_room = count;
+  return values;
+}
+
+ValueVector::~ValueVector() {
+  for (uint32_t i = 0; i < m_count; ++i) m_pValues[i].~Value();
+  if (!m_hasOwnRoom) ::operator delete(m_pValues);
+}
+
+void ValueVector::Grow(size_t count) {
+  constexpr size_t kLeast = 4;
+  MoveTo(std::max(kLeast, std::max(count, std::min(size_t{m_room} * 2, size_t{UINT32_MAX}))));
+}
+
+void ValueVector::MoveTo(size_t room) {
+  if (room > UINT32_MAX) throw std::bad_alloc();
+  auto* pValues = static_cast<Value*>(::operator new(room * sizeof(Value)));
+  for (uint32_t i = 0; i < m_count; ++i) {
+    new (pValues + i) Value(std::move(m_pValues[i]));
+    m_pValues[i].~Value();
+  }
+  if (!m_hasOwnRoom) ::operator delete(m_pValues);
+  m_hasOwnRoom = false;
+  m_pValues = pValues;
+  m_room = static_cast<uint32_t>(room);
 }
 
 bool Equals(const Value& a, const Value& b) {

@@ -7,8 +7,10 @@
 #pragma once
 
 #include <cstdint>
+#include <new>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "model/items/Item.h"
@@ -40,8 +42,10 @@ struct CSharedText : CCounted<CSharedText> {
 class Value {
  public:
   Value() = default;
-  Value(const Value& other);
-  Value(Value&& other) noexcept;
+  Value(const Value& other) : m_kind(other.m_kind), m_payload(other.m_payload) {
+    if (IsCounted()) AddRef();
+  }
+  Value(Value&& other) noexcept { Take(other); }
   ~Value() { Clear(); }
   Value& operator=(const Value& other);
   Value& operator=(Value&& other) noexcept;
@@ -49,7 +53,11 @@ class Value {
   ValueKind Kind() const { return m_kind; }
 
   // Every setter first clears.
-  void Clear();
+  void Clear() {
+    if (IsCounted()) return Release();
+    m_kind = ValueKind::Undefined;
+    m_payload = Payload{nullptr};
+  }
   void SetError();
   void SetError(std::string text);
   void SetBoolean(bool value);
@@ -92,7 +100,17 @@ class Value {
 
  private:
   DiagParam* ParamOf(bool (DiagParamDef::*test)() const) const;
-  void Take(Value& other) noexcept;
+  void Take(Value& other) noexcept {
+    m_kind = std::exchange(other.m_kind, ValueKind::Undefined);
+    m_payload = std::exchange(other.m_payload, Payload{nullptr});
+  }
+  // Whether the payload is a counted reference.
+  bool IsCounted() const {
+    constexpr uint32_t kCounted = 1u << 0 | 1u << 4 | 1u << 6 | 1u << 7 | 1u << 8;
+    return (kCounted >> static_cast<uint32_t>(m_kind) & 1) != 0 && m_payload.pointer;
+  }
+  void AddRef() const;
+  void Release();
 
   ValueKind m_kind = ValueKind::Undefined;
   union Payload {
@@ -108,17 +126,43 @@ class Value {
 };
 
 // An ordered sequence. Two values of kind Vector that were copied from each other show each other's
-// appends.
+// appends. One that is made with room for a few has it in its own memory: a result of a million
+// rows is a million of those.
 class ValueVector : public CCounted<ValueVector> {
  public:
-  size_t Count() const { return m_values.size(); }
-  const Value& operator[](size_t index) const { return m_values[index]; }
-  void Append(const Value& value) { m_values.push_back(value); }
-  void Append(Value&& value) { m_values.push_back(std::move(value)); }
-  void Reserve(size_t count) { m_values.reserve(count); }
+  ValueVector() = default;
+  ~ValueVector();
+  ValueVector(const ValueVector&) = delete;
+  ValueVector& operator=(const ValueVector&) = delete;
+  static Ref<ValueVector> WithRoomFor(uint32_t count);
+
+  size_t Count() const { return m_count; }
+  const Value& operator[](size_t index) const { return m_pValues[index]; }
+  void Append(const Value& value) { Append(Value(value)); }
+  void Append(Value&& value) {
+    if (m_count == m_room) Grow(size_t{m_count} + 1);
+    new (m_pValues + m_count) Value(std::move(value));
+    ++m_count;
+  }
+  // Throws std::bad_alloc, also for more than there can be.
+  void Reserve(size_t count) {
+    if (count > m_room) MoveTo(count);
+  }
+
+  static void* operator new(size_t bytes) { return ::operator new(bytes); }
+  static void* operator new(size_t bytes, size_t room) { return ::operator new(bytes + room); }
+  static void operator delete(void* pMemory) { ::operator delete(pMemory); }
+  static void operator delete(void* pMemory, size_t) { ::operator delete(pMemory); }
 
  private:
-  std::vector<Value> m_values;
+  Value* OwnRoom() { return reinterpret_cast<Value*>(this + 1); }
+  void Grow(size_t count);
+  void MoveTo(size_t room);
+
+  uint32_t m_count = 0;
+  uint32_t m_room = 0;
+  bool m_hasOwnRoom = false;  // behind the object
+  Value* m_pValues = nullptr;
 };
 
 // The equality of the language: always a yes or no, decided by the left operand's kind.

@@ -14,16 +14,18 @@ class CModuleInitThread : public CVThread {
 
  protected:
   void Run() override {
+    // The session looks at ended threads now and then only; the content is not to wait for that.
+    const Ref<DiagModule> module = std::move(m_poModule);
     QueryMessage message(StopEvent(), false);
     const os::CTerminationScope scope(message.TerminationEvent());
-    const CAutoInterruptibleLock lock(m_poModule->Lock(), message.TerminationEvent());
-    if (!lock.IsHeld() || m_poModule->IsInitialized) return;
+    const CAutoInterruptibleLock lock(module->Lock(), message.TerminationEvent());
+    if (!lock.IsHeld() || module->IsInitialized) return;
     message.Notes = MakeRef<CFillNotes>();
-    m_poModule->InitFromMachine(true, false, message);
+    module->InitFromMachine(true, false, message);
   }
 
  private:
-  const Ref<DiagModule> m_poModule;
+  Ref<DiagModule> m_poModule;  // until the thread runs
 };
 
 }  // namespace kestra

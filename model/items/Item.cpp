@@ -129,10 +129,8 @@ void CVDiagItem::DropContent() {
 
 bool CVDiagItem::Init(bool bInitChild, bool bForce, QueryMessage& message) {
   CAutoInterruptibleLock lock(m_lock, message.TerminationEvent());
-  if (!lock.IsHeld()) {
-    message.IsTerminated();
-    return false;
-  }
+  // Whatever the event says by now, it has ended the wait.
+  if (!lock.IsHeld()) return message.Fail(kErrorCancelled);
   if (IsInitialized && !bForce) return true;
   if (message.IsTerminated()) return false;
   const bool filled = Init(bInitChild, message);

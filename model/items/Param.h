@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <bit>
 #include <memory>
 #include <span>
 #include <string>
@@ -95,7 +96,17 @@ class DiagParams : public CCounted<DiagParams> {
   DiagParam* Get(size_t index) const;
   // The first of that name; null if there is none.
   DiagParam* Find(std::string_view name, bool ignoreCase) const;
-  DiagParam* Find(const DiagParamDef& def) const;
+  DiagParam* Find(const DiagParamDef& def) const {
+    if (m_pKnown || m_pLate || m_places >> DiagParamDef::kNoPlace != 0 ||
+        def.Place >= DiagParamDef::kNoPlace)
+      return Search(def);
+    const uint32_t place = 1u << def.Place, before = m_places & (place - 1);
+    if ((m_places & place) == 0) return nullptr;
+    const size_t index =
+        before == place - 1 ? def.Place : static_cast<size_t>(std::popcount(before));
+    DiagParam* pParam = m_values[index].get();
+    return pParam->Def.get() == &def ? pParam : Search(def);
+  }
   // With replace, a parameter of the same name gives up its place; otherwise it is appended. A null
   // reference adds nothing.
   void Set(Ref<DiagParam> param, bool replace);
@@ -137,12 +148,19 @@ class DiagParams : public CCounted<DiagParams> {
   struct Made {
     std::atomic<DiagParam*> params[CKnownValues::kMost]{};
   };
+  DiagParam* Search(const DiagParamDef& def) const;
+  // All that is appended goes through here.
+  DiagParam* Append(Ref<DiagParam> param);
+  void CountPlaces();
   size_t KnownCount() const;
   DiagParam* KnownAt(size_t index) const;
   // Null if it is not among them.
   DiagParam* FindKnown(const DiagParamDef& def) const;
   void ForgetKnown();
 
+  // Whose declarations have a value among m_values, by their place. The top bit says that they do
+  // not tell where it stands: m_values is in another order, has one twice, or one without a place.
+  uint32_t m_places = 0;
   Values m_values;
   const CKnownValues* m_pKnown = nullptr;       // null for most items
   mutable std::atomic<Made*> m_pMade{nullptr};  // null until somebody looks; owned

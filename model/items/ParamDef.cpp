@@ -64,6 +64,8 @@ void DiagParamDefs::Add(std::string name, ParamType type, const char* text, bool
                         std::string description) {
   m_defs.push_back(
       MakeRef<DiagParamDef>(std::move(name), type, text, canBeChanged, std::move(description)));
+  if (m_defs.size() <= DiagParamDef::kNoPlace)
+    m_defs.back()->Place = static_cast<uint32_t>(m_defs.size() - 1);
 }
 
 const DiagParamDef* DiagParamDefs::Find(std::string_view name, bool ignoreCase) const {

@@ -35,6 +35,10 @@ class DiagParamDef : public CCounted<DiagParamDef> {
   const bool CanBeChanged;        // an UPDATE may set this parameter
   const std::string Description;  // one line for the user; may be empty
 
+  // Its place in the list of its class, if it is among the first; set by the list.
+  static constexpr uint32_t kNoPlace = 31;
+  uint32_t Place = kNoPlace;
+
   // "String", "Dword", "Enum", "Bitmask", "Datime", "Version"; "Unknown" for any other number.
   const char* GetTypeName() const;
   // Empty if index is outside.

@@ -1,3 +1,5 @@
+#include <utility>
+
 #include "VLib/src/text/Text.h"
 #include "VLib/src/text/VersionNumber.h"
 #include "VLib/src/time/Datime.h"
@@ -24,11 +26,19 @@ DiagParam* FindIn(const std::vector<Ref<DiagParam>>& values, const DiagParamDef&
   return nullptr;
 }
 
+// The places of a list when one more value is appended to it.
+uint32_t PlacesWith(uint32_t places, const DiagParam& param) {
+  constexpr uint32_t kNotInOrder = 1u << DiagParamDef::kNoPlace;
+  const uint32_t bit = 1u << (param.Def ? param.Def->Place : DiagParamDef::kNoPlace);
+  return places | (places < bit ? bit : kNotInOrder);
+}
+
 }  // namespace
 
 DiagParams::DiagParams(DiagParams&& other) {
   other.TakeAll();
   m_values.swap(other.m_values);
+  m_places = std::exchange(other.m_places, 0);
   m_poDefs = std::move(other.m_poDefs);
 }
 
@@ -54,7 +64,7 @@ DiagParam* DiagParams::Find(std::string_view name, bool ignoreCase) const {
   return m_pLate->pSource->MayHold(*pDef) ? FindIn(LateValues(), *pDef) : nullptr;
 }
 
-DiagParam* DiagParams::Find(const DiagParamDef& def) const {
+DiagParam* DiagParams::Search(const DiagParamDef& def) const {
   DiagParam* pFound = FindKnown(def);
   if (!pFound) pFound = FindIn(m_values, def);
   if (pFound || !m_pLate || !m_pLate->pSource->MayHold(def)) return pFound;
@@ -64,6 +74,7 @@ DiagParam* DiagParams::Find(const DiagParamDef& def) const {
 void DiagParams::Clear() {
   ForgetKnown();
   m_values.clear();
+  m_places = 0;
   m_pLate.reset();
 }
 
@@ -133,6 +144,21 @@ void DiagParams::TakeAll() {
   for (size_t i = 0; i < Count(); ++i) all.emplace_back(Get(i));
   Clear();
   m_values = std::move(all);
+  CountPlaces();
+}
+
+DiagParam* DiagParams::Append(Ref<DiagParam> param) {
+  const uint32_t places = PlacesWith(m_places, *param);
+  m_values.push_back(std::move(param));
+  m_places = places;
+  return m_values.back().get();
+}
+
+// Nothing is moved or allocated: the values stay whatever happens.
+void DiagParams::CountPlaces() {
+  uint32_t places = 0;
+  for (const auto& value : m_values) places = PlacesWith(places, *value);
+  m_places = places;
 }
 
 void DiagParams::Set(Ref<DiagParam> param, bool replace) {
@@ -142,11 +168,12 @@ void DiagParams::Set(Ref<DiagParam> param, bool replace) {
     for (auto& value : m_values) {
       if (value->Def && EqualsNoCase(value->Def->Name, param->Def->Name)) {
         value = std::move(param);
+        CountPlaces();
         return;
       }
     }
   }
-  m_values.push_back(std::move(param));
+  Append(std::move(param));
 }
 
 void DiagParams::Bind(Ref<const DiagParamDefs> defs) {
@@ -167,8 +194,7 @@ bool DiagParams::CheckValues(QueryMessage& message) const {
 DiagParam* DiagParams::SetText(std::string_view name, std::string text) {
   const DiagParamDef* pDef = m_poDefs ? m_poDefs->Find(name, true) : nullptr;
   if (!pDef) return nullptr;
-  m_values.push_back(MakeRef<DiagParam>(pDef, std::move(text)));
-  return m_values.back().get();
+  return Append(MakeRef<DiagParam>(pDef, std::move(text)));
 }
 
 DiagParam* DiagParams::SetTextIfAny(std::string_view name, std::string text) {
@@ -182,8 +208,7 @@ DiagParam* DiagParams::SetVersionIfAny(std::string_view name, std::string_view t
 DiagParam* DiagParams::SetNumber(std::string_view name, uint32_t number) {
   const DiagParamDef* pDef = m_poDefs ? m_poDefs->Find(name, true) : nullptr;
   if (!pDef) return nullptr;
-  m_values.push_back(MakeRef<DiagParam>(pDef, number));
-  return m_values.back().get();
+  return Append(MakeRef<DiagParam>(pDef, number));
 }
 
 DiagParam* DiagParams::SetTime(std::string_view name, const SystemTime& time, bool isLocal) {

@@ -2,8 +2,8 @@
 
 #include "query/Evaluate.h"
 #include "query/explain/PlanWriter.h"
-#include "query/parse/chart/Chart.h"
 #include "query/parse/Predicates.h"
+#include "query/parse/chart/Chart.h"
 
 namespace kestra {
 

@@ -3,7 +3,9 @@
 #include <set>
 
 #include "query/eval/Actions.h"
+#include "query/eval/compiled/NodeNeeds.h"
 #include "query/explain/PlanWriter.h"
+#include "query/rows/index/EqualityPlan.h"
 
 namespace kestra {
 namespace {
@@ -63,6 +65,30 @@ std::string DecidedBy(const std::vector<WherePart>& where, const PlanSource& sou
   return text;
 }
 
+// Whether the rows of the last source are looked up in an index instead of being tried one by one.
+// It is not used where the rows turn out to be of different classes.
+bool IsByIndex(ParseNode& condition, const std::vector<PlanSource>& sources, size_t last) {
+  CScopeShape shape;
+  for (size_t i = 0; i <= last; ++i) shape.Add(sources[i].alias);
+  const auto compiled = CCompiledCondition::Make(condition, shape);
+  return compiled && FindEquality(*compiled, last);
+}
+
+// Whether a FROM clause stands in a sub-select whose items are kept from run to run.
+bool IsRunAgain(const ParseNode& from) {
+  const ParseNode* pSelect = from.Parent;
+  if (!pSelect || PartOf(*pSelect) != PlanPart::Select || IsSteadySelect(*pSelect)) return false;
+  for (const ParseNode* pNode = pSelect->Parent; pNode; pNode = pNode->Parent) {
+    if (PartOf(*pNode) == PlanPart::Select) return !IsInChangingStatement(from);
+  }
+  return false;
+}
+
+// Whether its arguments are the same each time.
+bool IsSameModule(const ParseNode& source) {
+  return source.Rule->Action == ModuleDescriptor && NeedsOf(*source.ChildNode(1)).IsConstant();
+}
+
 }  // namespace
 
 bool CPlanWriter::IsInChange(const ParseNode& node) const {
@@ -77,17 +103,22 @@ void CPlanWriter::WriteFrom(const ParseNode& from) {
   WriteSources(*from.ChildNode(1), from.ChildNode(2));
 }
 
-void CPlanWriter::WriteSources(const ParseNode& body, const ParseNode* pWhere) {
+void CPlanWriter::WriteSources(const ParseNode& body, ParseNode* pWhere) {
   const std::vector<PlanSource> sources = SourcesOf(body);
   const bool hasWhere = IsGiven(pWhere);
   std::vector<WherePart> parts;
   if (hasWhere) parts = PartedByAnd(*pWhere, sources);
-  for (const PlanSource& source : sources) {
+  for (size_t i = 0; i < sources.size(); ++i) {
+    const PlanSource& source = sources[i];
     if (source.pJoin)
-      WriteJoin(source);
+      WriteJoin(source,
+                !source.isJoinedByParent && IsByIndex(*source.pJoin->ChildNode(4), sources, i));
     else
-      WriteSource(source);
+      WriteSource(source, false);
     const CIndent indent(*this);
+    if (sources.size() == 1 && hasWhere && IsRunAgain(*body.Parent) &&
+        IsSameModule(*source.pSource) && IsByIndex(*pWhere, sources, 0))
+      Line("from the second run on: rows found by index");
     // What a join by parent finds is tested by the join alone. The others try the WHERE on each row
     // as they find it; what is not known then is left to the join.
     const std::string decided =
@@ -101,7 +132,7 @@ void CPlanWriter::WriteSources(const ParseNode& body, const ParseNode* pWhere) {
   if (PartOf(*pWhere) == PlanPart::None) WriteNested(*pWhere, "run for each row that is tested");
 }
 
-void CPlanWriter::WriteSource(const PlanSource& source) {
+void CPlanWriter::WriteSource(const PlanSource& source, bool isByIndex) {
   const ParseNode& node = *source.pSource;
   const size_t first = node.Children[0].position;
   size_t end = node.Children[node.Rule->Length - size_t{1}].position + 1;
@@ -110,6 +141,7 @@ void CPlanWriter::WriteSource(const PlanSource& source) {
   if (!source.alias.empty()) line.append(" ").append(source.alias);
   if (source.pJoin) {
     line += source.isJoinedByParent ? ": the children of the row on its left"
+            : isByIndex             ? ": rows found by index"
                                     : ": each pair of rows is tested";
   }
   Line(line);
@@ -146,8 +178,8 @@ void CPlanWriter::WriteContent(const ParseNode& source) {
   Line(line);
 }
 
-void CPlanWriter::WriteJoin(const PlanSource& source) {
-  WriteSource(source);
+void CPlanWriter::WriteJoin(const PlanSource& source, bool isByIndex) {
+  WriteSource(source, isByIndex);
   const CIndent indent(*this);
   if (source.isJoinedByParent) return;
   const ParseNode& condition = *source.pJoin->ChildNode(4);

@@ -1,6 +1,7 @@
 #include "query/explain/PlanWriter.h"
 
 #include "query/eval/Actions.h"
+#include "query/eval/compiled/NodeNeeds.h"
 
 namespace kestra {
 namespace {
@@ -50,7 +51,7 @@ void CPlanWriter::WritePart(const ParseNode& node) {
     case PlanPart::From:
       return WriteFrom(node);
     case PlanPart::Source:
-      return WriteSource({&node, {}, nullptr, false});
+      return WriteSource({&node, {}, nullptr, false}, false);
     case PlanPart::Change:
       return WriteChange(node);
     case PlanPart::Drop:
@@ -126,7 +127,8 @@ void CPlanWriter::WriteNested(const ParseNode& node, std::string_view often) {
   for (const ParseNode* pPart : PartsBelow(node)) {
     if (PartOf(*pPart) == PlanPart::Select) {
       const auto outer = OuterAliases(*pPart);
-      std::string line = "sub-select, " + std::string(often);
+      std::string line = "sub-select, ";
+      line += IsSteadySelect(*pPart) ? "run once" : often;
       const char* pBetween = outer.empty() ? "" : "; it names ";
       for (const std::string_view alias : outer) {
         line.append(pBetween).append(alias);

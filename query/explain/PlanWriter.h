@@ -43,10 +43,10 @@ class CPlanWriter {
 
   // In FromPlan.cpp.
   void WriteFrom(const ParseNode& from);
-  void WriteSources(const ParseNode& body, const ParseNode* pWhere);
-  void WriteSource(const PlanSource& source);
+  void WriteSources(const ParseNode& body, ParseNode* pWhere);
+  void WriteSource(const PlanSource& source, bool isByIndex);
   void WriteContent(const ParseNode& source);
-  void WriteJoin(const PlanSource& source);
+  void WriteJoin(const PlanSource& source, bool isByIndex);
   bool IsInChange(const ParseNode& node) const;
 
   const QueryContext& m_context;

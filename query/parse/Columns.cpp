@@ -10,6 +10,9 @@
 namespace kestra {
 namespace {
 
+// A walk over more sources than this asks which of them have the alias.
+constexpr size_t kManySources = 16;
+
 // Whether a token can be a name at all. Most tokens of a long text are literals and marks.
 bool CanBeName(std::string_view token) {
   if (!IsAsciiAlnum(token[0]) && token[0] != '_') return false;
@@ -82,8 +85,18 @@ bool CColumnSearch::TrySource(Place k, const Name& name, ColumnBinding& found) {
   return true;
 }
 
+const std::vector<CColumnSearch::Place>& CColumnSearch::SourcesNamed(std::string_view alias) {
+  if (m_byAlias.empty()) {
+    for (Place k = 0; IsInside(k); ++k) {
+      if (KeywordAt(k) != kKwFrom && KeywordAt(k) != kKwJoin) continue;
+      m_byAlias[TextAt(SourceBehind(k).alias)].push_back(k);
+    }
+  }
+  return m_byAlias[alias];
+}
+
 template <class Visit>
-void CColumnSearch::VisitSources(Place q, Visit&& visit) {
+void CColumnSearch::VisitSources(Place q, std::string_view alias, Visit&& visit) {
   q = m_map.ClauseBefore(q);
   if (q == CTokenMap::kNowhere) return;
   const KeywordId keyword = KeywordAt(q);
@@ -97,8 +110,14 @@ void CColumnSearch::VisitSources(Place q, Visit&& visit) {
     }
     q = m_map.SourceBefore(q - 1);
   }
-  for (; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
+  for (size_t steps = 0; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
     if (visit(q)) return;
+    if (++steps < kManySources || alias.empty()) continue;
+    const std::vector<Place>& named = SourcesNamed(alias);
+    for (auto it = std::lower_bound(named.begin(), named.end(), q); it != named.begin();) {
+      if (m_map.IsOnWayBack(*--it, q) && visit(*it)) return;
+    }
+    return;
   }
 }
 
@@ -111,7 +130,7 @@ ColumnBinding CColumnSearch::Resolve(size_t position) {
     q -= 2;
   }
   ColumnBinding found;
-  VisitSources(q, [&](Place k) { return TrySource(k, name, found); });
+  VisitSources(q, name.alias, [&](Place k) { return TrySource(k, name, found); });
   return found;
 }
 
@@ -119,7 +138,7 @@ std::vector<CColumnSearch::VisibleSource> CColumnSearch::SourcesFor(size_t posit
   std::vector<VisibleSource> sources;
   Place q = static_cast<Place>(position) - 1;
   if (q >= 2 && KeywordAt(q) == kKwDot) q -= 2;
-  VisitSources(q, [&](Place k) {
+  VisitSources(q, {}, [&](Place k) {
     if (!IsInside(k + 3)) return false;
     const Source& source = SourceBehind(k);
     if (source.pClass) sources.push_back({source.pClass, TextAt(source.alias)});

@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 #include "query/QueryContext.h"
@@ -61,14 +62,17 @@ class CColumnSearch {
   const Source& SourceBehind(Place k);
   bool TrySource(Place k, const Name& name, ColumnBinding& found);
   // Calls visit with the keyword before each source, until it answers true. q stands before the
-  // name and its alias.
+  // name and its alias. Sources with another alias may be left out; an empty one is any.
   template <class Visit>
-  void VisitSources(Place q, Visit&& visit);
+  void VisitSources(Place q, std::string_view alias, Visit&& visit);
+  const std::vector<Place>& SourcesNamed(std::string_view alias);
 
   const TokenList& m_tokens;
   const Ref<DiagClass> m_poRootClass;
   const CTokenMap m_map;
   std::vector<Source> m_sources;  // by the keyword's place
+  // The places of FROM and JOIN, rising, by the alias behind them; made for a text of many sources.
+  std::unordered_map<std::string_view, std::vector<Place>> m_byAlias;
 };
 
 }  // namespace kestra

@@ -15,6 +15,8 @@ bool IsClause(KeywordId keyword) {
 
 CTokenMap::CTokenMap(const TokenList& tokens)
     : m_partner(tokens.size(), kNowhere),
+      m_groupEnd(tokens.size()),
+      m_strayClose(tokens.size()),
       m_clauseBefore(tokens.size()),
       m_sourceBefore(tokens.size()),
       m_sourceOrEndFrom(tokens.size()) {
@@ -40,6 +42,7 @@ CTokenMap::CTokenMap(const TokenList& tokens)
     m_clauseBefore[i] = placeOf(IsClause(keyword), m_clauseBefore);
     m_sourceBefore[i] = placeOf(IsSource(keyword), m_sourceBefore);
   }
+  FindGroups(tokens);
   for (size_t i = tokens.size(); i-- > 0;) {
     const KeywordId keyword = tokens[i].keyword;
     if (IsSource(keyword) || keyword == kKwWhere || keyword == kKwClose) {
@@ -52,6 +55,28 @@ CTokenMap::CTokenMap(const TokenList& tokens)
     m_sourceOrEndFrom[i] =
         static_cast<int32_t>(isOpenEnded ? kNowhere : At(m_sourceOrEndFrom, next));
   }
+}
+
+void CTokenMap::FindGroups(const TokenList& tokens) {
+  const auto count = static_cast<int32_t>(tokens.size());
+  int32_t stray = kNowhere;
+  for (int32_t i = 0; i < count; ++i) {
+    const auto at = static_cast<size_t>(i);
+    if (tokens[at].keyword == kKwClose && m_partner[at] == kNowhere) stray = i;
+    m_strayClose[at] = stray;
+  }
+  std::vector<int32_t> ends{count};
+  for (int32_t i = count; i-- > 0;) {
+    const auto at = static_cast<size_t>(i);
+    const bool isInPair = m_partner[at] != kNowhere;
+    if (isInPair && tokens[at].keyword == kKwOpen) ends.pop_back();
+    m_groupEnd[at] = ends.back();
+    if (isInPair && tokens[at].keyword == kKwClose) ends.push_back(i);
+  }
+}
+
+bool CTokenMap::IsOnWayBack(std::ptrdiff_t p, std::ptrdiff_t q) const {
+  return At(m_groupEnd, p) > q && At(m_strayClose, q) < p;
 }
 
 std::ptrdiff_t CTokenMap::ClauseBefore(std::ptrdiff_t q) const {

@@ -6,6 +6,7 @@
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FromResult.h"
+#include "query/rows/repeated/Repeats.h"
 
 namespace kestra {
 namespace {
@@ -115,9 +116,7 @@ bool RunAggregate(Value& out, ParseNode& node, std::span<const Function> functio
   return true;
 }
 
-}  // namespace
-
-bool CountOfRows(Value& out, ParseNode& node) {
+bool CountRows(Value& out, ParseNode& node) {
   Value fromResult;
   bool result = false;
   if (!OpenFrom(out, node, fromResult, result)) return result;
@@ -125,7 +124,7 @@ bool CountOfRows(Value& out, ParseNode& node) {
   return true;
 }
 
-bool CountOfNonNull(Value& out, ParseNode& node) {
+bool CountNonNull(Value& out, ParseNode& node) {
   Value fromResult;
   bool result = false;
   if (!OpenFrom(out, node, fromResult, result)) return result;
@@ -144,17 +143,33 @@ bool CountOfNonNull(Value& out, ParseNode& node) {
   return true;
 }
 
+}  // namespace
+
+bool CountOfRows(Value& out, ParseNode& node) {
+  return node.Context->Repeats->RunSelect(out, node, CountRows);
+}
+bool CountOfNonNull(Value& out, ParseNode& node) {
+  return node.Context->Repeats->RunSelect(out, node, CountNonNull);
+}
 bool NumberAggregateOf(Value& out, ParseNode& node) {
-  return RunAggregate(out, node, kNumberFunctions);
+  return node.Context->Repeats->RunSelect(out, node, [](Value& value, ParseNode& select) {
+    return RunAggregate(value, select, kNumberFunctions);
+  });
 }
 bool StringAggregateOf(Value& out, ParseNode& node) {
-  return RunAggregate(out, node, kStringFunctions);
+  return node.Context->Repeats->RunSelect(out, node, [](Value& value, ParseNode& select) {
+    return RunAggregate(value, select, kStringFunctions);
+  });
 }
 bool VersionAggregateOf(Value& out, ParseNode& node) {
-  return RunAggregate(out, node, kVersionFunctions);
+  return node.Context->Repeats->RunSelect(out, node, [](Value& value, ParseNode& select) {
+    return RunAggregate(value, select, kVersionFunctions);
+  });
 }
 bool DatimeAggregateOf(Value& out, ParseNode& node) {
-  return RunAggregate(out, node, kDatimeFunctions);
+  return node.Context->Repeats->RunSelect(out, node, [](Value& value, ParseNode& select) {
+    return RunAggregate(value, select, kDatimeFunctions);
+  });
 }
 
 }  // namespace kestra

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 
 namespace kestra {
@@ -61,9 +62,19 @@ bool RowsOf(Value& out, const Value& fromResult, std::string_view alias) {
   return true;
 }
 
-CFilterScope::CFilterScope(QueryContext& context, ParseNode* pWhere) : m_context(context) {
+bool IsOnlyCounted(const ParseNode& body) {
+  const ParseNode* pFrom = body.Parent;
+  return pFrom && pFrom->Rule->Action == From && pFrom->Parent &&
+         pFrom->Parent->Rule->Action == CountOfRows;
+}
+
+ParseNode* OpenFilterOf(ParseNode* pWhere) {
   const bool isEmpty = !pWhere || (pWhere->Is(NonTerminal::OptWhere) && pWhere->IsEmptyRule());
-  m_context.FilterStack.push_back(isEmpty ? nullptr : pWhere);
+  return isEmpty ? nullptr : pWhere;
+}
+
+CFilterScope::CFilterScope(QueryContext& context, ParseNode* pWhere) : m_context(context) {
+  m_context.FilterStack.push_back(OpenFilterOf(pWhere));
 }
 
 bool TestFilter(ParseNode* pFilter, bool& passes, bool& decided) {

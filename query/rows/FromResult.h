@@ -66,6 +66,12 @@ void AppendSource(ValueVector& fromResult, std::string alias, Value rows);
 // one. Otherwise an Error without text.
 bool RowsOf(Value& out, const Value& fromResult, std::string_view alias);
 
+// Whether the rows of a FROM clause's body are counted and nothing else: they are left NULL then.
+bool IsOnlyCounted(const ParseNode& body);
+
+// The WHERE that is open while the sources of its clause run: null for the empty form.
+ParseNode* OpenFilterOf(ParseNode* pWhere);
+
 // Keeps a WHERE open while the sources of its clause run. where is the node of an OptWhere or of
 // what it handed on; the empty form opens none.
 class CFilterScope {

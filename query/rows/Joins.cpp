@@ -1,10 +1,12 @@
-// Joins: the rows of what stands on the left, each with what fits it on the right. Both are nested
-// loops in the order of the text.
+// Joins: the rows of what stands on the left, each with what fits it on the right, in the order of
+// the text.
 #include "VLib/src/text/Text.h"
 #include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FromResult.h"
 #include "query/rows/RowSource.h"
+#include "query/rows/index/RowFilter.h"
+#include "query/rows/index/RowFinder.h"
 
 namespace kestra {
 namespace {
@@ -15,8 +17,9 @@ class CJoinRows {
   CJoinRows(ParseNode& node, const CFromReader& left, int32_t limit)
       : m_context(*node.Context),
         m_left(left),
-        m_pFilter(m_context.FilterStack.empty() ? nullptr : m_context.FilterStack.back()),
-        m_limit(limit) {
+        m_filter(m_context, m_context.FilterStack.empty() ? nullptr : m_context.FilterStack.back()),
+        m_limit(limit),
+        m_isOnlyCounted(node.Context->UsesShortcuts && IsOnlyCounted(node)) {
     for (size_t i = 0; i < left.SourceCount(); ++i) m_leftRows.push_back(MakeRef<ValueVector>());
     m_rightRows = MakeRef<ValueVector>();
   }
@@ -25,8 +28,13 @@ class CJoinRows {
   // passes. False for a failure.
   bool AddIfPasses(size_t r, CVDiagItem& item) {
     bool passes = true;
-    if (!TestFilter(m_pFilter, passes, m_decided)) return false;
+    if (!m_filter.Test(passes, m_decided)) return false;
     if (!passes) return true;
+    if (m_isOnlyCounted) {
+      for (const Ref<ValueVector>& rows : m_leftRows) rows->Append(Value());
+      m_rightRows->Append(Value());
+      return true;
+    }
     for (size_t i = 0; i < m_leftRows.size(); ++i) {
       m_leftRows[i]->Append((*m_left.Source(i).pRows)[r]);
     }
@@ -58,8 +66,9 @@ class CJoinRows {
  private:
   QueryContext& m_context;
   const CFromReader& m_left;
-  ParseNode* const m_pFilter;
+  CRowFilter m_filter;
   const int32_t m_limit;
+  const bool m_isOnlyCounted;
   bool m_decided = true;
   std::vector<Ref<ValueVector>> m_leftRows;
   Ref<ValueVector> m_rightRows;
@@ -112,22 +121,42 @@ bool RunJoinByParent(Value& out, ParseNode& node, bool isChained, int32_t limit)
   return true;
 }
 
-// The pairs of row r of the left with every row of the right for which the condition holds. The
-// condition must be known: both sides are bound.
+// Whether the condition holds for the rows that are bound. It must be known: both sides are.
+bool TestPair(CRowFinder& finder, ParseNode& node, bool& holds) {
+  const Verdict verdict = finder.Test();
+  holds = verdict == Verdict::True;
+  if (holds || verdict == Verdict::False || verdict == Verdict::Null) return true;
+  Value value;
+  if (!Child(node, value, 4) || !(value.IsBoolean() || value.IsUndefined())) return false;
+  holds = value.asBool();
+  return true;
+}
+
+// The pairs of row r of the left with the rows of the right for which the condition holds.
 bool JoinMatching(size_t r, const CFromReader& left, const ValueVector& rightRows,
-                  const SourceDescriptor& right, ParseNode& node, CJoinRows& rows) {
+                  const SourceDescriptor& right, ParseNode& node, CRowFinder& finder,
+                  CJoinRows& rows) {
   QueryContext& context = *node.Context;
   const CBoundRow bound(left, context, r);
-  for (size_t i = 0; i < rightRows.Count(); ++i) {
+  if (!finder.Begin()) return false;
+  for (size_t i = finder.Next(); i != CRowFinder::kNoRow; i = finder.Next()) {
     if (context.IsCancelled()) return false;
     CVDiagItem& item = *rightRows[i].asVDIagItem();
     const CBoundItem boundItem(context, right.alias, item);
-    Value verdict;
-    if (!Child(node, verdict, 4) || !(verdict.IsBoolean() || verdict.IsUndefined())) return false;
-    if (verdict.asBool() && !rows.AddIfPasses(r, item)) return false;
+    bool holds = false;
+    if (!TestPair(finder, node, holds)) return false;
+    if (holds && !rows.AddIfPasses(r, item)) return false;
     if (rows.IsFull()) return true;
   }
   return true;
+}
+
+CScopeShape ShapeOfPairs(const QueryContext& context, const CFromReader& left,
+                         const std::string& rightAlias) {
+  CScopeShape shape(context.Scope);
+  for (size_t i = 0; i < left.SourceCount(); ++i) shape.Add(left.Source(i).alias);
+  shape.Add(rightAlias);
+  return shape;
 }
 
 bool RunJoinOnCondition(Value& out, ParseNode& node, bool isChained, int32_t limit) {
@@ -141,8 +170,10 @@ bool RunJoinOnCondition(Value& out, ParseNode& node, bool isChained, int32_t lim
   if (!source->Rows().IsVector() || !left.IsValid()) return Fail(out);
   CJoinRows rows(node, left, limit);
   const ValueVector& rightRows = source->Rows().asVector();
+  CRowFinder finder(*node.Context, node.ChildNode(4),
+                    ShapeOfPairs(*node.Context, left, right.alias), rightRows, left.RowCount());
   for (size_t r = 0; r < left.RowCount() && rightRows.Count() > 0 && !rows.IsFull(); ++r) {
-    if (!JoinMatching(r, left, rightRows, right, node, rows)) return Fail(out);
+    if (!JoinMatching(r, left, rightRows, right, node, finder, rows)) return Fail(out);
   }
   rows.Finish(out, isChained, right.alias);
   return true;

@@ -3,6 +3,7 @@
 #include <vector>
 
 #include "VLib/src/text/Text.h"
+#include "query/eval/Actions.h"
 #include "query/eval/Operands.h"
 #include "query/rows/FileRowSource.h"
 #include "query/rows/FromResult.h"
@@ -28,8 +29,11 @@ bool ReadDescriptor(const Value& value, SourceDescriptor& descriptor) {
 RowSource::RowSource(ParseNode& node, const SourceDescriptor& descriptor, int32_t limit)
     : m_node(node),
       m_alias(descriptor.alias),
-      m_pFilter(node.Context->FilterStack.empty() ? nullptr : node.Context->FilterStack.back()),
-      m_limit(limit) {
+      m_filter(*node.Context,
+               node.Context->FilterStack.empty() ? nullptr : node.Context->FilterStack.back()),
+      m_limit(limit),
+      m_isOnlyCounted(node.Context->UsesShortcuts && node.Rule->Action == RunSource &&
+                      IsOnlyCounted(node)) {
   m_rows.SetVector(MakeRef<ValueVector>());
 }
 
@@ -52,13 +56,13 @@ bool RowSource::Run(Value& error) {
 bool RowSource::AddRow(CVDiagItem& item) {
   ++m_seen;
   bool passes = true;
-  if (m_pFilter) {
+  if (!m_filter.IsEmpty()) {
     const CBoundItem bound(Context(), m_alias, item);
-    if (!TestFilter(m_pFilter, passes, m_decided)) return false;
+    if (!m_filter.Test(passes, m_decided)) return false;
   }
   if (!passes) return true;
   Value row;
-  row.SetDiagItem(Ref<CVDiagItem>(&item));
+  if (!m_isOnlyCounted) row.SetDiagItem(Ref<CVDiagItem>(&item));
   m_rows.asVector().Append(std::move(row));
   ++m_count;
   return true;

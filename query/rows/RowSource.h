@@ -9,6 +9,7 @@
 
 #include "query/Value.h"
 #include "query/parse/ParseTree.h"
+#include "query/rows/index/RowFilter.h"
 
 namespace kestra {
 
@@ -62,8 +63,9 @@ class RowSource {
  private:
   ParseNode& m_node;
   const std::string m_alias;
-  ParseNode* const m_pFilter;  // the WHERE that is open when the source is made; may be null
+  CRowFilter m_filter;  // the WHERE that is open when the source is made
   const int32_t m_limit;
+  const bool m_isOnlyCounted;
   int32_t m_count = 0;
   uint64_t m_seen = 0;
   bool m_decided = true;

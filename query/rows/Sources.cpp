@@ -3,6 +3,7 @@
 #include "query/eval/Operands.h"
 #include "query/rows/FromResult.h"
 #include "query/rows/RowSource.h"
+#include "query/rows/repeated/Repeats.h"
 
 namespace kestra {
 namespace {
@@ -25,7 +26,42 @@ bool HasUndecidedArgument(const ValueVector& pairs) {
   return false;
 }
 
+void FinishSource(Value& out, const std::string& alias, Value rows) {
+  auto fromResult = MakeRef<ValueVector>();
+  AppendSource(*fromResult, alias, std::move(rows));
+  out.SetVector(std::move(fromResult));
+}
+
+// A source of a sub-select, if what was found of it before serves.
+CRepeatedSource::Outcome RunRepeated(Value& out, ParseNode& node, bool isJoinMember,
+                                     int32_t limit) {
+  using Outcome = CRepeatedSource::Outcome;
+  QueryContext& context = *node.Context;
+  CRepeatedSource* pSource = context.Repeats->SourceAt(node);
+  if (!pSource) return Outcome::Plain;
+  ParseNode* pFilter = context.FilterStack.empty() ? nullptr : context.FilterStack.back();
+  const Outcome outcome = pSource->Run(out, pFilter, limit);
+  if (outcome != Outcome::Done) return outcome;
+  if (!isJoinMember && !pSource->Decided()) {
+    out.SetAny();
+    return outcome;
+  }
+  auto items = MakeRef<ValueVector>();
+  items->Reserve(pSource->Found().size());
+  Value row;
+  for (CVDiagItem* pItem : pSource->Found()) {
+    row.SetDiagItem(Ref<CVDiagItem>(pItem));
+    items->Append(std::move(row));
+  }
+  row.SetVector(std::move(items));
+  FinishSource(out, pSource->Alias(), std::move(row));
+  return outcome;
+}
+
 bool RunOneSource(Value& out, ParseNode& node, bool isJoinMember, int32_t limit) {
+  const auto outcome = RunRepeated(out, node, isJoinMember, limit);
+  if (outcome == CRepeatedSource::Outcome::Done) return true;
+  if (outcome == CRepeatedSource::Outcome::Failed) return FailKeepingMessage(out);
   SourceDescriptor descriptor;
   if (!Child(node, out, 0)) return false;
   if (!ReadDescriptor(out, descriptor)) return Fail(out);
@@ -36,9 +72,7 @@ bool RunOneSource(Value& out, ParseNode& node, bool isJoinMember, int32_t limit)
     out.SetAny();
     return true;
   }
-  auto fromResult = MakeRef<ValueVector>();
-  AppendSource(*fromResult, descriptor.alias, source->Rows());
-  out.SetVector(std::move(fromResult));
+  FinishSource(out, descriptor.alias, source->Rows());
   return true;
 }
 

@@ -220,6 +220,18 @@ TEST(DiagParams, AppendsAndFindsTheFirst) {
   EXPECT_FALSE(params.Get(3));
 }
 
+TEST(DiagParams, FindsTheFirstInAnyOrder) {
+  const Ref<DiagParamDefs> defs = Defs();
+  DiagParams params{Ref<const DiagParamDefs>(defs)};
+  params.SetNumber("Number", 1);
+  params.SetNumber("Number", 2);
+  params.SetText("Text", "x");
+  EXPECT_EQ(params.Find(*defs->Get(0))->StringValue, "x");
+  EXPECT_EQ(params.Find(*defs->Get(1))->DWordValue, 1u);
+  EXPECT_FALSE(params.Find(*defs->Get(2)));
+  EXPECT_FALSE(params.Find(*Defs()->Get(0))) << "declared by another list";
+}
+
 TEST(DiagParams, SetReplacesInItsPlace) {
   const Ref<DiagParamDefs> defs = Defs();
   DiagParams params{Ref<const DiagParamDefs>(defs)};

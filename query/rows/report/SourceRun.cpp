@@ -1,5 +1,7 @@
 #include "query/rows/report/SourceRun.h"
 
+#include <new>
+
 #include "platform/os/Clock.h"
 
 namespace kestra {
@@ -108,9 +110,13 @@ CSourceRun::~CSourceRun() {
   if (!m_poNotes) return;
   if (m_poNotes->IsCutShort()) entry.isCutShort = true;
   CFillNotes::Counts counts;
-  for (FillProblem& problem : m_poNotes->TakeProblems(counts)) {
-    if (entry.problems.size() >= CFillNotes::kMostKept) break;
-    entry.problems.push_back(std::move(problem));
+  try {
+    for (FillProblem& problem : m_poNotes->TakeProblems(counts)) {
+      if (entry.problems.size() >= CFillNotes::kMostKept) break;
+      entry.problems.push_back(std::move(problem));
+    }
+  } catch (const std::bad_alloc&) {
+    // Nothing may leave a destructor. The numbers tell that there is more than is named.
   }
   entry.problemCount += counts.all;
   entry.hidingCount += counts.hidingItems;

@@ -194,17 +194,19 @@ void AddPart(CStored& row, uint32_t number, uint32_t owner, const char* pLabel) 
   row.children.push_back(std::move(part));
 }
 
+std::vector<Ref<CStored>> MakeRows() {
+  std::vector<Ref<CStored>> rows;
+  for (const RowData& data : kRows) rows.push_back(MakeRow(data));
+  AddPart(*rows[0], 1, 1, "bolt");
+  AddPart(*rows[0], 2, 1, "nut");
+  AddPart(*rows[1], 3, 2, nullptr);
+  rows[3]->children.push_back(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}));
+  return rows;
+}
+
 // With the lock held.
 std::vector<Ref<CStored>>& StoredRows() {
-  static auto* const pRows = [] {
-    auto* pNew = new std::vector<Ref<CStored>>;
-    for (const RowData& data : kRows) pNew->push_back(MakeRow(data));
-    AddPart(*(*pNew)[0], 1, 1, "bolt");
-    AddPart(*(*pNew)[0], 2, 1, "nut");
-    AddPart(*(*pNew)[1], 3, 2, nullptr);
-    (*pNew)[3]->children.push_back(MakeRow({41, "nested", 5, 0, 1, 0, "0.1", "0.1"}));
-    return pNew;
-  }();
+  static auto* const pRows = new std::vector<Ref<CStored>>(MakeRows());
   return *pRows;
 }
 
@@ -312,6 +314,12 @@ Ref<DiagModule> Create(Ref<DiagClass> diagClass, Ref<CMachine> machine) {
 }
 
 }  // namespace
+
+void RestoreTestRows() {
+  std::vector<Ref<CStored>> rows = MakeRows();
+  std::lock_guard lock(g_storeLock);
+  StoredRows().swap(rows);
+}
 
 ModuleTable ModulesWithTests() {
   static const auto* pTable = [] {

@@ -15,5 +15,7 @@ namespace kestra::test {
 
 // The built-in modules and, behind them, the ones above.
 ModuleTable ModulesWithTests();
+// Undoes for every root what was changed in Test. Modules that are filled stay as they are.
+void RestoreTestRows();
 
 }  // namespace kestra::test

@@ -121,17 +121,22 @@ INSTANTIATE_TEST_SUITE_P(
              "WHERE a.Id+b.Id=0-1"},
         Case{"ScalarJoin", kFill20000,
              "(SELECT a.Id FROM Many(Count=20000).Entry a JOIN Many(Count=20000).Entry b ON 1=2)"},
+        // The index finds two hundred rows for each row of the left.
+        Case{"JoinByIndex", kFill20000,
+             "SELECT a.Id FROM Many(Count=20000).Entry a JOIN Many(Count=20000).Entry b ON "
+             "a.Group = b.Group AND a.Name + 'x' = b.Name + 'y'"},
+        // What chance has part in is run anew for each row.
         Case{"ValuePerRow", kFill20000,
-             "SELECT (SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE Name='x') FROM "
+             "SELECT (SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE RAND()*2=5) FROM "
              "Many(Count=20000).Entry"},
         Case{"RowOfLists", kFill20000,
              "SELECT Id, LEN(Name) FROM Many(Count=20000).Entry WHERE Id NOT IN (" + SlowList() +
                  ")"},
         Case{"Aggregate", kFill20000,
-             "SELECT SUM((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE Name='x')) FROM "
+             "SELECT SUM((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE RAND()*2=5)) FROM "
              "Many(Count=20000).Entry"},
         Case{"CountOfNonNull", kFill20000,
-             "SELECT COUNT((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE Name='x')) FROM "
+             "SELECT COUNT((SELECT COUNT(*) FROM Many(Count=20000).Entry WHERE RAND()*2=5)) FROM "
              "Many(Count=20000).Entry"},
         Case{"Like",
              {},
@@ -205,10 +210,10 @@ TEST(TimeOut, EndsAQueryWhereItIsLookedAt) {
       {"right of a join",
        "SELECT a.Id FROM Test.Row b JOIN Slow(Duration=102).Entry a ON a.Id=b.Id"},
       {"before a count",
-       "SELECT COUNT(a.Id) FROM Many(Count=800).Entry a JOIN Many(Count=800).Entry b ON "
+       "SELECT COUNT(a.Id) FROM Many(Count=3000).Entry a JOIN Many(Count=3000).Entry b ON "
        "a.Name=b.Name+'x'"},
       {"before an aggregate",
-       "SELECT MAX(a.Id) FROM Many(Count=800).Entry a JOIN Many(Count=800).Entry b ON "
+       "SELECT MAX(a.Id) FROM Many(Count=3000).Entry a JOIN Many(Count=3000).Entry b ON "
        "a.Name=b.Name+'x'"},
   };
   for (const auto& c : cases) {

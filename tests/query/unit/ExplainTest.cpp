@@ -38,7 +38,7 @@ TEST(Explain, TellsSourcesJoinsAndWhereConditionsAreTested) {
        "  read Test.Row a\n"
        "    content: what is in memory, else filled\n"
        "    where, on each row while it is read: (a.Id > 1)\n"
-       "  join Many.Entry b: each pair of rows is tested\n"
+       "  join Many.Entry b: rows found by index\n"
        "    content: what is in memory, else filled\n"
        "    on: (a.Id = b.Id)\n"
        "    where, on each row while it is read: b.Id < 3\n"
@@ -64,6 +64,40 @@ TEST(Explain, TellsSourcesJoinsAndWhereConditionsAreTested) {
        "        read Many.Entry b\n"
        "          content: what is in memory, else filled\n"
        "          where, on each row while it is read: b.Id < a.Id\n"},
+      // What is found by index, and what is not: nothing of the right alone, or something that may
+      // fail before it.
+      {"SELECT a.Id FROM Test.Row a JOIN Many.Entry b ON a.Id + 1 = b.Id + 1",
+       "SELECT a.Id: for each row\n"
+       "  read Test.Row a\n"
+       "    content: what is in memory, else filled\n"
+       "  join Many.Entry b: each pair of rows is tested\n"
+       "    content: what is in memory, else filled\n"
+       "    on: a.Id + 1 = b.Id + 1\n"},
+      {"SELECT a.Id FROM Test.Row a JOIN Many.Entry b ON 1 / b.Group = 1 AND a.Id = b.Id",
+       "SELECT a.Id: for each row\n"
+       "  read Test.Row a\n"
+       "    content: what is in memory, else filled\n"
+       "  join Many.Entry b: each pair of rows is tested\n"
+       "    content: what is in memory, else filled\n"
+       "    on: 1 / b.Group = 1 AND a.Id = b.Id\n"},
+      {"SELECT Id FROM Test.Row a WHERE Size > (SELECT MAX(Id) FROM Many.Entry) AND a.Size = "
+       "(SELECT b.Group FROM Many.Entry b WHERE b.Group > 3 AND b.Id = a.Id)",
+       "SELECT Id: for each row\n"
+       "  read Test.Row a\n"
+       "    content: what is in memory, else filled\n"
+       "    where, on each row while it is read: Size > (SELECT MAX(Id) FROM Many.Entry) AND "
+       "a.Size = "
+       "(SELECT b.Group FROM Many.Entry b WHERE b.Group > 3 AND b.Id = a.Id)\n"
+       "    sub-select, run once:\n"
+       "      SELECT MAX(Id): one value of all rows\n"
+       "        read Many.Entry\n"
+       "          content: what is in memory, else filled\n"
+       "    sub-select, run for each row that is tested; it names a:\n"
+       "      SELECT b.Group: of the only row; an Error unless there is exactly one\n"
+       "        read Many.Entry b\n"
+       "          content: what is in memory, else filled\n"
+       "          from the second run on: rows found by index\n"
+       "          where, on each row while it is read: b.Group > 3 AND b.Id = a.Id\n"},
       {"2 * (SELECT COUNT(*) FROM FILES.FILE('/etc/*'))",
        "value: 2 * (SELECT COUNT(*) FROM FILES.FILE('/etc/*'))\n"
        "  sub-select, run once:\n"

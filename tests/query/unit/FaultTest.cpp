@@ -31,6 +31,7 @@ Ref<CFakeMachine> Machine() {
     machine->files.Add(std::string("C:\\Dir\\") + pName, {.size = 5});
   }
   machine->files.AddDirectory("C:\\Dir\\Sub");
+  machine->files.Add("C:\\Dir\\d.ini", {.content = "[s]\r\nk=v\r\nl=2\r\n[t]\r\nk=w\r\n"});
   for (const char* pName : {"a", "b", "c"}) {
     machine->registry.SetString(RegistryRoot::LocalMachine, std::string("Soft\\") + pName, "v",
                                 "x");
@@ -94,6 +95,34 @@ TEST_P(Faults, EndInRowsOrAnError) {
   }
 }
 
+// The query is cancelled while the n-th call is made, for every n: it is an Error, or it was over
+// already, and the next one is as if nothing had been.
+TEST_P(Faults, EndWhenCancelledAtAnyCall) {
+  const auto machine = MakeRef<CFailingMachine>(Ref<CMachine>(Machine()));
+  Ref<os::CEvent> event;
+  machine->OnFailure([&] { event->Set(); });
+  const auto answer = [&](const Ref<DiagRoot>& root) {
+    event = MakeRef<os::CEvent>();
+    Value value;
+    EvaluateQuery(value, GetParam(), root, kNoTimeOut, MakeRef<QueryMessage>(event, false));
+    return value;
+  };
+  machine->FailCall(0, kErrorSuccess);
+  const std::string whole =
+      TextOf(answer(MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine))));
+  const uint32_t calls = machine->Calls();
+  for (uint32_t n = 1; n <= calls; ++n) {
+    SCOPED_TRACE("cancelled at call " + std::to_string(n));
+    const auto root = MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine));
+    machine->FailCall(n, kErrorSuccess);
+    const Value value = answer(root);
+    EXPECT_TRUE(machine->HasFailed());
+    EXPECT_TRUE(value.IsError() || TextOf(value) == whole) << value.asString();
+    machine->FailCall(0, kErrorSuccess);
+    EXPECT_EQ(TextOf(answer(root)), whole);
+  }
+}
+
 // A file that may be listed and not looked at is a row whose size is not known, and not 0.
 TEST(FaultsOfFiles, WhatCannotBeReadIsNotSet) {
   const auto machine = Machine();
@@ -118,6 +147,14 @@ INSTANTIATE_TEST_SUITE_P(
                     "SELECT * FROM REGISTRY.REGISTRYVALUE('HKLM\\Soft\\*\\v')",
                     "SELECT * FROM REGISTRY.REGISTRYVALUE('HKLM\\Soft\\*\\*')",
                     "SELECT * FROM Registry(KeyPath='HKLM\\*', Levels=2).RegistryValue",
+                    "SELECT * FROM Files(DirPath='C:\\Dir', Levels=2).File",
+                    "SELECT * FROM Files(DirPath='C:\\', Levels=3).Directory",
+                    "SELECT FileText FROM Files(FilePath='C:\\Dir\\d.ini').File",
+                    "SELECT Number, Text FROM Files(FilePath='C:\\Dir\\d.ini', LineFrom=1, "
+                    "LineCount=9).FileLine",
+                    "SELECT * FROM IniFile(Path='C:\\Dir\\d.ini').IniKey",
+                    "SELECT * FROM IniFile(Path='C:\\Dir\\d.ini').IniSection",
+                    "SELECT * FROM INIFILES.IniKey('C:\\Dir\\d.ini')",
                     "SELECT f.FileName, p.PID FROM FILES.FILE('C:\\Dir\\*.txt') f JOIN "
                     "Processes.Process p ON p.PID > 4"));
 

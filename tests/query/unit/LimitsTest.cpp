@@ -2,77 +2,13 @@
 // small as the smallest that a thread of ours has.
 #include <gtest/gtest.h>
 
-#include <chrono>
-#include <functional>
 #include <random>
 #include <string>
 
-#include "platform/os/Thread.h"
-#include "query/Evaluate.h"
-#include "tests/query/support/TestModules.h"
-#include "tests/support/FakeMachine.h"
+#include "tests/query/unit/LongTexts.h"
 
 namespace kestra::test {
 namespace {
-
-constexpr size_t kSmallStack = 512 * 1024;
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr uint32_t kLimitMs = 200000;
-#else
-constexpr uint32_t kLimitMs = 20000;
-#endif
-
-// What the query gives; the text of an element for a list of one, and "n elements" for a longer
-// one. Empty if it did not end in time.
-std::string RunOnSmallStack(const std::string& text) {
-  std::string result;
-  const auto start = std::chrono::steady_clock::now();
-  const auto thread = os::StartThread(
-      [&] {
-        const auto root =
-            MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(MakeRef<CFakeMachine>()));
-        Value value;
-        EvaluateQuery(value, text, root, kNoTimeOut, nullptr);
-        const size_t count = value.asVector().Count();
-        if (!value.IsVector()) {
-          result = value.asString();
-        } else {
-          result =
-              count == 1 ? value.asVector()[0].asString() : std::to_string(count) + " elements";
-        }
-      },
-      kSmallStack);
-  if (os::WaitAny({thread.get()}, kLimitMs) != 0) {
-    // The thread still writes to this frame, so there is nothing to return to.
-    fprintf(stderr, "no end within %u ms: %.200s\n", kLimitMs, text.c_str());
-    std::abort();
-  }
-  thread->Join();
-  const auto end = std::chrono::steady_clock::now();
-  testing::Test::RecordProperty("outcome", result.substr(0, 60));
-  testing::Test::RecordProperty(
-      "milliseconds",
-      std::to_string(std::chrono::duration_cast<std::chrono::milliseconds>(end - start).count()));
-  return result;
-}
-
-std::string Repeat(const std::string& piece, size_t count) {
-  std::string text;
-  text.reserve(piece.size() * count);
-  while (count-- > 0) text += piece;
-  return text;
-}
-
-// first, then the further piece so often.
-std::string Chain(const std::string& first, const std::string& further, size_t count) {
-  return first + Repeat(further, count);
-}
-
-std::string Nest(const std::string& open, const std::string& core, const std::string& close,
-                 size_t depth) {
-  return Repeat(open, depth) + core + Repeat(close, depth);
-}
 
 constexpr const char* kSyntaxError = "<ERROR: Syntax error>";
 constexpr const char* kAnything = "*";

@@ -1,9 +1,10 @@
 // The parser against the plain one, over the queries of the scripts and over random ones; and the
 // scripts against the grammar table.
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
-#include "query/parse/chart/Chart.h"
 #include "query/parse/Predicates.h"
+#include "query/parse/chart/Chart.h"
 #include "tests/query/support/TestModules.h"
 #include "tests/query/unit/PlainParser.h"
 #include "tests/query/unit/QueryGenerator.h"
@@ -97,6 +98,33 @@ TEST(Parser, AgreesWithThePlainOneOnColumnSearches) {
        }) {
     ParsesAlike(pText);
   }
+}
+
+// Long walks over sources take a short cut by their aliases.
+TEST(Parser, AgreesWithThePlainOneOnManySources) {
+  const auto joins = [](int count, const std::string& on) {
+    std::string text = "SELECT s0.Id FROM Test.Row s0";
+    for (int i = 1; i <= count; ++i) {
+      text += fmt::format(" JOIN Test.{} s{} ON {}", i % 3 == 0 ? "Part" : "Row", i % 25, on);
+    }
+    return text;
+  };
+  size_t parsed = 0;
+  for (const char* pOn : {
+           "s0.Id = 1",
+           "s3.Number = s1.Id",
+           "s0.Size = (SELECT MIN(s9.Size) FROM Test.Row s9 WHERE s9.Id = s1.Id AND s0.Id = 1)",
+           "(s0.Id = 1) AND s1.Id IN (SELECT s0.Number FROM Test.Part s0)",
+           "s9.Id = 1",  // of some of the sources with this alias, and of none for long
+           "s26.Id = 1",
+           "s0.Id = 1) AND (s0.Id = 1",
+           "s0.Id = (s1.Id",
+       }) {
+    for (const int count : {1, 15, 16, 17, 18, 40, 70}) {
+      if (ParsesAlike(joins(count, pOn))) ++parsed;
+    }
+  }
+  EXPECT_GE(parsed, 21u);
 }
 
 // A query that is a string is always found as a list of one string first, so this row leaves no

@@ -76,12 +76,17 @@ TEST_F(Report, CountsWhatEachSourceLookedAt) {
       {"SELECT COUNT(*) FROM Many(Count=4).Entry a JOIN Many(Count=6).Entry b ON a.Id = b.Id "
        "WHERE a.Id <> b.Id",
        "Many(Count=4) memory 4/4;Many(Count=6) memory 6/6;"},
-      // One source in two places, and one that is asked for each row of another.
+      // One source in two places; one that gives the same for each row of another, and is asked
+      // once; and one that is asked for each row, and whose rows are found by an index from the
+      // second time on, when they are all listed.
       {"SELECT COUNT(*) FROM Many(Count=4).Entry a JOIN Many(Count=4).Entry b ON a.Id = b.Id",
        "Many(Count=4) memory 8/8;"},
       {"SELECT COUNT(*) FROM Many(Count=4).Entry WHERE Id < (SELECT COUNT(*) FROM "
        "Many(Count=3).Entry)",
-       "Many(Count=4) memory 4/3;Many(Count=3) machine 12/12;"},
+       "Many(Count=4) memory 4/3;Many(Count=3) machine 3/3;"},
+      {"SELECT COUNT(*) FROM Many(Count=4).Entry a WHERE 1 = (SELECT COUNT(*) FROM "
+       "Many(Count=9).Entry b WHERE b.Id = a.Id)",
+       "Many(Count=4) memory 4/4;Many(Count=9) memory 21/13;"},
       // The limit of a scalar sub-select cuts nothing off.
       {"1 + (SELECT Id FROM Many(Count=6).Entry WHERE Id = 5)", "Many(Count=6) memory 6/1;"},
       {"1 + (SELECT Id FROM Many(Count=6).Entry)", "Many(Count=6) memory 2/2;"},
