@@ -313,7 +313,9 @@ class Interrupts(ShellTest):
         shell.expect("\n" + PROMPT)
         # All lines of a query come back, as one entry.
         shell.ask("SELECT COUNT(*)", prompt=MORE)
-        shell.type("FROM FILES.FILE" + INTERRUPT)
+        shell.type("FROM FILES.FILE")
+        shell.expect("FROM FILES.FILE")
+        shell.type(INTERRUPT)
         shell.expect("\n" + PROMPT)
         shell.type(UP)
         shell.expect("COUNT(*)")

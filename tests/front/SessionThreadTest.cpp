@@ -22,8 +22,8 @@ const char* const kLongQueries[] = {
     "SELECT COUNT(*) FROM Many(Count=20000).Entry a JOIN Many(Count=20000).Entry b "
     "ON a.Id + b.Id = 1 JOIN Many(Count=20000).Entry c ON c.Id + b.Id = 3",
     // a scan
-    "SELECT COUNT(*) FROM Many(Count=3000).Entry WHERE "
-    "(SELECT COUNT(*) FROM Many(Count=100000).Entry b WHERE b.Name LIKE '*x*y*z*') > 0",
+    "SELECT COUNT(*) FROM Many(Count=5000).Entry a WHERE "
+    "(SELECT COUNT(*) FROM Many(Count=100000).Entry b WHERE b.Id + a.Id < 0) > 0",
 };
 
 TEST_F(SessionThread, CancelFromAnotherThreadEndsTheQuery) {

@@ -114,6 +114,16 @@ TEST(Explain, TellsSourcesJoinsAndWhereConditionsAreTested) {
        "  read Registry(KeyPath='HKLM').RegistryKey\n"
        "    nothing of it is on this machine\n"
        "    content: what is in memory, else filled\n"},
+      {"UPDATE Test.Row SET Size = (SELECT COUNT(*) FROM Test.Part p WHERE (p.Owner = 2))",
+       "UPDATE Test.Row SET Size = (SELECT COUNT(*) FROM Test.Part p WHERE (p.Owner = 2)): changes "
+       "the machine, which needs permission\n"
+       "  read Test.Row\n"
+       "    content: what is in memory, else filled\n"
+       "  sub-select, run for each row:\n"
+       "    SELECT COUNT(*): one value of all rows\n"
+       "      read Test.Part p\n"
+       "        content: what is in memory, else filled\n"
+       "        where, on each row while it is read: (p.Owner = 2)\n"},
       {"UPDATE Test#60.Row SET Text = 'x' WHERE Id = 1 DROP MODULE *",
        "UPDATE Test#60.Row SET Text = 'x': changes the machine, which needs permission\n"
        "  read Test#60.Row\n"
