@@ -78,6 +78,7 @@ void CPlanWriter::WriteHead(const ParseNode& node, std::string_view remark) {
   if (pLast && PartOf(*pLast) == PlanPart::From) {
     range.end = pLast->Children[0].position;
   } else {
+    range = WithClosings(m_context, range);
     const std::vector<int> depths = DepthsOf(m_context, range);
     for (size_t i = range.first; i < range.end; ++i) {
       const bool isWhere = m_context.Tokens[i].keyword == kKwWhere;

@@ -56,6 +56,10 @@ TokenRange ConditionRange(const ParseNode& condition, KeywordId begin) {
   const QueryContext& context = *condition.Context;
   TokenRange range = RangeOf(condition).value_or(TokenRange{});
   while (range.first > 0 && context.Tokens[range.first - 1].keyword != begin) --range.first;
+  return WithClosings(context, range);
+}
+
+TokenRange WithClosings(const QueryContext& context, TokenRange range) {
   int depth = 0;
   for (size_t i = range.first; i < range.end; ++i) depth += StepOf(context.Tokens[i]);
   for (; depth > 0 && range.end < context.Tokens.size(); ++range.end)

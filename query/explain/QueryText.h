@@ -23,6 +23,8 @@ std::optional<TokenRange> RangeOf(const ParseNode& node);
 // The same with the parentheses that belong to it: begin is the token that stands before it, such
 // as WHERE.
 TokenRange ConditionRange(const ParseNode& condition, KeywordId begin);
+// The range up to where the parentheses that it opens are closed.
+TokenRange WithClosings(const QueryContext& context, TokenRange range);
 
 // About how long a text may become, in bytes, before it is cut.
 inline constexpr size_t kMostText = 500;
