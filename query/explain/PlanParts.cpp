@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "query/eval/Actions.h"
+#include "query/parse/TreeWalk.h"
 
 namespace kestra {
 namespace {
@@ -51,10 +52,6 @@ bool IsJoinOnCondition(SemanticAction action) {
 }
 
 // The text of the token that a symbol is.
-std::string_view TokenOf(const ParseNode& node, size_t symbol) {
-  return node.Context->Tokens[node.Children[symbol].position].text;
-}
-
 PlanSource SourceOf(const ParseNode* pNode, const ParseNode* pJoin) {
   std::string_view alias;
   if (pNode->Rule->Action == DescriptorWithAlias) {
@@ -62,21 +59,6 @@ PlanSource SourceOf(const ParseNode* pNode, const ParseNode* pJoin) {
     pNode = pNode->ChildNode(0);
   }
   return {pNode, alias, pJoin, pJoin && IsJoinByParent(pJoin->Rule->Action)};
-}
-
-// Calls visit for each node of a tree, in the order of the text; its false leaves out what is
-// below. A tree is as deep as its text, so it is walked from a list.
-template <class Visit>
-void WalkTree(const ParseNode& top, Visit visit) {
-  std::vector<const ParseNode*> open{&top};
-  while (!open.empty()) {
-    const ParseNode& node = *open.back();
-    open.pop_back();
-    if (!visit(node)) continue;
-    for (size_t i = node.Rule->Length; i-- > 0;) {
-      if (const ParseNode* pChild = node.ChildNode(i)) open.push_back(pChild);
-    }
-  }
 }
 
 }  // namespace

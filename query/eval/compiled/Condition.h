@@ -14,6 +14,14 @@ namespace kestra {
 
 enum class Verdict : uint8_t { False, True, Null, Any, Unknown };
 
+// What a WHERE's verdict means for its row: whether it stays, and decided becomes false where that
+// is not known yet. False if the verdict says nothing.
+inline bool Decides(Verdict verdict, bool& passes, bool& decided) {
+  passes = verdict == Verdict::True || verdict == Verdict::Any;
+  if (verdict == Verdict::Any) decided = false;
+  return verdict != Verdict::Unknown;
+}
+
 class CCompiledCondition {
  public:
   enum class Form : uint8_t {

@@ -4,6 +4,7 @@
 #include <iterator>
 
 #include "query/eval/Actions.h"
+#include "query/parse/TreeWalk.h"
 
 namespace kestra {
 namespace {
@@ -74,25 +75,6 @@ constexpr SemanticAction kSelectActions[] = {From,
 template <size_t count>
 bool IsAmong(const SemanticAction (&actions)[count], SemanticAction action) {
   return std::find(std::begin(actions), std::end(actions), action) != std::end(actions);
-}
-
-// Calls visit for each node of a tree; its false leaves out what is below. A tree is as deep as its
-// text, so it is walked from a list.
-template <class Visit>
-void WalkTree(const ParseNode& top, Visit visit) {
-  std::vector<const ParseNode*> open{&top};
-  while (!open.empty()) {
-    const ParseNode& node = *open.back();
-    open.pop_back();
-    if (!visit(node)) continue;
-    for (size_t i = 0; i < node.Rule->Length; ++i) {
-      if (const ParseNode* pChild = node.ChildNode(i)) open.push_back(pChild);
-    }
-  }
-}
-
-std::string_view TokenOf(const ParseNode& node, size_t symbol) {
-  return node.Context->Tokens[node.Children[symbol].position].text;
 }
 
 const ParseNode& TopOf(const ParseNode& node) {

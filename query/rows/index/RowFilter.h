@@ -18,20 +18,8 @@ class CRowFilter {
   bool Test(bool& passes, bool& decided) {
     passes = true;
     if (!m_pFilter) return true;
-    switch (m_pCompiled ? m_pCompiled->Test(m_context) : Verdict::Unknown) {
-      case Verdict::True:
-        return true;
-      case Verdict::False:
-      case Verdict::Null:
-        passes = false;
-        return true;
-      case Verdict::Any:
-        decided = false;
-        return true;
-      case Verdict::Unknown:
-        break;
-    }
-    return TestPlainly(passes, decided);
+    const Verdict verdict = m_pCompiled ? m_pCompiled->Test(m_context) : Verdict::Unknown;
+    return Decides(verdict, passes, decided) || TestPlainly(passes, decided);
   }
 
  private:

@@ -73,21 +73,7 @@ void CRepeatedSource::Prepare(ParseNode* pFilter) {
 bool CRepeatedSource::TestRow(ParseNode* pFilter, CVDiagItem& item, bool& passes) {
   QueryContext& context = *m_node.Context;
   const CBoundItem bound(context, m_descriptor.alias, item);
-  passes = true;
-  switch (m_pFinder->Test()) {
-    case Verdict::True:
-      return true;
-    case Verdict::False:
-    case Verdict::Null:
-      passes = false;
-      return true;
-    case Verdict::Any:
-      m_decided = false;
-      return true;
-    case Verdict::Unknown:
-      break;
-  }
-  return TestFilter(pFilter, passes, m_decided);
+  return Decides(m_pFinder->Test(), passes, m_decided) || TestFilter(pFilter, passes, m_decided);
 }
 
 // The time is looked at where a walk would look: at each item that has children.
