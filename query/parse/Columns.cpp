@@ -10,7 +10,8 @@
 namespace kestra {
 namespace {
 
-// A walk over more sources than this asks which of them have the alias.
+// A walk over more sources than this asks which of them have the alias, or whether any can have the
+// name.
 constexpr size_t kManySources = 16;
 
 // Whether a token can be a name at all. Most tokens of a long text are literals and marks.
@@ -85,18 +86,32 @@ bool CColumnSearch::TrySource(Place k, const Name& name, ColumnBinding& found) {
   return true;
 }
 
-const std::vector<CColumnSearch::Place>& CColumnSearch::SourcesNamed(std::string_view alias) {
-  if (m_byAlias.empty()) {
-    for (Place k = 0; IsInside(k); ++k) {
-      if (KeywordAt(k) != kKwFrom && KeywordAt(k) != kKwJoin) continue;
-      m_byAlias[TextAt(SourceBehind(k).alias)].push_back(k);
-    }
+void CColumnSearch::IndexSources() {
+  if (m_isIndexed) return;
+  for (Place k = 0; IsInside(k); ++k) {
+    if (KeywordAt(k) != kKwFrom && KeywordAt(k) != kKwJoin) continue;
+    const Source& source = SourceBehind(k);
+    m_byAlias[TextAt(source.alias)].push_back(k);
+    if (source.pClass) m_classes.insert(source.pClass);
   }
+  m_isIndexed = true;
+}
+
+const std::vector<CColumnSearch::Place>& CColumnSearch::SourcesNamed(std::string_view alias) {
+  IndexSources();
   return m_byAlias[alias];
 }
 
+// Most names without an alias are aliases themselves, which stand before a dot.
+bool CColumnSearch::IsDeclared(std::string_view name) {
+  IndexSources();
+  return std::any_of(m_classes.begin(), m_classes.end(), [&](const DiagClass* pClass) {
+    return pClass->Params->Find(name, false) != nullptr;
+  });
+}
+
 template <class Visit>
-void CColumnSearch::VisitSources(Place q, std::string_view alias, Visit&& visit) {
+void CColumnSearch::VisitSources(Place q, const Name& name, Visit&& visit) {
   q = m_map.ClauseBefore(q);
   if (q == CTokenMap::kNowhere) return;
   const KeywordId keyword = KeywordAt(q);
@@ -112,8 +127,12 @@ void CColumnSearch::VisitSources(Place q, std::string_view alias, Visit&& visit)
   }
   for (size_t steps = 0; q != CTokenMap::kNowhere; q = m_map.SourceBefore(q - 1)) {
     if (visit(q)) return;
-    if (++steps < kManySources || alias.empty()) continue;
-    const std::vector<Place>& named = SourcesNamed(alias);
+    if (++steps < kManySources) continue;
+    if (name.alias.empty()) {
+      if (steps == kManySources && !name.text.empty() && !IsDeclared(name.text)) return;
+      continue;
+    }
+    const std::vector<Place>& named = SourcesNamed(name.alias);
     for (auto it = std::lower_bound(named.begin(), named.end(), q); it != named.begin();) {
       if (m_map.IsOnWayBack(*--it, q) && visit(*it)) return;
     }
@@ -130,7 +149,7 @@ ColumnBinding CColumnSearch::Resolve(size_t position) {
     q -= 2;
   }
   ColumnBinding found;
-  VisitSources(q, name.alias, [&](Place k) { return TrySource(k, name, found); });
+  VisitSources(q, name, [&](Place k) { return TrySource(k, name, found); });
   return found;
 }
 

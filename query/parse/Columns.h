@@ -5,6 +5,7 @@
 #include <cstddef>
 #include <string_view>
 #include <unordered_map>
+#include <unordered_set>
 #include <vector>
 
 #include "query/QueryContext.h"
@@ -62,17 +63,24 @@ class CColumnSearch {
   const Source& SourceBehind(Place k);
   bool TrySource(Place k, const Name& name, ColumnBinding& found);
   // Calls visit with the keyword before each source, until it answers true. q stands before the
-  // name and its alias. Sources with another alias may be left out; an empty one is any.
+  // name and its alias. Sources that cannot have that name with that alias may be left out; an
+  // empty one is any.
   template <class Visit>
-  void VisitSources(Place q, std::string_view alias, Visit&& visit);
+  void VisitSources(Place q, const Name& name, Visit&& visit);
   const std::vector<Place>& SourcesNamed(std::string_view alias);
+  // Whether the class of any FROM or JOIN declares the name.
+  bool IsDeclared(std::string_view name);
+  void IndexSources();
 
   const TokenList& m_tokens;
   const Ref<DiagClass> m_poRootClass;
   const CTokenMap m_map;
   std::vector<Source> m_sources;  // by the keyword's place
-  // The places of FROM and JOIN, rising, by the alias behind them; made for a text of many sources.
+  // Of a text of many sources: the places of FROM and JOIN, rising, by the alias behind them, and
+  // the classes.
+  bool m_isIndexed = false;
   std::unordered_map<std::string_view, std::vector<Place>> m_byAlias;
+  std::unordered_set<const DiagClass*> m_classes;
 };
 
 }  // namespace kestra

@@ -1,6 +1,8 @@
 #include "query/rows/ModuleRowSource.h"
 
+#include "query/eval/Actions.h"
 #include "query/rows/Arguments.h"
+#include "query/rows/repeated/Repeats.h"
 #include "query/rows/report/SourceRun.h"
 
 namespace kestra {
@@ -55,6 +57,24 @@ bool PrepareModule(DiagModule& module, const ParseNode& node, const SourceDescri
   return PrepareModule(module, node, descriptor, run);
 }
 
+// A join of a module with itself lists the same rows twice, unless the module was filled in
+// between.
+bool ModuleRowSource::List(DiagModule& module, const CSourceRun& run, Value& error) {
+  const ParseNode& node = Node();
+  const bool isAlone = node.Rule->Action == RunSource || node.Rule->Action == RunSourceLimit2;
+  if (isAlone || !IsWholeListing() || !Context().UsesShortcuts)
+    return WalkItems(module, m_descriptor.className);
+  CListing& listing = Context().Repeats->JoinedListing;
+  if (run.WasFilledBefore() && listing.IsOf(module, m_descriptor.className)) {
+    if (Context().CheckTimeOut(error)) return false;
+    UseRows(listing.Rows());
+    return true;
+  }
+  if (!WalkItems(module, m_descriptor.className)) return false;
+  listing.Keep(module, m_descriptor.className, Rows().asVector());
+  return true;
+}
+
 bool ModuleRowSource::Find(CSourceRun& run, Value& error) {
   error.SetError();
   if (m_descriptor.arguments.IsAny()) {
@@ -63,8 +83,7 @@ bool ModuleRowSource::Find(CSourceRun& run, Value& error) {
   }
   if (!Context().Root) return false;
   const Ref<DiagModule> module = GetSourceModule(Context(), m_descriptor, error);
-  return module && PrepareModule(*module, Node(), m_descriptor, run) &&
-         WalkItems(*module, m_descriptor.className);
+  return module && PrepareModule(*module, Node(), m_descriptor, run) && List(*module, run, error);
 }
 
 }  // namespace kestra

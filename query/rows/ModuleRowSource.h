@@ -15,6 +15,8 @@ class ModuleRowSource : public RowSource {
   bool Find(CSourceRun& run, Value& error) override;
 
  private:
+  bool List(DiagModule& module, const CSourceRun& run, Value& error);
+
   const SourceDescriptor m_descriptor;
 };
 

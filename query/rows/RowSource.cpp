@@ -68,6 +68,12 @@ bool RowSource::AddRow(CVDiagItem& item) {
   return true;
 }
 
+void RowSource::UseRows(ValueVector& rows) {
+  m_rows.SetVector(Ref<ValueVector>(&rows));
+  m_seen = rows.Count();
+  m_count = static_cast<int32_t>(rows.Count());
+}
+
 bool RowSource::WalkItems(CVDiagItem& top, const std::string& className) {
   struct Level {
     CVDiagItem* pItem;
@@ -90,6 +96,7 @@ bool RowSource::WalkItems(CVDiagItem& top, const std::string& className) {
     levels.push_back({&item, 0});
     return true;
   };
+  if (IsWholeListing()) m_rows.asVector().Reserve(top.Children.Count());
   if (!visit(top)) return false;
   while (!levels.empty()) {
     Level& level = levels.back();

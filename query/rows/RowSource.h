@@ -57,6 +57,12 @@ class RowSource {
   bool AddRow(CVDiagItem& item);
   // Looks below an item, itself included, for items of the class. False ends the walk.
   bool WalkItems(CVDiagItem& top, const std::string& className);
+  // Whether every row that there is will be among Rows(): no WHERE, no limit.
+  bool IsWholeListing() const {
+    return m_filter.IsEmpty() && m_limit == kNoRowLimit && !m_isOnlyCounted;
+  }
+  // The rows are those of another whole listing.
+  void UseRows(ValueVector& rows);
   bool IsFull() const { return m_count >= m_limit; }
   void SetUndecided();
 

@@ -130,6 +130,7 @@ bool RunSourceJoinMember(Value& out, ParseNode& node) {
 
 bool From(Value& out, ParseNode& node) {
   const CFilterScope scope(*node.Context, node.ChildNode(2));
+  const CListingScope listing(node.Context->Repeats->JoinedListing);
   return Child(node, out, 1);
 }
 

@@ -20,12 +20,15 @@ uint32_t CEqualityIndex::HashOf(std::string_view text) {
 
 // From the last row to the first, so that each bucket lists them in their order. Rows without the
 // value are in none.
-bool CEqualityIndex::Fill(const ValueVector& rows, const CCompiledOperand& column, bool isText,
-                          const QueryContext& context) {
+CEqualityIndex::Outcome CEqualityIndex::Fill(const ValueVector& rows,
+                                             const CCompiledOperand& column, bool isText,
+                                             const QueryContext& context) {
   CTextHolder holder;
   for (size_t i = rows.Count(); i-- > 0;) {
-    if (context.IsCancelled()) return false;
-    const DiagParam* pParam = rows[i].asVDIagItem()->Params.Find(column.Def());
+    if (context.IsCancelled()) return Outcome::Cancelled;
+    const CVDiagItem* pItem = rows[i].asVDIagItem();
+    if (!pItem || pItem->Params.Defs().get() != column.Defs()) return Outcome::Unusable;
+    const DiagParam* pParam = pItem->Params.Find(column.Def());
     if (!pParam) continue;
     const uint32_t hash =
         isText ? HashOf(CCompiledOperand::TextOf(*pParam, holder)) : pParam->DWordValue;
@@ -34,7 +37,7 @@ bool CEqualityIndex::Fill(const ValueVector& rows, const CCompiledOperand& colum
     m_next[i] = head;
     head = static_cast<uint32_t>(i);
   }
-  return true;
+  return Outcome::Made;
 }
 
 CEqualityIndex::Outcome CEqualityIndex::Make(const ValueVector& rows,
@@ -42,18 +45,12 @@ CEqualityIndex::Outcome CEqualityIndex::Make(const ValueVector& rows,
                                              CCompiledCondition::Form form,
                                              const QueryContext& context) {
   if (rows.Count() > kMostRows) return Outcome::Unusable;
-  for (size_t i = 0; i < rows.Count(); ++i) {
-    const CVDiagItem* pItem = rows[i].asVDIagItem();
-    if (!pItem || pItem->Params.Defs().get() != column.Defs()) return Outcome::Unusable;
-    if (context.IsCancelled()) return Outcome::Cancelled;
-  }
   while (m_shift > 0 && (size_t{1} << (32 - m_shift)) < rows.Count()) --m_shift;
   try {
     m_heads.assign(size_t{1} << (32 - m_shift), kNoRow);
     m_next.assign(rows.Count(), kNoRow);
     m_hashes.assign(rows.Count(), 0);
-    const bool isText = form == CCompiledCondition::Form::Texts;
-    return Fill(rows, column, isText, context) ? Outcome::Made : Outcome::Cancelled;
+    return Fill(rows, column, form == CCompiledCondition::Form::Texts, context);
   } catch (const std::bad_alloc&) {
     return Outcome::Unusable;
   }

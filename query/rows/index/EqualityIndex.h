@@ -27,8 +27,8 @@ class CEqualityIndex {
   static uint32_t HashOf(std::string_view text);
 
  private:
-  bool Fill(const ValueVector& rows, const CCompiledOperand& column, bool isText,
-            const QueryContext& context);
+  Outcome Fill(const ValueVector& rows, const CCompiledOperand& column, bool isText,
+               const QueryContext& context);
   size_t Bucket(uint32_t hash) const { return (hash * 2654435769u) >> m_shift; }
   uint32_t Skip(uint32_t row, uint32_t hash) const {
     while (row != kNoRow && m_hashes[row] != hash) row = m_next[row];

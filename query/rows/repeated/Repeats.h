@@ -4,6 +4,7 @@
 #include <memory>
 #include <unordered_map>
 
+#include "query/rows/repeated/Listing.h"
 #include "query/rows/repeated/RepeatedSource.h"
 
 namespace kestra {
@@ -19,6 +20,9 @@ class CRepeats {
   // Whether so many more rows may be kept. A text may have thousands of sub-selects over large
   // modules, and each would keep a list of its own; the first one may be of any length.
   bool TakeRoomFor(size_t rows);
+
+  // What a join of the FROM clause that is open has listed last.
+  CListing JoinedListing;
 
   // Runs a SELECT that gives one value, or gives what it gave before if it is steady.
   bool RunSelect(Value& out, ParseNode& node, SemanticAction run);

@@ -28,6 +28,8 @@ class CSourceRun {
   // reads the machine as it goes. isForChange: content of the cache is filled anew.
   void BeginModule(DiagModule& module, bool isForChange);
   void BeginBuiltIn(std::string_view name, const std::string& path, ModuleState state);
+  // Whether the module's content was there when it began, and has stayed.
+  bool WasFilledBefore() const { return m_wasFilled && !m_poNotes; }
   // The module is filled, or could not be.
   void EndFill(bool isFilled);
   // A built-in source could not be read at all.

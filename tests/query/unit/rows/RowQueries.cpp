@@ -14,8 +14,11 @@ constexpr const char* kPatterns[] = {"*", "a*", "*k", "*\xC3\x84", "?", "*1*", "
 
 std::string CRowQueries::Source() {
   static constexpr const char* kCounts[] = {"0", "1", "7", "9", "30", "60"};
-  return "Data(Seed=" + std::to_string(Pick(4)) + ", Count=" + Of(kCounts) +
-         (Pick(6) == 0 ? ", Odd=1" : "") + ").Entry";
+  if (Pick(4) != 0 || m_lastSource.empty()) {
+    m_lastSource = "Data(Seed=" + std::to_string(Pick(4)) + ", Count=" + Of(kCounts) +
+                   (Pick(6) == 0 ? ", Odd=1" : "") + ").Entry";
+  }
+  return m_lastSource;
 }
 
 std::string CRowQueries::Alias() {

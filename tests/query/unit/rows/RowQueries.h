@@ -18,8 +18,8 @@ class CRowQueries {
   std::string Of(const char* const (&words)[count]) {
     return words[Pick(count)];
   }
-  std::string Source();
-  std::string Alias();  // of a source that is there; now and then none, or one that is not yet
+  std::string Source();  // now and then the same as before
+  std::string Alias();   // of a source that is there; now and then none, or one that is not yet
   std::string Number(int depth);
   std::string Text(int depth);
   std::string Datime();
@@ -33,6 +33,7 @@ class CRowQueries {
 
   std::mt19937 m_random;
   std::vector<std::string> m_aliases;
+  std::string m_lastSource;
 };
 
 }  // namespace kestra::test

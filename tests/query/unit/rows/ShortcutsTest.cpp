@@ -109,6 +109,30 @@ TEST(Shortcuts, MakeACallOnce) {
   }
 }
 
+// A clause does not see what another has listed: what stands between them may change the module.
+TEST(Shortcuts, ForgetAListingBehindItsClause) {
+  const Ref<DiagRoot> root = NewRoot();
+  const QueryContext context("1", root, kNoTimeOut, nullptr);
+  DiagParams args(FindModuleClass(context.RootClass.get(), "Data")->Args->Defs());
+  const Ref<DiagModule> module = root->GetDiagModule("Data", args, *context.Message);
+  ASSERT_TRUE(module);
+  CListing listing;
+  const auto rows = MakeRef<ValueVector>();
+  {
+    const CListingScope clause(listing);
+    EXPECT_FALSE(listing.IsOf(*module, "Entry"));
+    listing.Keep(*module, "Entry", *rows);
+    {
+      const CListingScope inner(listing);
+      EXPECT_FALSE(listing.IsOf(*module, "Entry"));
+    }
+    EXPECT_TRUE(listing.IsOf(*module, "Entry"));
+    EXPECT_EQ(&listing.Rows(), rows.get());
+    EXPECT_FALSE(listing.IsOf(*module, "Other"));
+  }
+  EXPECT_FALSE(listing.IsOf(*module, "Entry"));
+}
+
 TEST(Shortcuts, KeepNoMoreRowsThanThereIsRoomFor) {
   CRepeats repeats;
   EXPECT_TRUE(repeats.TakeRoomFor(100'000'000)) << "the first may be of any length";
