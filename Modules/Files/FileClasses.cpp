@@ -5,7 +5,7 @@ namespace {
 
 using enum ParamType;
 
-constexpr const char* kAttributes = "ReadOnly|Hidden|System|Compressed";
+constexpr const char* kAttributeNames = "ReadOnly|Hidden|System|Compressed";
 constexpr const char* kForActiveOnly = "For INSERT only";
 
 constexpr ParamDecl kFileLineParams[] = {
@@ -47,7 +47,7 @@ constexpr ParamDecl kFileParams[] = {
     {.name = "LastWriteTime", .type = Datime, .description = "When it was last written"},
     {.name = "Attributes",
      .type = Bitmask,
-     .text = kAttributes,
+     .text = kAttributeNames,
      .canBeChanged = true,
      .description = "Attributes of the file"},
     {.name = "FileText",
@@ -71,7 +71,7 @@ constexpr ParamDecl kDirectoryParams[] = {
      .description = "When the directory was made, if known"},
     {.name = "Attributes",
      .type = Bitmask,
-     .text = kAttributes,
+     .text = kAttributeNames,
      .canBeChanged = true,
      .description = "Attributes of the directory"},
     {.name = "Source", .type = String, .description = kForActiveOnly},

@@ -9,9 +9,6 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-// Vectors in vectors are shown that deep, and as their text below.
-constexpr int kMaxDepth = 16;
-
 Json FlagsOf(const std::string& text) {
   Json flags = Json::array();
   for (size_t start = 0; start < text.size();) {
@@ -62,7 +59,7 @@ class CJsonRows {
       return ItemOf(item.get());
     }
     const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
-    if (!values || depth > kMaxDepth) return JsonOf(ReadCell(value));
+    if (!values || depth > kMaxVectorDepth) return JsonOf(ReadCell(value));
     Json array = Json::array();
     const int32_t count = Ask<int32_t>(kestra_values_count, values.get());
     for (int32_t i = 0; i < count; ++i) {

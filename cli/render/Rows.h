@@ -15,6 +15,9 @@
 
 namespace kestra::cli {
 
+// Vectors in vectors are shown that deep, and as their text below.
+constexpr int kMaxVectorDepth = 16;
+
 struct Column {
   std::string name;    // no two are alike
   std::string unit;    // of the numbers in it; may be empty

@@ -8,7 +8,6 @@ namespace kestra::cli {
 namespace {
 
 constexpr int32_t kForReading = 0;  // the dump with units and the texts of options
-constexpr int kMaxDepth = 16;       // vectors in vectors are shown that deep, and as text below
 
 // As the dump escapes its values, and the quote for attributes. What XML does not allow becomes a
 // reference all the same, so that it can be seen.
@@ -44,7 +43,7 @@ class CXmlWriter {
       return;
     }
     const auto values = Take<CValuesHandle>(kestra_value_as_vector, value);
-    if (values && depth <= kMaxDepth) {
+    if (values && depth <= kMaxVectorDepth) {
       WriteVector(values.get(), name, depth);
       return;
     }

@@ -8,11 +8,6 @@
 namespace kestra::cli {
 namespace {
 
-bool IsDotCommand(const std::string& line) {
-  const size_t start = line.find_first_not_of(" \t");
-  return start != std::string::npos && line[start] == '.';
-}
-
 class CScript {
  public:
   explicit CScript(CShellCore& core) : m_core(core) {}

@@ -14,11 +14,6 @@ bool IsBlank(const std::string& line) {
   return line.find_first_not_of(" \t\r") == std::string::npos;
 }
 
-bool IsDotCommand(const std::string& line) {
-  const size_t start = line.find_first_not_of(" \t");
-  return start != std::string::npos && line[start] == '.';
-}
-
 // The shell's own words go where somebody reads them.
 void Say(const std::string& text) {
   std::FILE* const pFile = IsTerminal(Stream::Out) ? stdout : stderr;

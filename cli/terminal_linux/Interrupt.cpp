@@ -13,7 +13,7 @@ namespace {
 // What the handler may touch; lock-free, so it may (signal-safety(7)).
 std::atomic<CCancellation*> g_pCancellation{nullptr};
 
-void OnInterrupt(int) {
+void CancelOnInterrupt(int) {
   const int saved = errno;
   if (CCancellation* pCancellation = g_pCancellation) pCancellation->Cancel();
   errno = saved;
@@ -45,7 +45,7 @@ CInterruptScope::CInterruptScope(CCancellation& cancellation, Second second) : m
   if (!cancellation.Event() && second == Second::EndsTheProcess) return;
   g_pCancellation = &cancellation;
   struct sigaction action {};
-  action.sa_handler = OnInterrupt;
+  action.sa_handler = CancelOnInterrupt;
   action.sa_flags = SA_RESTART;
   if (second == Second::EndsTheProcess) action.sa_flags |= static_cast<int>(SA_RESETHAND);
   if (sigaction(SIGINT, &action, nullptr) == 0) m_pState = new State{former};

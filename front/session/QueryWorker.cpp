@@ -7,12 +7,6 @@
 #include "platform/os/Thread.h"
 
 namespace kestra {
-namespace {
-
-constexpr uint32_t kStopTimeOutMs = 10000;
-
-}  // namespace
-
 bool CQueryWorker::Accept(QueryRequest request, uint32_t& busyQueryId) {
   std::lock_guard lock(m_lock);
   if (m_isBusy) {

@@ -20,6 +20,9 @@
 
 namespace kestra {
 
+// How long a session waits for a thread of its own to stop by itself.
+constexpr uint32_t kStopTimeOutMs = 10000;
+
 // What ended: the value, and what goes with it.
 struct QueryOutcome {
   Value value;

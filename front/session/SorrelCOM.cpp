@@ -5,8 +5,6 @@
 namespace kestra {
 namespace {
 
-constexpr uint32_t kStopTimeOutMs = 10000;
-
 // Tells the queries of the whole process apart in the log; the first has id 1.
 std::atomic<uint32_t> g_lastQueryId{0};
 

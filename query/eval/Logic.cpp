@@ -22,7 +22,7 @@ bool Decide(Value& out, ParseNode& node, bool deciding) {
   return true;
 }
 
-bool RunChain(Value& out, ParseNode& node, bool deciding) {
+bool RunLogicChain(Value& out, ParseNode& node, bool deciding) {
   const std::vector<ParseNode*> chain = LeftChain(node);
   if (!Child(*chain.front(), out, 0)) return Fail(out);
   for (ParseNode* pNode : chain) {
@@ -55,10 +55,10 @@ bool CompareTruth(Value& out, ParseNode& node) {
 }  // namespace
 
 bool Or(Value& out, ParseNode& node) {
-  return RunChain(out, node, true);
+  return RunLogicChain(out, node, true);
 }
 bool And(Value& out, ParseNode& node) {
-  return RunChain(out, node, false);
+  return RunLogicChain(out, node, false);
 }
 
 bool Not(Value& out, ParseNode& node) {

@@ -96,7 +96,10 @@ bool RowSource::WalkItems(CVDiagItem& top, const std::string& className) {
     levels.push_back({&item, 0});
     return true;
   };
-  if (IsWholeListing()) m_rows.asVector().Reserve(top.Children.Count());
+  // Of a class that stands further below there may be none at all.
+  CVDiagItem* const pFirst = IsWholeListing() ? top.Children.Get(0) : nullptr;
+  if (pFirst && EqualsNoCase(pFirst->GetName(), className))
+    m_rows.asVector().Reserve(top.Children.Count());
   if (!visit(top)) return false;
   while (!levels.empty()) {
     Level& level = levels.back();

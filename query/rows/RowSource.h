@@ -61,7 +61,7 @@ class RowSource {
   bool IsWholeListing() const {
     return m_filter.IsEmpty() && m_limit == kNoRowLimit && !m_isOnlyCounted;
   }
-  // The rows are those of another whole listing.
+  // The rows are those of another whole listing, which shares them: none may be added any more.
   void UseRows(ValueVector& rows);
   bool IsFull() const { return m_count >= m_limit; }
   void SetUndecided();

@@ -9,7 +9,7 @@
 namespace kestra::test {
 namespace {
 
-constexpr ParamDecl kParams[] = {
+constexpr ParamDecl kThingParams[] = {
     {.name = "Text", .type = ParamType::String},
     {.name = "Size", .type = ParamType::Dword, .text = "KB", .canBeChanged = true},
     {.name = "Count", .type = ParamType::Dword},
@@ -23,11 +23,14 @@ constexpr ArgDecl kArgs[] = {
     {.name = "Mode", .type = ParamType::Enum, .text = "Cfg|Ini", .defaultNumber = 1},
     {.name = "Path", .type = ParamType::String, .defaultText = "*"},
 };
-constexpr ActionDecl kActions[] = {{.name = "Go", .args = kArgs}, {.name = "Stop"}};
+constexpr ActionDecl kThingActions[] = {{.name = "Go", .args = kArgs}, {.name = "Stop"}};
 constinit const ClassDecl kLeaf{.name = "Leaf", .canBeAddedAndDeleted = true};
-constexpr const ClassDecl* kChildren[] = {&kLeaf};
-constinit const ClassDecl kThing{
-    .name = "Thing", .params = kParams, .children = kChildren, .actions = kActions, .args = kArgs};
+constexpr const ClassDecl* kThingChildren[] = {&kLeaf};
+constinit const ClassDecl kThing{.name = "Thing",
+                                 .params = kThingParams,
+                                 .children = kThingChildren,
+                                 .actions = kThingActions,
+                                 .args = kArgs};
 
 Ref<CVDiagItem> MakeThing() {
   auto thing = MakeRef<CFilledItem>(kThing.Get());

@@ -13,7 +13,7 @@
 namespace kestra::test {
 namespace {
 
-constexpr ParamDecl kParams[] = {
+constexpr ParamDecl kProbeParams[] = {
     {.name = "Fixed", .type = ParamType::Enum, .text = "A|B"},
     {.name = "Free", .type = ParamType::Enum, .text = "A|B", .canBeChanged = true},
 };
@@ -22,16 +22,17 @@ constexpr ArgDecl kTouchArgs[] = {
     {.name = "Note", .type = ParamType::String, .defaultText = "x"},
     {.name = "Mode", .type = ParamType::Enum, .text = "Off|On", .defaultNumber = 0},
 };
-constexpr ActionDecl kActions[] = {{.name = "Touch", .args = kTouchArgs}, {.name = "Rest"}};
+constexpr ActionDecl kProbeActions[] = {{.name = "Touch", .args = kTouchArgs}, {.name = "Rest"}};
 constinit const ClassDecl kOpenChild{.name = "OpenChild", .canBeAddedAndDeleted = true};
 constinit const ClassDecl kClosedChild{.name = "ClosedChild"};
-constexpr const ClassDecl* kChildren[] = {&kOpenChild, &kClosedChild};
+constexpr const ClassDecl* kProbeChildren[] = {&kOpenChild, &kClosedChild};
 constinit const ClassDecl kOpen{.name = "Open",
-                                .params = kParams,
-                                .children = kChildren,
+                                .params = kProbeParams,
+                                .children = kProbeChildren,
                                 .canBeAddedAndDeleted = true,
-                                .actions = kActions};
-constinit const ClassDecl kClosed{.name = "Closed", .params = kParams, .children = kChildren};
+                                .actions = kProbeActions};
+constinit const ClassDecl kClosed{
+    .name = "Closed", .params = kProbeParams, .children = kProbeChildren};
 
 // Writes down which hooks were called.
 class CProbe : public CVDiagItem {

@@ -9,18 +9,13 @@
 #include "platform/machine/Machine.h"
 #include "platform/os/Clock.h"
 #include "tests/query/support/TestModules.h"
+#include "tests/session/ResultOf.h"
 #include "tests/support/TempDirectory.h"
 
 namespace kestra::test {
 namespace {
 
 constexpr uint32_t kDurationMs = 1500;
-
-std::string ResultOf(CSorrelCOM& session, const std::string& query) {
-  QueryOutcome outcome;
-  session.RunQuerySync(query, std::nullopt, kNoTimeOut, outcome);
-  return outcome.value.asString();
-}
 
 // Each answers the same whatever the others do; the plug-in's module is there or not.
 void AskUntil(CSorrelCOM& session, const std::string& file, const std::atomic<bool>& isOver) {

@@ -11,6 +11,7 @@
 #include "platform/os/Clock.h"
 #include "platform/os/Thread.h"
 #include "tests/query/support/TestModules.h"
+#include "tests/session/ResultOf.h"
 #include "tests/support/FakeMachine.h"
 
 namespace kestra::test {
@@ -39,14 +40,6 @@ constexpr Query kQueries[] = {
     {"SELECT FileName FROM FILES.FILE('C:\\*')", "0 rows"},
     {"DROP MODULE Many", "1 rows"},
 };
-
-std::string ResultOf(CSorrelCOM& session, const std::string& query) {
-  QueryOutcome outcome;
-  session.RunQuerySync(query, std::nullopt, kNoTimeOut, outcome);
-  const Value& value = outcome.value;
-  if (value.IsDatime() || value.Kind() == ValueKind::Parameter) return "*";
-  return value.IsVector() ? std::to_string(value.asVector().Count()) + " rows" : value.asString();
-}
 
 void RunQueries(CSorrelCOM& session, size_t times, size_t first) {
   for (size_t i = 0; i < times; ++i) {

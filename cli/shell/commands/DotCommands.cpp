@@ -131,6 +131,11 @@ DotArguments ParseArguments(const std::string& text) {
   return arguments;
 }
 
+bool IsDotCommand(const std::string& line) {
+  const size_t start = line.find_first_not_of(" \t");
+  return start != std::string::npos && line[start] == '.';
+}
+
 bool RunDotCommand(CShellCore& core, const std::string& line) {
   const size_t start = line.find('.') + 1;
   const size_t end = std::min(line.find_first_of(" \t\r\n;", start), line.size());

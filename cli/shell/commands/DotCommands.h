@@ -28,7 +28,9 @@ std::span<const DotCommand> AllDotCommands();
 // none.
 const DotCommand* FindDotCommand(const std::string& name, std::string& why);
 
-// A line that begins with a dot.
+// Whether a line begins with a dot; blanks before it do not count.
+bool IsDotCommand(const std::string& line);
+// Runs such a line. False when it failed, which it has told then.
 bool RunDotCommand(CShellCore& core, const std::string& line);
 
 // Parts a text at its blanks; a part may be quoted by ' or ". A ";" at the end is left out.

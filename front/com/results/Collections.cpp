@@ -8,15 +8,13 @@
 #include "front/com/results/ParamObject.h"
 
 namespace kestra::com {
-namespace {
 
+// What both policies, which the header names, have in common.
 struct EnumVariant {
   using Interface = IEnumVARIANT;
   using Element = VARIANT;
   static void Clear(VARIANT* pElement) { VariantClear(pElement); }
 };
-
-}  // namespace
 
 struct ItemsPolicy : EnumVariant {
   using Source = Ref<CVDiagItem>;

@@ -142,7 +142,7 @@ bool ForeignCharacter(CFailedText& text, Finding& finding) {
   return true;
 }
 
-constexpr FailureRule kRules[] = {ForeignCharacter};
+constexpr FailureRule kCharacterRules[] = {ForeignCharacter};
 
 }  // namespace
 
@@ -156,7 +156,7 @@ Finding EmptyTextFinding(std::string_view text) {
 }
 
 std::span<const FailureRule> CharacterRules() {
-  return kRules;
+  return kCharacterRules;
 }
 
 }  // namespace kestra

@@ -140,8 +140,8 @@ bool NameWithoutSource(CFailedText& text, Finding& finding) {
   return false;
 }
 
-constexpr FailureRule kRules[] = {LikeOfOtherType, WrongType,     UnknownAlias,
-                                  AliasAlone,      UnknownColumn, NameWithoutSource};
+constexpr FailureRule kColumnRules[] = {LikeOfOtherType, WrongType,     UnknownAlias,
+                                        AliasAlone,      UnknownColumn, NameWithoutSource};
 
 }  // namespace
 
@@ -196,7 +196,7 @@ std::string ConversionOf(std::string_view expression, ParamType type, const CExp
 }
 
 std::span<const FailureRule> ColumnRules() {
-  return kRules;
+  return kColumnRules;
 }
 
 }  // namespace kestra

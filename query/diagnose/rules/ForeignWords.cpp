@@ -175,13 +175,13 @@ bool StarAmongColumns(CFailedText& text, Finding& finding) {
   return text.Say(finding, stop, "\"*\" stands alone in a SELECT; name the columns instead");
 }
 
-constexpr FailureRule kRules[] = {LeadingDot,      DeleteFrom,  BooleanLiteral,
-                                  ForeignFunction, ForeignWord, StarAmongColumns};
+constexpr FailureRule kForeignWordRules[] = {LeadingDot,      DeleteFrom,  BooleanLiteral,
+                                             ForeignFunction, ForeignWord, StarAmongColumns};
 
 }  // namespace
 
 std::span<const FailureRule> ForeignWordRules() {
-  return kRules;
+  return kForeignWordRules;
 }
 
 }  // namespace kestra

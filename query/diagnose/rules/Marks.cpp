@@ -86,12 +86,12 @@ bool NegativeNumber(CFailedText& text, Finding& finding) {
                   {"(" + number + ")"});
 }
 
-constexpr FailureRule kRules[] = {DoubleQuotes, ForeignMark, NegativeNumber};
+constexpr FailureRule kMarkRules[] = {DoubleQuotes, ForeignMark, NegativeNumber};
 
 }  // namespace
 
 std::span<const FailureRule> MarkRules() {
-  return kRules;
+  return kMarkRules;
 }
 
 }  // namespace kestra

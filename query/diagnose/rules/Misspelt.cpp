@@ -56,12 +56,12 @@ bool UnknownFunction(CFailedText& text, Finding& finding) {
   return text.Say(finding, i, "there is no function " + InQuotes(text.Text(i)) + " here");
 }
 
-constexpr FailureRule kRules[] = {MisspeltAlias, MisspeltHere, UnknownFunction};
+constexpr FailureRule kKeywordRules[] = {MisspeltAlias, MisspeltHere, UnknownFunction};
 
 }  // namespace
 
 std::span<const FailureRule> KeywordRules() {
-  return kRules;
+  return kKeywordRules;
 }
 
 }  // namespace kestra

@@ -144,8 +144,8 @@ bool NoPath(CFailedText& text, Finding& finding) {
                               text.Text(stop - 1)));
 }
 
-constexpr FailureRule kRules[] = {UnknownModuleHere, NoPath, NoClass, SourceHidesName,
-                                  ModuleInOtherCase};
+constexpr FailureRule kSourceRules[] = {UnknownModuleHere, NoPath, NoClass, SourceHidesName,
+                                        ModuleInOtherCase};
 
 }  // namespace
 
@@ -187,7 +187,7 @@ std::string UnknownClassText(const TokenList& tokens, const QuerySource& source,
 }
 
 std::span<const FailureRule> SourceRules() {
-  return kRules;
+  return kSourceRules;
 }
 
 }  // namespace kestra

@@ -178,14 +178,15 @@ bool NothingBeforeClause(CFailedText& text, Finding& finding) {
                   InQuotes(text.Text(i)), text.Expected().Sentence()));
 }
 
-constexpr FailureRule kRules[] = {SelectWithoutColumns, SelectBehindFrom,  CommaBetweenSources,
-                                  Parentheses,          SelectWithoutFrom, JoinWithoutAlias,
-                                  JoinWithoutOn,        InsertIncomplete,  NothingBeforeClause};
+constexpr FailureRule kStructureRules[] = {
+    SelectWithoutColumns, SelectBehindFrom,  CommaBetweenSources,
+    Parentheses,          SelectWithoutFrom, JoinWithoutAlias,
+    JoinWithoutOn,        InsertIncomplete,  NothingBeforeClause};
 
 }  // namespace
 
 std::span<const FailureRule> StructureRules() {
-  return kRules;
+  return kStructureRules;
 }
 
 }  // namespace kestra

@@ -212,14 +212,14 @@ bool DatePart(CFailedText& text, Finding& finding) {
   return false;
 }
 
-constexpr FailureRule kRules[] = {DatePart,     ComparedNull,  PlainDate,
-                                  PlainVersion, MalformedDate, MalformedVersion,
-                                  BadNumber,    DateOnTheLeft, LiteralOfOtherKind};
+constexpr FailureRule kValueRules[] = {DatePart,     ComparedNull,  PlainDate,
+                                       PlainVersion, MalformedDate, MalformedVersion,
+                                       BadNumber,    DateOnTheLeft, LiteralOfOtherKind};
 
 }  // namespace
 
 std::span<const FailureRule> ValueRules() {
-  return kRules;
+  return kValueRules;
 }
 
 }  // namespace kestra

@@ -5,9 +5,9 @@
 namespace kestra {
 namespace {
 
-// Fewer tests than these are not worth a preparation.
-constexpr size_t kFewTests = 32;
-constexpr size_t kFewRows = 8;
+// Fewer tests than these are not worth a preparation, and fewer rows no index.
+constexpr size_t kLeastTests = 32;
+constexpr size_t kLeastIndexedRows = 8;
 
 }  // namespace
 
@@ -17,10 +17,10 @@ CRowFinder::CRowFinder(QueryContext& context, ParseNode* pCondition, CScopeShape
       m_shape(std::move(shape)),
       m_rows(rows),
       m_hasCondition(pCondition != nullptr) {
-  const bool isWorthIt = rows.Count() > 0 && expectedRounds >= kFewTests / rows.Count() + 1;
+  const bool isWorthIt = rows.Count() > 0 && expectedRounds >= kLeastTests / rows.Count() + 1;
   if (!context.UsesShortcuts || !pCondition || !isWorthIt) return;
   m_pCompiled = CCompiledCondition::Make(*pCondition, m_shape);
-  if (m_pCompiled && expectedRounds > 1 && rows.Count() >= kFewRows)
+  if (m_pCompiled && expectedRounds > 1 && rows.Count() >= kLeastIndexedRows)
     m_plan = FindEquality(*m_pCompiled, m_shape.Count() - 1);
 }
 

@@ -16,6 +16,7 @@ class CListing {
   }
   // Of what IsOf says.
   ValueVector& Rows() const { return *m_poRows; }
+  // The rows are shared, and must not change any more.
   void Keep(DiagModule& module, const std::string& className, ValueVector& rows) {
     m_className = className;
     m_poRows = Ref<ValueVector>(&rows);

@@ -7,15 +7,16 @@
 
 #include "Modules/Processes/ProcessItem.h"
 #include "Modules/Processes/ProcessesModule.h"
+#include "tests/Modules/Processes/ClockTick.h"
 #include "tests/support/FakeMachine.h"
 
 namespace kestra {
 namespace {
 
 using test::CFakeMachine;
+using test::kClockTickMs;
 
 constexpr uint32_t kShortTimeOut = 30;
-constexpr std::chrono::milliseconds kClockTick(16);
 constexpr uint64_t kStartTime = 4711;
 
 Ref<CProcessItem> MakeItem(const Ref<CFakeMachine>& machine, const ProcessRecord& record,
@@ -96,7 +97,7 @@ TEST(ProcessDelete, AMachineWithoutProcessesHasNoneToEnd) {
   EXPECT_EQ(message.SystemError, kErrorCallNotImplemented);
 }
 
-struct EndCase {
+struct DeleteCase {
   const char* what;
   SystemError openError;
   SystemError closeError;
@@ -109,7 +110,7 @@ struct EndCase {
 };
 
 TEST(ProcessDelete, AsksThenWaitsThenForces) {
-  const EndCase cases[] = {
+  const DeleteCase cases[] = {
       {"ends when asked", 0, 0, 0, true, false, false, 0, "open close"},
       {"ends by itself, and asking it fails", 0, kErrorAccessDenied, 0, false, true, false, 0,
        "open close"},
@@ -124,7 +125,7 @@ TEST(ProcessDelete, AsksThenWaitsThenForces) {
       {"cancelled as it ends: the cancel counts", 0, 0, 0, true, false, true, kErrorCancelled,
        "open close"},
   };
-  for (const EndCase& c : cases) {
+  for (const DeleteCase& c : cases) {
     SCOPED_TRACE(c.what);
     auto machine = MakeRef<CFakeMachine>(SystemFamily::Linux);
     auto termination = MakeRef<os::CEvent>();
@@ -146,7 +147,7 @@ TEST(ProcessDelete, AsksThenWaitsThenForces) {
     const auto taken = std::chrono::steady_clock::now() - begun;
     // It has had its time; a wait may end a tick of the system's clock early.
     if (state->terminations > 0) {
-      EXPECT_GE(taken, std::chrono::milliseconds(kShortTimeOut) - kClockTick);
+      EXPECT_GE(taken, std::chrono::milliseconds(kShortTimeOut - kClockTickMs));
     }
     EXPECT_EQ(message.Success, isSuccess);
     EXPECT_EQ(message.SystemError, c.error);

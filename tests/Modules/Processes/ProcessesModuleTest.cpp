@@ -47,7 +47,7 @@ ProcessRecord EmptyValuesRecord() {
   return record;
 }
 
-ProcessRecord OldTask() {
+ProcessRecord OldTaskRecord() {
   ProcessRecord record = BareRecord(600);  // the PID of the process that runs the task
   record.ThreadID = 12;
   record.TaskId = 7;
@@ -90,7 +90,7 @@ TEST(ProcessesModule, ShowsWhatARecordKnows) {
       {"the first ordinary one", SystemFamily::Windows, "", FullRecord(5),
        "PID=5 ParentProcessID=1 ImageName=tool FilePath=/opt/tool MemoryUsage=2048 "
        "HandleCount=3 ProcessArchitecture=2 WindowTitle=Tool"},
-      {"a 16-bit task", SystemFamily::Windows, "", OldTask(),
+      {"a 16-bit task", SystemFamily::Windows, "", OldTaskRecord(),
        "ThreadID=12 ImageName=OLD.EXE FilePath=C:\\OLD.EXE ProcessArchitecture=0"},
       {"may not be read", SystemFamily::Linux, "ShowUserAndComLine=1", BareRecord(9), "PID=9"},
       {"zero and empty are not shown", SystemFamily::Linux, "ShowUserAndComLine=1",

@@ -15,14 +15,16 @@
 #include "platform/os/Event.h"
 #include "platform/os/HostEnvironment.h"
 #include "platform/os/process/ChildProcess.h"
+#include "tests/Modules/Processes/ClockTick.h"
 #include "tests/support/TempDirectory.h"
 
 namespace kestra {
 namespace {
 
+using test::kClockTickMs;
+
 constexpr uint32_t kLongEnough = 10000;  // milliseconds, for what should take none
 constexpr uint32_t kImpatient = 300;     // milliseconds, for one that does not listen
-constexpr uint32_t kClockTick = 16;      // milliseconds that a wait and a clock may differ by
 constexpr uint32_t kAsked = 7;           // the exit code of a peer whose window was closed
 
 // A child of tests/support/win32/window_peer.cpp. It is held, so that its number stays its own.
@@ -205,7 +207,7 @@ TEST(WindowsProcess, HasTheStartTimeOfTheKernelsList) {
   EXPECT_TRUE(found->FilePath.has_value());
 }
 
-struct EndCase {
+struct PeerCase {
   const char* mode;
   uint32_t timeOutMs;
   uint32_t exitCode;
@@ -213,9 +215,9 @@ struct EndCase {
 
 // One with a window ends by itself when that is closed; the others are ended by force.
 TEST(WindowsProcess, IsAskedToCloseAndThenEnded) {
-  const EndCase cases[] = {
+  const PeerCase cases[] = {
       {"window", kLongEnough, kAsked}, {"deaf", kImpatient, 0}, {"silent", kImpatient, 0}};
-  for (const EndCase& c : cases) {
+  for (const PeerCase& c : cases) {
     SCOPED_TRACE(c.mode);
     const CPeer peer(c.mode);
     ASSERT_TRUE(peer.IsReady());
@@ -228,7 +230,7 @@ TEST(WindowsProcess, IsAskedToCloseAndThenEnded) {
     EXPECT_TRUE(pItem->Delete(message)) << message.SystemError;
     const uint32_t taken = os::TickCount() - begun;
     if (c.timeOutMs == kImpatient) {
-      EXPECT_GE(taken, kImpatient - kClockTick);
+      EXPECT_GE(taken, kImpatient - kClockTickMs);
     }
     ASSERT_TRUE(peer.EndsWithin(kLongEnough));
     EXPECT_EQ(peer.ExitCode(), c.exitCode);

@@ -16,9 +16,9 @@ namespace {
 using test::CEventAtLook;
 using test::CFailingMachine;
 using test::CFakeMachine;
+using test::kCfgPath;
 using test::Show;
 
-constexpr char kPath[] = "C:\\data.cfg";
 constexpr uint32_t kMostCalls = 200;
 
 // A tree whose text takes several pieces to write, and looks at the event in all stages.
@@ -36,19 +36,20 @@ Ref<CfgNode> BigTree(const std::string& text) {
 
 std::string Loaded(CFileSystem& files, uint32_t key) {
   CfgNode node;
-  return node.LoadFile(files, kPath, "", CfgMode::All, key, CfgLayout::Cfg) ? Show(node) : "none";
+  return node.LoadFile(files, kCfgPath, "", CfgMode::All, key, CfgLayout::Cfg) ? Show(node)
+                                                                               : "none";
 }
 
 // Old and new trees, the old one saved.
 struct Fixture {
   explicit Fixture(uint32_t theKey) : key(theKey) {
     machine->files.AddDirectory("C:\\");
-    EXPECT_TRUE(before->SaveFile(machine->files, kPath, key, key != 0, CfgLayout::Cfg));
+    EXPECT_TRUE(before->SaveFile(machine->files, kCfgPath, key, key != 0, CfgLayout::Cfg));
   }
   // After a save that answered this.
   void ExpectWhole(bool isSaved, uint32_t call) {
     EXPECT_EQ(Loaded(machine->files, key), Show(isSaved ? *after : *before)) << call;
-    EXPECT_TRUE(before->SaveFile(machine->files, kPath, key, key != 0, CfgLayout::Cfg));
+    EXPECT_TRUE(before->SaveFile(machine->files, kCfgPath, key, key != 0, CfgLayout::Cfg));
   }
 
   uint32_t key;
@@ -65,7 +66,7 @@ TEST(CfgFault, ASaveWhoseNthCallFails) {
     for (; call < kMostCalls; ++call) {
       failing.FailCall(call, kErrorDiskFull);
       const bool isSaved =
-          test.after->SaveFile(*failing.Files(), kPath, key, key != 0, CfgLayout::Cfg);
+          test.after->SaveFile(*failing.Files(), kCfgPath, key, key != 0, CfgLayout::Cfg);
       if (!failing.HasFailed()) break;
       test.ExpectWhole(isSaved, call);
     }
@@ -82,7 +83,7 @@ TEST(CfgFault, ALoadWhoseNthCallFails) {
     failing.FailCall(call, kErrorIoDevice);
     CfgNode node;
     const bool isLoaded =
-        node.LoadFile(*failing.Files(), kPath, "", CfgMode::All, 0, CfgLayout::Cfg);
+        node.LoadFile(*failing.Files(), kCfgPath, "", CfgMode::All, 0, CfgLayout::Cfg);
     EXPECT_EQ(isLoaded, !failing.HasFailed()) << call;
     EXPECT_EQ(Show(node), failing.HasFailed() ? "" : Show(*test.before)) << call;
     if (!failing.HasFailed()) break;
@@ -97,13 +98,13 @@ TEST(CfgFault, CancelAtTheNthLook) {
   for (; look < 10 * kMostCalls; ++look) {
     const CEventAtLook saving(look);
     const bool isSaved =
-        test.after->SaveFile(test.machine->files, kPath, 77, true, CfgLayout::Cfg, &saving);
+        test.after->SaveFile(test.machine->files, kCfgPath, 77, true, CfgLayout::Cfg, &saving);
     EXPECT_EQ(isSaved, !saving.WasSeen()) << look;
     test.ExpectWhole(isSaved, look);
     const CEventAtLook loading(look);
     CfgNode node;
-    const bool isLoaded =
-        node.LoadFile(test.machine->files, kPath, "", CfgMode::All, 77, CfgLayout::Cfg, &loading);
+    const bool isLoaded = node.LoadFile(test.machine->files, kCfgPath, "", CfgMode::All, 77,
+                                        CfgLayout::Cfg, &loading);
     EXPECT_EQ(isLoaded, !loading.WasSeen()) << look;
     EXPECT_EQ(Show(node), isLoaded ? Show(*test.before) : "") << look;
     if (isSaved && isLoaded) break;

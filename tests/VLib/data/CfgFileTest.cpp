@@ -11,9 +11,8 @@ namespace kestra {
 namespace {
 
 using test::CFakeFileSystem;
+using test::kCfgPath;
 using test::Show;
-
-constexpr char kPath[] = "C:\\data.cfg";
 
 struct SelectCase {
   const char* sectionPath;
@@ -91,17 +90,17 @@ TEST(CfgFile, TellsOfItsFile) {
   node.SetText("a", "1");
   EXPECT_FALSE(node.Save(files, 0, false, CfgLayout::Cfg));  // where to?
   files.now = FileTime{1000};
-  ASSERT_TRUE(node.SaveFile(files, kPath, 0, false, CfgLayout::Cfg));
-  EXPECT_EQ(node.File->Path, kPath);
+  ASSERT_TRUE(node.SaveFile(files, kCfgPath, 0, false, CfgLayout::Cfg));
+  EXPECT_EQ(node.File->Path, kCfgPath);
   EXPECT_EQ(node.File->LastWrite.ticks, 1000u);
   CfgNode read;
-  ASSERT_TRUE(read.LoadFile(files, kPath, "", CfgMode::All, 0, CfgLayout::Cfg));
+  ASSERT_TRUE(read.LoadFile(files, kCfgPath, "", CfgMode::All, 0, CfgLayout::Cfg));
   EXPECT_EQ(read.File->LastWrite.ticks, 1000u);
   files.now = FileTime{2000};
   read.SetText("b", "2");
   ASSERT_TRUE(read.Save(files, 0, false, CfgLayout::Ini));
   EXPECT_EQ(read.File->LastWrite.ticks, 2000u);
-  EXPECT_EQ(files.Content(kPath), "a = 1\r\nb = 2\r\n");
+  EXPECT_EQ(files.Content(kCfgPath), "a = 1\r\nb = 2\r\n");
   EXPECT_FALSE(node.SaveFile(files, "C:\\none\\data.cfg", 0, false, CfgLayout::Cfg));
   EXPECT_EQ(node.File->LastWrite.ticks, 0u);
 }
@@ -109,25 +108,25 @@ TEST(CfgFile, TellsOfItsFile) {
 TEST(CfgFile, SavingKeepsAttributesAndFollowsLinks) {
   CFakeFileSystem files('\\');
   constexpr uint32_t kHiddenSystem = kFileAttributeHidden | kFileAttributeSystem;
-  files.Add(kPath, {.attributes = kHiddenSystem, .content = "a=1"});
+  files.Add(kCfgPath, {.attributes = kHiddenSystem, .content = "a=1"});
   files.Add("C:\\link", {.kind = FileKind::Link,
                          .attributes = kFileAttributeReparsePoint,
                          .lastWriteTime = FileTime{1},
-                         .linkTarget = kPath});
+                         .linkTarget = kCfgPath});
   CfgNode node;
   node.SetText("b", "2");
   ASSERT_TRUE(node.SaveFile(files, "C:\\link", 0, false, CfgLayout::Cfg));
   EXPECT_EQ(node.File->LastWrite, files.now);
-  EXPECT_EQ(files.Content(kPath), " b = 2\r\n");
+  EXPECT_EQ(files.Content(kCfgPath), " b = 2\r\n");
   FileInfo info;
-  ASSERT_EQ(files.Info(kPath, info), kErrorSuccess);
+  ASSERT_EQ(files.Info(kCfgPath, info), kErrorSuccess);
   EXPECT_EQ(info.attributes, kHiddenSystem);
 
   files.Add("C:\\readonly", {.attributes = kFileAttributeReadOnly, .content = "a=1"});
   EXPECT_FALSE(node.SaveFile(files, "C:\\readonly", 0, false, CfgLayout::Cfg));
   EXPECT_EQ(files.Content("C:\\readonly"), "a=1");
   files.isReadOnly = true;
-  EXPECT_FALSE(node.SaveFile(files, kPath, 0, false, CfgLayout::Cfg));
+  EXPECT_FALSE(node.SaveFile(files, kCfgPath, 0, false, CfgLayout::Cfg));
 }
 
 // What stands in the file for a value of so many characters.
@@ -136,8 +135,8 @@ std::string Saved(std::string value, uint32_t key, bool compress) {
   files.AddDirectory("C:\\");
   CfgNode node;
   node.SetText("k", std::move(value));
-  EXPECT_EQ(node.SaveFile(files, kPath, key, compress, CfgLayout::Ini), key != 0 || !compress);
-  return files.Content(kPath);
+  EXPECT_EQ(node.SaveFile(files, kCfgPath, key, compress, CfgLayout::Ini), key != 0 || !compress);
+  return files.Content(kCfgPath);
 }
 
 TEST(CfgFile, LayersAroundTheText) {
@@ -170,16 +169,16 @@ TEST(CfgFile, AFileThatWouldLookLikeUtf16ReadsBack) {
   files.AddDirectory("C:\\");
   CfgNode node;
   node.SetText("\xFF\xFEkey", "v");
-  ASSERT_TRUE(node.SaveFile(files, kPath, 0, false, CfgLayout::Ini));
+  ASSERT_TRUE(node.SaveFile(files, kCfgPath, 0, false, CfgLayout::Ini));
   CfgNode read;
-  EXPECT_TRUE(read.LoadFile(files, kPath, "", CfgMode::All, 0, CfgLayout::Ini));
+  EXPECT_TRUE(read.LoadFile(files, kCfgPath, "", CfgMode::All, 0, CfgLayout::Ini));
   EXPECT_EQ(Show(read), Show(node));
   size_t moved = 0;
   for (uint32_t key = 1; key < 2000; ++key) {
-    ASSERT_TRUE(node.SaveFile(files, kPath, key, false, CfgLayout::Cfg)) << key;
-    moved += files.Content(kPath).size() > sizeof " \xFF\xFEkey = v\r\n" - 1;
+    ASSERT_TRUE(node.SaveFile(files, kCfgPath, key, false, CfgLayout::Cfg)) << key;
+    moved += files.Content(kCfgPath).size() > sizeof " \xFF\xFEkey = v\r\n" - 1;
     CfgNode back;
-    ASSERT_TRUE(back.LoadFile(files, kPath, "", CfgMode::All, key, CfgLayout::Cfg)) << key;
+    ASSERT_TRUE(back.LoadFile(files, kCfgPath, "", CfgMode::All, key, CfgLayout::Cfg)) << key;
     ASSERT_EQ(Show(back), Show(node)) << key;
   }
   EXPECT_GT(moved, 0u);

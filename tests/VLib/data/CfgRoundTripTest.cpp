@@ -14,7 +14,7 @@ using test::CTreeGenerator;
 using test::IsSame;
 using test::Show;
 
-constexpr char kPath[] = "/data.cfg";
+constexpr char kSlashPath[] = "/data.cfg";
 
 Ref<CfgNode> ThroughText(const CfgNode& tree, uint32_t quoteFlags, CfgLayout layout) {
   std::string text;
@@ -27,11 +27,11 @@ Ref<CfgNode> ThroughText(const CfgNode& tree, uint32_t quoteFlags, CfgLayout lay
 Ref<CfgNode> ThroughFile(CfgNode& tree, uint32_t key, bool compress, CfgLayout layout) {
   CFakeFileSystem files('/');
   files.AddDirectory("/");
-  EXPECT_TRUE(tree.SaveFile(files, kPath, key, compress, layout));
+  EXPECT_TRUE(tree.SaveFile(files, kSlashPath, key, compress, layout));
   auto read = MakeRef<CfgNode>();
   // A tree without anything makes an empty file, and that is no data file.
-  EXPECT_EQ(read->LoadFile(files, kPath, "", CfgMode::All, key, layout),
-            !files.Content(kPath).empty());
+  EXPECT_EQ(read->LoadFile(files, kSlashPath, "", CfgMode::All, key, layout),
+            !files.Content(kSlashPath).empty());
   return read;
 }
 

@@ -8,6 +8,9 @@
 
 namespace kestra::test {
 
+// A file of a fake machine.
+constexpr char kCfgPath[] = "C:\\data.cfg";
+
 // "key=text;" for each value, then "[name|...]" for each section. Of a root its content alone.
 std::string Show(const CfgNode& node);
 // The same content, also where they would show alike.

@@ -10,7 +10,7 @@ namespace {
 
 using namespace test;
 
-std::string Sample() {
+std::string SampleBlock() {
   return Node("VS_VERSION_INFO", NodeType::Binary, Fixed({1, 2, 3, 4}, {5, 6, 7, 65535}), 52,
               {Node("StringFileInfo", NodeType::Text, "", 0,
                     {Node("040904b0", NodeType::Text, "", 0,
@@ -23,7 +23,7 @@ std::string Sample() {
 }
 
 TEST(VersionBlock, FindsByPath) {
-  const std::string sample = Sample();
+  const std::string sample = SampleBlock();
   const CVersionBlock block(sample);
   const std::pair<const char*, std::optional<std::string>> cases[] = {
       {"\\StringFileInfo\\040904b0\\CompanyName", "Caf\u00e9 \U0001F326"},
@@ -85,7 +85,7 @@ TEST(VersionBlock, FixedVersionsNeedTheirSignatureAndLength) {
 
 // Every part that is found in a block that was cut off is right or a beginning of what is right.
 TEST(VersionBlock, CutOffAtEveryByte) {
-  const std::string sample = Sample();
+  const std::string sample = SampleBlock();
   const std::string company = "Caf\u00e9 \U0001F326";
   bool wasFound = false;
   for (size_t length = 0; length <= sample.size(); ++length) {

@@ -7,7 +7,6 @@ namespace kestra::test {
 namespace {
 
 constexpr DWORD kLongMs = 20000;  // for what comes at once on a machine that is not busy
-constexpr const wchar_t* kSlow = L"SELECT COUNT(*) FROM Slow(Duration=60000).Entry";
 
 class AsyncHost : public testing::Test {
  protected:

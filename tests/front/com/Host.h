@@ -15,6 +15,9 @@ namespace kestra::test {
 
 using com::CComPtr;
 
+// A query that goes on until it is ended.
+constexpr const wchar_t* kSlow = L"SELECT COUNT(*) FROM Slow(Duration=60000).Entry";
+
 // The library, loaded as long as the object lives. Its objects must be gone by then.
 class CLibrary {
  public:

@@ -8,8 +8,6 @@
 namespace kestra::test {
 namespace {
 
-constexpr const wchar_t* kSlow = L"SELECT COUNT(*) FROM Slow(Duration=60000).Entry";
-
 class SyncHost : public testing::Test {
  protected:
   SyncHost() : m_session(m_library.MakeSession()) { m_session->DisableAsyncMode(); }

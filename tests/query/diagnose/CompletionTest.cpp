@@ -23,14 +23,14 @@ bool Has(const Completions& completions, std::string_view text) {
                      [&](const Completion& entry) { return entry.text == text; });
 }
 
-struct Row {
+struct CompletionCase {
   const char* text;
   const char* begun;    // what is replaced
   const char* with;     // texts that must be there, between blanks
   const char* without;  // texts that must not
 };
 
-constexpr Row kRows[] = {
+constexpr CompletionCase kRows[] = {
     // words
     {"@", "", "SELECT INSERT LEN( GETDATE() NOT CREATE", "FROM WHERE Test Text LEN"},
     {"sel@", "sel", "SELECT", "SUBSTRING"},
@@ -97,7 +97,7 @@ constexpr Row kRows[] = {
 };
 
 TEST(Completion, OffersWhatFits) {
-  for (const Row& row : kRows) {
+  for (const CompletionCase& row : kRows) {
     SCOPED_TRACE(row.text);
     std::string text = row.text;
     text.erase(text.find('@'), 1);

@@ -13,7 +13,7 @@
 namespace kestra::test {
 namespace {
 
-struct Row {
+struct DiagnosisCase {
   const char* text;
   int line;
   int column;
@@ -22,7 +22,7 @@ struct Row {
   const char* suggestion;  // the first; empty for none
 };
 
-void Check(const Row& row, bool isError) {
+void Check(const DiagnosisCase& row, bool isError) {
   SCOPED_TRACE(row.text);
   const auto diagnosis = Diagnose(row.text, DiagnoseRoot());
   if (!diagnosis) {
@@ -38,7 +38,7 @@ void Check(const Row& row, bool isError) {
   EXPECT_EQ(first, row.suggestion);
 }
 
-constexpr Row kWrong[] = {
+constexpr DiagnosisCase kWrong[] = {
     {"SELCT Text FROM Test.Row", 1, 1, 5,
      "\"SELCT\" is no word of the language; did you mean SELECT?", "SELECT"},
     {"SELECT Text FORM Test.Row", 1, 13, 4,
@@ -280,11 +280,11 @@ constexpr Row kWrong[] = {
 };
 
 TEST(Diagnosis, TellsWhatIsWrong) {
-  for (const Row& row : kWrong) Check(row, true);
+  for (const DiagnosisCase& row : kWrong) Check(row, true);
 }
 
 // These parse, and can be run.
-constexpr Row kSuspicious[] = {
+constexpr DiagnosisCase kSuspicious[] = {
     {"SELECT * FROM Test.Rwo", 1, 20, 3, "Test has no class \"Rwo\"; did you mean Row?", "Row"},
     {"SELECT * FROM FILES.FILE", 1, 21, 4, "FILES.FILE needs a path: FILES.FILE('...')", ""},
     {"SELECT Text FROM Test.Row WHERE Text LIKE '%one%'", 1, 43, 7,
@@ -306,7 +306,7 @@ constexpr Row kSuspicious[] = {
 };
 
 TEST(Diagnosis, TellsWhatIsSuspicious) {
-  for (const Row& row : kSuspicious) Check(row, false);
+  for (const DiagnosisCase& row : kSuspicious) Check(row, false);
 }
 
 TEST(Diagnosis, TellsWhatWouldHaveBeenAccepted) {
@@ -335,7 +335,7 @@ TEST(Diagnosis, TellsWhatWouldHaveBeenAccepted) {
 // A suggestion that stands for a token mends the text, where that was its only fault.
 TEST(Diagnosis, SuggestionsMendTheText) {
   size_t mended = 0;
-  for (const Row& row : kWrong) {
+  for (const DiagnosisCase& row : kWrong) {
     const auto diagnosis = Diagnose(row.text, DiagnoseRoot());
     if (!diagnosis || diagnosis->suggestions.empty()) continue;
     std::string text = row.text;

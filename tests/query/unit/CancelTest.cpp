@@ -210,10 +210,10 @@ TEST(TimeOut, EndsAQueryWhereItIsLookedAt) {
       {"right of a join",
        "SELECT a.Id FROM Test.Row b JOIN Slow(Duration=102).Entry a ON a.Id=b.Id"},
       {"before a count",
-       "SELECT COUNT(a.Id) FROM Many(Count=3000).Entry a JOIN Many(Count=3000).Entry b ON "
+       "SELECT COUNT(a.Id) FROM Many(Count=1300).Entry a JOIN Many(Count=1300).Entry b ON "
        "a.Name=b.Name+'x'"},
       {"before an aggregate",
-       "SELECT MAX(a.Id) FROM Many(Count=3000).Entry a JOIN Many(Count=3000).Entry b ON "
+       "SELECT MAX(a.Id) FROM Many(Count=1300).Entry a JOIN Many(Count=1300).Entry b ON "
        "a.Name=b.Name+'x'"},
   };
   for (const auto& c : cases) {

@@ -13,7 +13,7 @@
 namespace kestra::test {
 namespace {
 
-Ref<CFakeMachine> Machine() {
+Ref<CFakeMachine> FilledMachine() {
   const auto machine = MakeRef<CFakeMachine>();
   for (const uint32_t pid : {0u, 4u, 12u, 40u, 41u}) {
     machine->processes.Add({.PID = pid,
@@ -40,7 +40,7 @@ Ref<CFakeMachine> Machine() {
 }
 
 // The result with all that stands in it.
-std::string TextOf(const Value& value) {
+std::string WholeText(const Value& value) {
   if (value.IsVDiagItem()) {
     std::string text;
     const CVDiagItem& item = *value.asVDIagItem();
@@ -53,7 +53,7 @@ std::string TextOf(const Value& value) {
   if (!value.IsVector()) return value.asString();
   std::string text;
   for (size_t i = 0; i < value.asVector().Count(); ++i) {
-    text += TextOf(value.asVector()[i]) + "\n";
+    text += WholeText(value.asVector()[i]) + "\n";
   }
   return text;
 }
@@ -61,7 +61,7 @@ std::string TextOf(const Value& value) {
 class Faults : public testing::TestWithParam<const char*> {};
 
 TEST_P(Faults, EndInRowsOrAnError) {
-  const auto machine = MakeRef<CFailingMachine>(Ref<CMachine>(Machine()));
+  const auto machine = MakeRef<CFailingMachine>(Ref<CMachine>(FilledMachine()));
   const auto answer = [&](const Ref<DiagRoot>& root) {
     Value value;
     EvaluateQuery(value, GetParam(), root, kNoTimeOut, nullptr);
@@ -70,7 +70,7 @@ TEST_P(Faults, EndInRowsOrAnError) {
   };
   machine->FailCall(0, kErrorSuccess);
   const std::string whole =
-      TextOf(answer(MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine))));
+      WholeText(answer(MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine))));
   ASSERT_NE(whole, "");
   const uint32_t calls = machine->Calls();
   ASSERT_GT(calls, 0u);
@@ -90,7 +90,7 @@ TEST_P(Faults, EndInRowsOrAnError) {
       machine->FailCall(0, kErrorSuccess);
       // What was filled with a hole in it stays until it is dropped; what failed is tried again.
       if (value.IsVector()) root->DropAll();
-      EXPECT_EQ(TextOf(answer(root)), whole);
+      EXPECT_EQ(WholeText(answer(root)), whole);
     }
   }
 }
@@ -98,7 +98,7 @@ TEST_P(Faults, EndInRowsOrAnError) {
 // The query is cancelled while the n-th call is made, for every n: it is an Error, or it was over
 // already, and the next one is as if nothing had been.
 TEST_P(Faults, EndWhenCancelledAtAnyCall) {
-  const auto machine = MakeRef<CFailingMachine>(Ref<CMachine>(Machine()));
+  const auto machine = MakeRef<CFailingMachine>(Ref<CMachine>(FilledMachine()));
   Ref<os::CEvent> event;
   machine->OnFailure([&] { event->Set(); });
   const auto answer = [&](const Ref<DiagRoot>& root) {
@@ -109,7 +109,7 @@ TEST_P(Faults, EndWhenCancelledAtAnyCall) {
   };
   machine->FailCall(0, kErrorSuccess);
   const std::string whole =
-      TextOf(answer(MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine))));
+      WholeText(answer(MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine))));
   const uint32_t calls = machine->Calls();
   for (uint32_t n = 1; n <= calls; ++n) {
     SCOPED_TRACE("cancelled at call " + std::to_string(n));
@@ -117,15 +117,15 @@ TEST_P(Faults, EndWhenCancelledAtAnyCall) {
     machine->FailCall(n, kErrorSuccess);
     const Value value = answer(root);
     EXPECT_TRUE(machine->HasFailed());
-    EXPECT_TRUE(value.IsError() || TextOf(value) == whole) << value.asString();
+    EXPECT_TRUE(value.IsError() || WholeText(value) == whole) << value.asString();
     machine->FailCall(0, kErrorSuccess);
-    EXPECT_EQ(TextOf(answer(root)), whole);
+    EXPECT_EQ(WholeText(answer(root)), whole);
   }
 }
 
 // A file that may be listed and not looked at is a row whose size is not known, and not 0.
 TEST(FaultsOfFiles, WhatCannotBeReadIsNotSet) {
-  const auto machine = Machine();
+  const auto machine = FilledMachine();
   machine->files.Add("C:\\Dir\\secret.txt", {.size = 9, .error = kErrorAccessDenied});
   const auto root = MakeRef<DiagRoot>("", ModulesWithTests(), Ref<CMachine>(machine));
   Value value;

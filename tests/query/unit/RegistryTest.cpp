@@ -17,7 +17,7 @@ namespace {
 
 constexpr RegistryRoot kHklm = RegistryRoot::LocalMachine;
 
-Ref<CFakeMachine> Machine() {
+Ref<CFakeMachine> RegistryMachine() {
   auto machine = MakeRef<CFakeMachine>();
   machine->system.width.isWide = true;
   CFakeRegistry& registry = machine->registry;
@@ -41,7 +41,7 @@ Ref<CFakeMachine> Machine() {
   return machine;
 }
 
-std::string TextOf(const Value& value) {
+std::string ShortText(const Value& value) {
   if (value.IsUndefined()) return "-";
   if (value.IsVDiagItem()) {
     const DiagParam* pPath = value.asVDIagItem()->Params.Find("Path", false);
@@ -50,7 +50,7 @@ std::string TextOf(const Value& value) {
   if (!value.IsVector()) return value.asString();
   std::string text;
   for (size_t i = 0; i < value.asVector().Count(); ++i)
-    text += (i > 0 ? " " : "") + TextOf(value.asVector()[i]);
+    text += (i > 0 ? " " : "") + ShortText(value.asVector()[i]);
   return text;
 }
 
@@ -60,7 +60,7 @@ std::string Answer(const Ref<CMachine>& machine, const std::string& query,
   Value value;
   EvaluateQuery(value, query, root, kNoTimeOut,
                 MakeRef<QueryMessage>(Ref<os::CEvent>(), allowActive));
-  return value.IsError() ? "! " + value.asString() : TextOf(value);
+  return value.IsError() ? "! " + value.asString() : ShortText(value);
 }
 
 struct QueryCase {
@@ -109,7 +109,7 @@ TEST(RegistryQueries, Sources) {
       {"SELECT Name FROM Registry(KeyPath='HKLM\\Closed').RegistryKey", "! <ERROR>"},
       {"SELECT Name FROM Registry(KeyPath='HKLM\\*', Timeout=0).RegistryKey", "! <ERROR>"},
   };
-  const auto machine = Machine();
+  const auto machine = RegistryMachine();
   for (const QueryCase& c : cases) EXPECT_EQ(Answer(machine, c.query), c.result) << c.query;
 }
 
@@ -193,7 +193,7 @@ TEST(RegistryQueries, RefusedStatementsChangeNothing) {
       {"DELETE REGISTRY.REGISTRYKEY('HKLM')", denied.c_str()},
       {"UPDATE REGISTRY.REGISTRYKEY('HKLM\\Soft\\Acme') SET Name = 'n'", "11011*strings: Name."},
   };
-  const auto machine = Machine();
+  const auto machine = RegistryMachine();
   const auto top = machine->registry.Find(kHklm, "");
   const std::string before = Dump(*top);
   for (const auto& [statement, pError] : cases) {
@@ -245,7 +245,7 @@ TEST(RegistryQueries, StatementsChangeWhatTheyName) {
       {"DELETE Registry(KeyPath='HKLM\\Soft\\Acme', Levels=9).RegistryKey", "4"},
       {"SELECT Name FROM REGISTRY.REGISTRYKEY('HKLM\\Soft\\Acme')", ""},
   };
-  const auto machine = Machine();
+  const auto machine = RegistryMachine();
   for (const QueryCase& c : cases) EXPECT_EQ(Answer(machine, c.query, true), c.result) << c.query;
 }
 
@@ -254,7 +254,7 @@ TEST(RegistryQueries, StatementsMeetTheViewThatWasListed) {
   const std::string sources[] = {"REGISTRY.REGISTRYVALUE('HKLM64\\Soft\\Own\\Width')",
                                  "Registry(KeyPath='HKLM64\\Soft\\Own').RegistryValue"};
   for (const std::string& source : sources) {
-    const auto machine = Machine();
+    const auto machine = RegistryMachine();
     const auto key = [&](uint32_t view) {
       return machine->registry.Find(kHklm, "Soft\\Own", view);
     };
@@ -286,7 +286,7 @@ class RegistryEnds : public testing::TestWithParam<const char*> {};
 
 // Wherever a cancel comes, the query ends at once as an Error, unless all was found by then.
 TEST_P(RegistryEnds, AtACancel) {
-  const auto machine = Machine();
+  const auto machine = RegistryMachine();
   const std::string whole = Answer(machine, GetParam());
   for (uint32_t n = 1;; ++n) {
     const auto event = MakeRef<os::CEvent>();
@@ -303,12 +303,12 @@ TEST_P(RegistryEnds, AtACancel) {
     }
     EXPECT_LE(calls, n + 2) << n;  // a key that is open shows what it is
     EXPECT_TRUE(calls == n || value.IsError()) << n;
-    EXPECT_TRUE(value.IsError() || TextOf(value) == whole) << n;
+    EXPECT_TRUE(value.IsError() || ShortText(value) == whole) << n;
   }
 }
 
 TEST_P(RegistryEnds, InTime) {
-  const auto machine = Machine();
+  const auto machine = RegistryMachine();
   uint32_t calls = 0;
   machine->registry.onCall = [&] {
     if (++calls == 3) os::Sleep(60);
@@ -316,7 +316,7 @@ TEST_P(RegistryEnds, InTime) {
   const auto root = MakeRef<DiagRoot>("", BuiltInModules(), Ref<CMachine>(machine));
   Value value;
   EvaluateQuery(value, GetParam(), root, 50, MakeRef<QueryMessage>(Ref<os::CEvent>(), false));
-  EXPECT_TRUE(value.IsError()) << TextOf(value);
+  EXPECT_TRUE(value.IsError()) << ShortText(value);
   EXPECT_EQ(value.asString(), "<ERROR>");
 }
 

@@ -5,7 +5,8 @@
 namespace kestra::image {
 namespace {
 
-constexpr std::string_view kDefaultUser = ".Default";
+// As Wine writes it.
+constexpr std::string_view kWineDefaultUser = ".Default";
 // The one user that Wine's own tools know, should the file not tell.
 constexpr std::string_view kOnlySid = "S-1-5-21-0-0-0-1000";
 
@@ -70,7 +71,7 @@ SystemError CWineLayout::Profiles(std::vector<Profile>& profiles) {
 
 SystemError CWineLayout::MountNames(const VolumeNode& node, std::vector<std::string>& names) {
   if (node.zone != Zone::Users) return kErrorSuccess;
-  if (m_default.IsThere()) names.emplace_back(kDefaultUser);
+  if (m_default.IsThere()) names.emplace_back(kWineDefaultUser);
   const SystemError error = m_user.Load();
   if (error == kErrorSuccess) names.push_back(Sid());
   // Without the user there is the rest; a notice tells what is lacking.
@@ -79,7 +80,7 @@ SystemError CWineLayout::MountNames(const VolumeNode& node, std::vector<std::str
 
 SystemError CWineLayout::Child(const VolumeNode& node, std::string_view name, VolumeNode& child) {
   if (node.zone != Zone::Users) return FindChild(node, name, child);
-  if (EqualsNoCase(name, kDefaultUser)) return RootNode(m_default, Zone::Plain, child);
+  if (EqualsNoCase(name, kWineDefaultUser)) return RootNode(m_default, Zone::Plain, child);
   if (const SystemError error = m_user.Load()) return error;
   return EqualsNoCase(name, Sid()) ? RootNode(m_user, Zone::Plain, child) : kErrorFileNotFound;
 }

@@ -17,8 +17,8 @@ using test::CFakeWindowsProcesses;
 using enum ProcessLibrary;
 
 // A machine of a system class and width, with four processes.
-struct Stage {
-  explicit Stage(uint32_t systemClass = 11, uint32_t bitness = 2) {
+struct FourProcesses {
+  explicit FourProcesses(uint32_t systemClass = 11, uint32_t bitness = 2) {
     machine->system.windows = test::VersionOfKind(systemClass);
     machine->system.width.isWide = bitness == 2;
     machine->processes.windows = &windows;
@@ -92,7 +92,7 @@ TEST(EnumeratorChoice, IsBySystemClassWidthAndLibraries) {
     for (const uint32_t systemClass : c.classes) {
       SCOPED_TRACE(testing::Message() << "class " << systemClass << " width " << c.bitness
                                       << " missing " << c.missing.size());
-      Stage stage(systemClass, c.bitness);
+      FourProcesses stage(systemClass, c.bitness);
       stage.windows.missingLibraries = c.missing;
       EXPECT_EQ(stage.Enum(), c.succeeds);
       EXPECT_EQ(Asked(stage.windows), c.asked);
@@ -122,7 +122,7 @@ TEST(EnumeratorChoice, WhatOneThatFailsLeaves) {
   };
   for (const FailureCase& c : cases) {
     SCOPED_TRACE(c.function);
-    Stage stage(c.systemClass, c.bitness);
+    FourProcesses stage(c.systemClass, c.bitness);
     stage.windows.missing.insert(c.function);
     EXPECT_EQ(stage.Enum(), c.succeeds);
     EXPECT_EQ(stage.message.Success, c.succeeds);
@@ -164,7 +164,7 @@ TEST(EnumeratorChoice, EachTellsWhatItsSystemDoes) {
   };
   for (const DetailCase& c : cases) {
     SCOPED_TRACE(testing::Message() << "class " << c.systemClass << " width " << c.bitness);
-    Stage stage(c.systemClass, c.bitness);
+    FourProcesses stage(c.systemClass, c.bitness);
     ASSERT_TRUE(stage.Enum(c.wantUser));
     ASSERT_EQ(stage.records.size(), 4u);
     EXPECT_EQ(Shown(stage.records[1]), c.kernel);
@@ -195,7 +195,7 @@ TEST(EnumeratorChoice, ANumberThatIsAnothersTellsNothing) {
   };
   for (const ReusedCase& c : cases) {
     SCOPED_TRACE(c.what);
-    Stage stage(c.systemClass);
+    FourProcesses stage(c.systemClass);
     stage.windows.onCall = [&](const std::string& call) {
       if (call == "OpenProcess") stage.windows.processes[2].startTime = c.startTime;
     };
@@ -209,7 +209,7 @@ TEST(EnumeratorChoice, ANumberThatIsAnothersTellsNothing) {
 TEST(EnumeratorChoice, FollowsAKernelListThatGrows) {
   for (const size_t growth : {size_t{0x10000}, size_t{0x10000000}}) {
     SCOPED_TRACE(growth);
-    Stage stage(10, 2);
+    FourProcesses stage(10, 2);
     stage.windows.listGrowth = growth;
     const bool succeeds = growth == 0x10000;
     EXPECT_EQ(stage.Enum(), succeeds);
@@ -223,7 +223,7 @@ TEST(EnumeratorChoice, AnyCallMayFail) {
   for (const auto& [systemClass, bitness] : {std::pair{11u, 2u}, {11u, 1u}, {10u, 1u}, {10u, 2u}}) {
     for (uint32_t call = 1;; ++call) {
       SCOPED_TRACE(testing::Message() << systemClass << " " << bitness << " call " << call);
-      Stage stage(systemClass, bitness);
+      FourProcesses stage(systemClass, bitness);
       stage.windows.callerSession = 1;
       stage.windows.processes[2].session = 1;
       stage.windows.plan.FailCall(call, kErrorIoDevice, test::Facility::Any);
@@ -243,7 +243,7 @@ TEST(EnumeratorChoice, AnyCallMayFail) {
 TEST(EnumeratorChoice, IsCancelledBetweenTwoProcesses) {
   for (const auto& [systemClass, bitness] : {std::pair{11u, 2u}, {10u, 1u}, {10u, 2u}, {5u, 1u}}) {
     SCOPED_TRACE(systemClass);
-    Stage stage(systemClass, bitness);
+    FourProcesses stage(systemClass, bitness);
     auto termination = MakeRef<os::CEvent>();
     const char* last = systemClass == 5 ? "Process32Next" : "OpenProcess";
     stage.windows.onCall = [&](const std::string& call) {

@@ -15,8 +15,8 @@ using test::CFakeWindowsProcesses;
 
 constexpr uint32_t kShortTimeOut = 20;
 
-struct Stage {
-  explicit Stage(bool isWide = false, uint32_t systemClass = 9) {
+struct OldTaskHost {
+  explicit OldTaskHost(bool isWide = false, uint32_t systemClass = 9) {
     machine->system.windows = test::VersionOfKind(systemClass);
     machine->system.width.isWide = isWide;
     machine->processes.windows = &windows;
@@ -43,7 +43,7 @@ struct Stage {
 };
 
 TEST(OldTasks, AreListedBehindTheirProcess) {
-  Stage stage;
+  OldTaskHost stage;
   const auto module = stage.Fill();
   ASSERT_EQ(module->Children.Count(), 5u);
   EXPECT_EQ(Show(*module->Children.Get(1)),
@@ -67,48 +67,52 @@ std::string Changes(const CFakeWindowsProcesses& windows) {
 
 struct EndCase {
   const char* what;
-  void (*change)(Stage&);                  // after the list was taken
-  void (*whenAsked)(Stage&, os::CEvent&);  // as its windows are asked to close
-  SystemError error;                       // kErrorCancelled: it must not wait for the time-out
+  void (*change)(OldTaskHost&);                  // after the list was taken
+  void (*whenAsked)(OldTaskHost&, os::CEvent&);  // as its windows are asked to close
+  SystemError error;  // kErrorCancelled: it must not wait for the time-out
   const char* changes;
 };
 
-void Leave(Stage& stage) {
+void Leave(OldTaskHost& stage) {
   auto& tasks = stage.windows.processes[0].oldTasks;
   tasks.erase(tasks.begin());
 }
-void EndHost(Stage& stage) {
+void EndHost(OldTaskHost& stage) {
   stage.windows.processes.erase(stage.windows.processes.begin());
 }
-void LoseTheTasks(Stage& stage) {
+void LoseTheTasks(OldTaskHost& stage) {
   stage.windows.missing = {"VDMEnumTaskWOWEx"};
 }
-void Stay(Stage&) {}
-void StayToo(Stage&, os::CEvent&) {}
+void Stay(OldTaskHost&) {}
+void StayToo(OldTaskHost&, os::CEvent&) {}
 
 TEST(OldTasks, AreAskedThenEnded) {
   const EndCase cases[] = {
       {"stays", Stay, StayToo, 0, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
-      {"goes when asked", Stay, [](Stage& s, os::CEvent&) { Leave(s); }, 0, "WM_CLOSE 12;"},
-      {"goes with its process", Stay, [](Stage& s, os::CEvent&) { EndHost(s); }, 0, "WM_CLOSE 12;"},
+      {"goes when asked", Stay, [](OldTaskHost& s, os::CEvent&) { Leave(s); }, 0, "WM_CLOSE 12;"},
+      {"goes with its process", Stay, [](OldTaskHost& s, os::CEvent&) { EndHost(s); }, 0,
+       "WM_CLOSE 12;"},
       {"had gone", Leave, StayToo, kErrorInvalidHandle, ""},
       {"nobody can tell whether it had", LoseTheTasks, StayToo, kErrorCallNotImplemented, ""},
-      {"nobody can tell whether it went", Stay, [](Stage& s, os::CEvent&) { LoseTheTasks(s); },
-       kErrorCallNotImplemented, "WM_CLOSE 12;"},
-      {"cannot be ended", [](Stage& s) { s.windows.missing = {"VDMTerminateTaskWOW 300 7"}; },
+      {"nobody can tell whether it went", Stay,
+       [](OldTaskHost& s, os::CEvent&) { LoseTheTasks(s); }, kErrorCallNotImplemented,
+       "WM_CLOSE 12;"},
+      {"cannot be ended", [](OldTaskHost& s) { s.windows.missing = {"VDMTerminateTaskWOW 300 7"}; },
        StayToo, kErrorCallNotImplemented, "WM_CLOSE 12;VDMTerminateTaskWOW 300 7;"},
       {"its process has gone", EndHost, StayToo, kErrorInvalidHandle, ""},
-      {"its process is another now", [](Stage& s) { s.windows.processes[0].exeName = "b.exe"; },
-       StayToo, kErrorInvalidHandle, ""},
-      {"no list", [](Stage& s) { s.windows.missing = {"CreateToolhelp32Snapshot"}; }, StayToo,
+      {"its process is another now",
+       [](OldTaskHost& s) { s.windows.processes[0].exeName = "b.exe"; }, StayToo,
+       kErrorInvalidHandle, ""},
+      {"no list", [](OldTaskHost& s) { s.windows.missing = {"CreateToolhelp32Snapshot"}; }, StayToo,
        kErrorCallNotImplemented, ""},
-      {"no library", [](Stage& s) { s.windows.missingLibraries = {ProcessLibrary::VdmDbg}; },
+      {"no library", [](OldTaskHost& s) { s.windows.missingLibraries = {ProcessLibrary::VdmDbg}; },
        StayToo, kErrorInvalidFunction, ""},
-      {"cancelled", Stay, [](Stage&, os::CEvent& e) { e.Set(); }, kErrorCancelled, "WM_CLOSE 12;"},
+      {"cancelled", Stay, [](OldTaskHost&, os::CEvent& e) { e.Set(); }, kErrorCancelled,
+       "WM_CLOSE 12;"},
   };
   for (const EndCase& c : cases) {
     SCOPED_TRACE(c.what);
-    Stage stage;
+    OldTaskHost stage;
     const auto module = stage.Fill(c.error == kErrorCancelled ? os::kInfinite : kShortTimeOut);
     c.change(stage);
     auto termination = MakeRef<os::CEvent>();
@@ -125,7 +129,7 @@ TEST(OldTasks, AreAskedThenEnded) {
 // Systems of 64 bits and those of the 9x family have no such process.
 TEST(OldTasks, AreEndedWhereThereAreAny) {
   for (const auto& [isWide, systemClass] : {std::pair{true, 9u}, {false, 3u}}) {
-    Stage stage;
+    OldTaskHost stage;
     const auto module = stage.Fill();
     stage.machine->system.windows = test::VersionOfKind(systemClass);
     stage.machine->system.width.isWide = isWide;

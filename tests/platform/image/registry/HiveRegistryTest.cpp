@@ -13,17 +13,7 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr const char* kConfig = "C:\\Windows\\System32\\config\\";
-const std::string kWide = KESTRA_MADE_VOLUMES "/wide";
 const std::string kNarrow = KESTRA_MADE_VOLUMES "/narrow";
-constexpr uint32_t k32 = kKeyWow64Key32;
-constexpr uint32_t k64 = kKeyWow64Key64;
-
-struct Question {
-  const char* path;
-  uint32_t access;
-  const char* answer;
-};
 
 TEST(HiveRegistry, JoinsTheHives) {
   CRegistryFiles files(kWide);
@@ -287,8 +277,8 @@ TEST(HiveRegistry, TellsNoneFromUnreadable) {
     const char* answer;
     const char* notice;  // in the only one; null: none
   };
-  const std::string software = std::string(kConfig) + "SOFTWARE";
-  const std::string system = std::string(kConfig) + "SYSTEM";
+  const std::string software = kConfig + "SOFTWARE";
+  const std::string system = kConfig + "SYSTEM";
   const Case cases[] = {
       {[&](auto& files) { files.Remove(software); }, "HKLM", "SAM|SECURITY|SYSTEM", nullptr},
       {[&](auto& files) { files.Remove(software); }, "HKLM\\SOFTWARE", "error 2", "is missing"},
@@ -335,7 +325,7 @@ TEST(HiveRegistry, LivesThroughDamageEverywhere) {
   EXPECT_THAT(files.Notices(), testing::Contains(HasSubstr("SOFTWARE is")));
 
   CRegistryFiles small(kWide);
-  std::string& bytes = small[std::string(kConfig) + "SAM"];
+  std::string& bytes = small[kConfig + "SAM"];
   const std::string whole = bytes;
   int notices = 0;
   int unchanged = 0;
@@ -364,7 +354,7 @@ TEST(HiveRegistry, LivesThroughDamageEverywhere) {
 
 TEST(HiveRegistry, TellsOnceThatThereIsNoControlSet) {
   CRegistryFiles files(kWide);
-  std::string& bytes = files[std::string(kConfig) + "SYSTEM"];
+  std::string& bytes = files[kConfig + "SYSTEM"];
   const size_t select = bytes.find("Select");
   bytes.replace(select, 6, "Zelect");
   const auto registry = files.Hives("alice");

@@ -11,6 +11,18 @@
 
 namespace kestra::test {
 
+inline const std::string kConfig = "C:\\Windows\\System32\\config\\";  // where the hives lie
+inline const std::string kWide = KESTRA_MADE_VOLUMES "/wide";          // of a 64-bit system
+constexpr uint32_t k32 = kKeyWow64Key32;
+constexpr uint32_t k64 = kKeyWow64Key64;
+
+// What SubKeys() gives for a key.
+struct Question {
+  const char* path;
+  uint32_t access;
+  const char* answer;
+};
+
 // Names are found without regard to case. The registries made use it as long as they live.
 class CRegistryFiles {
  public:

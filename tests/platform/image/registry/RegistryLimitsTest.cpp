@@ -18,9 +18,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-const std::string kConfig = "C:\\Windows\\System32\\config\\";
-const std::string kWide = KESTRA_MADE_VOLUMES "/wide";
-
 std::string Made(const std::string& name) {
   return ReadWholeFile(KESTRA_MADE_HIVES "/" + name);
 }

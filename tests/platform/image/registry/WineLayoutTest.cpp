@@ -10,8 +10,6 @@ using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
 
-constexpr uint32_t k32 = kKeyWow64Key32;
-
 // A link's value, as Wine writes it.
 std::string Link(const std::string& target) {
   std::string text = "#link\n\"SymbolicLinkValue\"=hex(6):";
@@ -53,12 +51,6 @@ CRegistryFiles& Fill(CRegistryFiles& files, const std::string& arch = "win64") {
   files["userdef.reg"] = head + "User\\\\.Default" + options + "[Environment] 1\n";
   return files;
 }
-
-struct Question {
-  const char* path;
-  uint32_t access;
-  const char* answer;
-};
 
 TEST(WineLayout, ShowsTheTreeOfTheRunningPrefix) {
   CRegistryFiles files;

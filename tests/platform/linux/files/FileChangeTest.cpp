@@ -23,7 +23,7 @@ using test::NamesIn;
 using test::ReadWholeFile;
 namespace fs = std::filesystem;
 
-struct stat StatusOf(const std::string& path) {
+struct stat LinkStatusOf(const std::string& path) {
   struct stat status {};
   EXPECT_EQ(lstat(path.c_str(), &status), 0) << path;
   return status;
@@ -85,7 +85,7 @@ TEST_F(LinuxFileChange, CopiesPlainFilesAndReplacesNothing) {
         << c.from << c.to;
   EXPECT_EQ(NamesIn(directory.Path()), before);
   EXPECT_EQ(files->CopyPlainFile(directory / "link", directory / "new", nullptr), kErrorSuccess);
-  EXPECT_TRUE(S_ISREG(StatusOf(directory / "new").st_mode));
+  EXPECT_TRUE(S_ISREG(LinkStatusOf(directory / "new").st_mode));
   EXPECT_EQ(ReadWholeFile(directory / "new"), "text");
 }
 
@@ -97,7 +97,7 @@ TEST_F(LinuxFileChange, ACopyHasTheModeAndTheTime) {
     fs::remove(directory / "new");
     ASSERT_EQ(chmod((directory / "file").c_str(), static_cast<mode_t>(mode)), 0);
     EXPECT_EQ(files->CopyPlainFile(directory / "file", directory / "new", nullptr), kErrorSuccess);
-    const struct stat status = StatusOf(directory / "new");
+    const struct stat status = LinkStatusOf(directory / "new");
     EXPECT_EQ(status.st_mode & 07777, static_cast<mode_t>(expected));
     EXPECT_EQ(status.st_mtim.tv_sec, 2000);
     EXPECT_EQ(status.st_mtim.tv_nsec, 123456789);
@@ -144,7 +144,7 @@ TEST_F(LinuxFileChange, ReadOnlyIsTheMissingRightToWrite) {
   };
   for (const Case& c : cases) {
     EXPECT_EQ(files->SetAttributes(directory / c.name, c.attributes), c.error) << c.name;
-    EXPECT_EQ(StatusOf(directory / c.name).st_mode & 07777, c.mode) << c.name;
+    EXPECT_EQ(LinkStatusOf(directory / c.name).st_mode & 07777, c.mode) << c.name;
   }
   EXPECT_EQ(files->SetAttributes(directory / "none", 0), kErrorFileNotFound);
   EXPECT_EQ(files->SetAttributes(directory / "none/x", 0), kErrorPathNotFound);

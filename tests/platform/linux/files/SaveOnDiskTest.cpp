@@ -14,6 +14,7 @@
 #include "VLib/src/data/CfgNode.h"
 #include "platform/linux/machine/Facilities.h"
 #include "platform/os/Clock.h"
+#include "tests/support/NamesIn.h"
 #include "tests/support/TempDirectory.h"
 #include "tests/support/linux/ChildProcess.h"
 
@@ -21,6 +22,7 @@ namespace kestra {
 namespace {
 
 using test::CTempDirectory;
+using test::NamesIn;
 using test::ReadWholeFile;
 namespace fs = std::filesystem;
 
@@ -33,11 +35,6 @@ Ref<CfgNode> Tree(const std::string& text, int sections) {
   return root;
 }
 
-size_t NamesIn(const std::string& directory) {
-  return static_cast<size_t>(
-      std::distance(fs::directory_iterator(directory), fs::directory_iterator()));
-}
-
 // What a save to a disk without room does to a file of little size: nothing.
 int SaveWithoutRoom(const std::string& path) {
   const auto files = MakeLinuxFileSystem();
@@ -45,7 +42,7 @@ int SaveWithoutRoom(const std::string& path) {
   const std::string before = ReadWholeFile(path);
   if (Tree("new", 100'000)->SaveFile(*files, path, 0, false, CfgLayout::Cfg)) return 2;
   if (ReadWholeFile(path) != before || before.empty()) return 3;
-  if (NamesIn(fs::path(path).parent_path()) != 1) return 4;
+  if (NamesIn(fs::path(path).parent_path()).size() != 1) return 4;
   return Tree("new", 10)->SaveFile(*files, path, 0, false, CfgLayout::Cfg) ? 0 : 5;
 }
 
@@ -131,8 +128,8 @@ TEST(SaveOnDisk, KilledInTheMiddleItLeavesTheOldOrTheNew) {
   EXPECT_GT(found[0], 0);
   EXPECT_GT(found[1], 0);
   // A temporary file has a name for a moment only, and at most one is left by each kill.
-  EXPECT_LE(NamesIn(directory.Path()), size_t{1} + kRounds);
-  RecordProperty("leftTemporaries", static_cast<int>(NamesIn(directory.Path()) - 1));
+  EXPECT_LE(NamesIn(directory.Path()).size(), size_t{1} + kRounds);
+  RecordProperty("leftTemporaries", static_cast<int>(NamesIn(directory.Path()).size() - 1));
 }
 
 }  // namespace

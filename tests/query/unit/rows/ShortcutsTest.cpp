@@ -42,8 +42,9 @@ struct Answer {
   bool isParsed = true;
 };
 
-Answer Ask(const Ref<DiagRoot>& root, const std::string& text, bool usesShortcuts) {
-  QueryContext context(text, root, kNoTimeOut, nullptr);
+Answer Ask(const Ref<DiagRoot>& root, const std::string& text, bool usesShortcuts,
+           uint32_t timeOut = kNoTimeOut) {
+  QueryContext context(text, root, timeOut, nullptr);
   context.UsesShortcuts = usesShortcuts;
   ParseTree tree;
   Value value;
@@ -131,6 +132,19 @@ TEST(Shortcuts, ForgetAListingBehindItsClause) {
     EXPECT_FALSE(listing.IsOf(*module, "Other"));
   }
   EXPECT_FALSE(listing.IsOf(*module, "Entry"));
+}
+
+// The time is over from the beginning. In a module without children nothing looks at it.
+TEST(Shortcuts, LookAtTheTimeWhereAWalkDoes) {
+  const Ref<DiagRoot> root = NewRoot();
+  for (const char* count : {"0", "9"}) {
+    const std::string source = "Data(Count=" + std::string(count) + ").Entry";
+    const std::string text =
+        "SELECT a.Id FROM " + source + " a JOIN " + source + " b ON a.Id = b.Id";
+    const Answer plain = Ask(root, text, false, 0);
+    EXPECT_EQ(plain.text.substr(0, 6) == "failed", *count != '0') << text;
+    EXPECT_EQ(Ask(root, text, true, 0).text, plain.text) << text;
+  }
 }
 
 TEST(Shortcuts, KeepNoMoreRowsThanThereIsRoomFor) {
