@@ -1,7 +1,7 @@
 # Compiles the files of one folder that belong to one target as one: three quarters of the time that
-# a sanitizer or a cross compiler takes goes into templates and inline functions that every file
-# makes for itself. So the files of one folder may not use one name for two things of their own.
-# The preset linux compiles each file by itself, and so looks that each includes what it needs.
+# a sanitizer's build takes goes into templates and inline functions that every file makes for
+# itself. So the files of one folder may not use one name for two things of their own.
+# The other presets compile each file by itself, and so look that each includes what it needs.
 
 function(unite_target target)
   get_target_property(type ${target} TYPE)
