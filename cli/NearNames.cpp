@@ -48,7 +48,9 @@ std::vector<std::string> NearNames(std::string_view wanted, const std::vector<st
   std::sort(candidates.begin(), candidates.end());
   for (const auto& [distance, number] : candidates) {
     if (near.size() == kMostNames) break;
-    near.push_back(names[number]);
+    if (std::find(near.begin(), near.end(), names[number]) == near.end()) {
+      near.push_back(names[number]);
+    }
   }
   return near;
 }
@@ -60,7 +62,7 @@ std::string NearNamesSentence(std::string_view wanted, const std::vector<std::st
     if (i != 0) sentence += i + 1 == near.size() ? " or " : ", ";
     sentence += near[i];
   }
-  return sentence.empty() ? sentence : ": did you mean " + sentence + "?";
+  return sentence.empty() ? sentence : "; did you mean " + sentence + "?";
 }
 
 }  // namespace kestra::cli

@@ -25,7 +25,9 @@ std::vector<std::string> ColumnNames(kestra_session* session) {
   return names;
 }
 
-void TellRowCounts(const RowCounts& rows) {
+// Where nothing, or a heading alone, is shown to somebody, it is said that this is all.
+void TellRowCounts(const RowCounts& rows, bool isVector, const COutput& output) {
+  if (isVector && rows.total == 0 && output.IsTerminal()) std::fputs("kestra: no rows\n", stderr);
   if (rows.shown == rows.total) return;
   std::fprintf(stderr, "kestra: %d of %d rows shown\n", static_cast<int>(rows.shown),
                static_cast<int>(rows.total));
@@ -99,7 +101,7 @@ int CQueryRunner::Show(const QueryPiece& query, kestra_value* value,
     rows = Render(value, ColumnNames(m_session), Unsorted(how), m_output);
   }
   m_output.Flush();
-  TellRowCounts(rows);
+  TellRowCounts(rows, Is(kestra_value_is_vector, value), m_output);
   TellDoubts(m_session, query, value);
   TellWhatHappened(m_session, value, m_settings);
   return kExitResult;

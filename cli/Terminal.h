@@ -18,8 +18,8 @@ enum class Stream { In = 0, Out = 1, Error = 2 };
 // written arrives as it is, in UTF-8. First thing in the process.
 void ReserveStandardStreams();
 
-// The command is one thread that works at a time, lists that come and go, and an end soon: the heap
-// grows in large steps and is not given back in between. Before anything big is allocated.
+// The command has lists that come and go, and ends soon: the heap grows in large steps and is not
+// given back in between. Before anything big is allocated.
 void PrepareHeap();
 
 // The command line's words, the program's name first, in UTF-8. Called with what main got.
@@ -32,6 +32,19 @@ std::FILE* OpenForReading(const std::string& path);
 std::FILE* OpenForWriting(const std::string& path);
 
 bool IsDirectory(const std::string& path);
+
+struct FoundPath {
+  std::string text;  // begins as what was asked for; a directory ends in a separator
+  bool isDirectory = false;
+};
+// The files and directories whose path begins with a text, by name, each path as that text goes on.
+// Those with a leading dot only where the dot is written. Names that are no UTF-8 or hold control
+// characters are left out, and what is beyond the first ten thousand of a directory. Empty where
+// the directory cannot be read.
+std::vector<FoundPath> PathsBeginningWith(const std::string& begun);
+// Whether a text is a path from the root on, or begins one.
+bool IsFullPath(const std::string& text);
+
 // From the root on; as it is if the system does not tell.
 std::string FullPath(const std::string& path);
 

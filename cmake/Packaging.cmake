@@ -28,7 +28,8 @@ module and what is needed to build against the library.")
   set(CPACK_DEBIAN_PACKAGE_RECOMMENDS "libedit2, libhivex0")
   set(CPACK_DEBIAN_PACKAGE_SUGGESTS "python3, pkg-config")
   # The run-time linker learns of the library, and forgets it.
-  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/debian/triggers)
+  set(CPACK_DEBIAN_PACKAGE_CONTROL_EXTRA ${CMAKE_SOURCE_DIR}/packaging/debian/triggers
+    ${CMAKE_SOURCE_DIR}/packaging/debian/prerm)
   set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 endif()
 include(CPack)

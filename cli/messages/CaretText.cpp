@@ -60,7 +60,9 @@ std::string CaretText(std::string_view text, size_t offset, size_t length, size_
   const std::string behind = Printable(text.substr(pieceEnd, end - pieceEnd));
   std::string line = before;
   const bool fits = !isFar && WidthOf(before) + WidthOf(piece) + WidthOf(behind) <= width;
-  const size_t room = std::max(width / 2, width - std::min(width, WidthOf(piece) + 1));
+  // Something of what stands behind the piece is to be seen, too.
+  const size_t behindRoom = 1 + std::min(WidthOf(behind), width / 8);
+  const size_t room = std::max(width / 2, width - std::min(width, WidthOf(piece) + behindRoom));
   if (!fits && (isFar || WidthOf(before) > room)) {
     line = std::string(kCut).append(TailOfWidth(before, room - kCut.size()));
   }

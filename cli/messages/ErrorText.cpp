@@ -45,7 +45,11 @@ LinesBefore CountBefore(const QueryPiece& query, size_t offset) {
   LinesBefore count;
   count.lines =
       query.firstLine - 1 + static_cast<int32_t>(std::count(before.begin(), before.end(), '\n'));
-  for (const char c : before.substr(before.rfind('\n') + 1)) {
+  std::string_view line = before.substr(before.rfind('\n') + 1);
+  const std::string_view byteOrderMark = "\xEF\xBB\xBF";
+  if (line.data() == before.data() && line.starts_with(byteOrderMark))
+    line.remove_prefix(byteOrderMark.size());
+  for (const char c : line) {
     const bool isContinuation = (static_cast<unsigned char>(c) & 0xC0) == 0x80;
     count.characters += isContinuation ? 0 : 1;
   }
@@ -70,10 +74,13 @@ void TellDiagnosis(const QueryPiece& query, const kestra_diagnosis* diagnosis) {
                message.c_str());
 }
 
+size_t BlanksBefore(std::string_view text) {
+  return std::min(text.find_first_not_of(" \t\r\n"), text.size());
+}
+
 // For an Error of which nothing in the text is the cause: which query of a file it was.
 void TellLine(const QueryPiece& query) {
-  const size_t blanks = std::min(query.text.find_first_not_of(" \t\r\n"), query.text.size());
-  const LinesBefore before = CountBefore(query, query.Offset() + blanks);
+  const LinesBefore before = CountBefore(query, query.Offset() + BlanksBefore(query.text));
   if (before.lines == 0) return;
   std::fprintf(stderr, "kestra: the query begins on line %d\n", static_cast<int>(before.lines + 1));
 }
@@ -97,6 +104,28 @@ bool IsNothing(kestra_value* value) {
          Ask<int32_t>(kestra_value_as_long, only.get()) == 0;
 }
 
+// Why the query has none of a source's rows; empty if it was filled, as were all.
+std::string UnfilledSource(kestra_session* session) {
+  const int32_t count = Ask<int32_t>(kestra_session_source_count, session);
+  for (int32_t i = 0; i < count; ++i) {
+    kestra_source_info info{};
+    info.struct_size = sizeof info;
+    Check(kestra_session_source(session, i, &info));
+    if (info.is_filled || info.is_cut_short) continue;
+    std::string sentence = info.name;
+    if (*info.arguments != '\0') sentence += '(' + std::string(info.arguments) + ')';
+    sentence += " could not be read with these arguments";
+    const char* subject = nullptr;
+    const char* reason = nullptr;
+    // Where nothing is known of the cause, the reason says what was said here.
+    if (kestra_session_source_problem(session, i, 0, &subject, &reason) == KESTRA_OK &&
+        std::string_view(reason) != "it could not be filled")
+      sentence += std::string(": ") + reason;
+    return sentence;
+  }
+  return {};
+}
+
 // An Error without a text says nothing of its cause; a time that is over can be told, and otherwise
 // what there can be.
 std::string HintForNoText(kestra_session* session, const Settings& settings) {
@@ -107,6 +136,7 @@ std::string HintForNoText(kestra_session* session, const Settings& settings) {
   if (hasLimit && total / 1000 + kClockStepMs >= settings.timeOut) {
     return "the query's time, " + std::to_string(settings.timeOut) + " ms, was over";
   }
+  if (std::string source = UnfilledSource(session); !source.empty()) return source;
   return "a value could not be computed: a number outside of 32 bits, a division by zero, a text "
          "that is no number or date, a sub-select that gives not exactly one row, a library of "
          "CALLDLL that is not there, or nesting that goes too deep";
@@ -136,7 +166,10 @@ void TellError(kestra_session* session, const QueryPiece& query, kestra_value* e
   }
   if (!diagnosis) return;
   TellDiagnosis(query, diagnosis.get());
-  if (isExplained) TellHint(WordHint(BlamedPiece(query, diagnosis.get()), place));
+  const std::string_view piece = BlamedPiece(query, diagnosis.get());
+  // A dot stands before a command at the beginning alone.
+  const bool isFirst = piece.data() == query.text.data() + BlanksBefore(query.text);
+  if (isExplained && (isFirst || !piece.starts_with('.'))) TellHint(WordHint(piece, place));
 }
 
 void TellDoubts(kestra_session* session, const QueryPiece& query, kestra_value* value) {

@@ -1,6 +1,7 @@
 #include "cli/messages/MessageHints.h"
 
 #include <algorithm>
+#include <cctype>
 #include <charconv>
 #include <cstdint>
 #include <vector>
@@ -27,7 +28,7 @@ constexpr HintRow kHints[] = {
     {11000, "{0} is missing, or is not of the form that is needed"},
     {11002, "the value for {0} cannot be: {1}"},
     {11007, "{0} must not be given here"},
-    {11008, "{0} cannot be used together with {1}"},
+    {11008, "these cannot be used together: {0}"},
     {11010, "only one of {0} and {1} may be given"},
     {11011, "{0} cannot be changed"},
     {11012, "items of the class {0} cannot be deleted"},
@@ -90,9 +91,23 @@ std::vector<std::string> StringsOf(std::string_view text, size_t count) {
   return strings;
 }
 
+// What stands behind a name and a full stop is why it failed, in words of the system's; it is taken
+// off.
+std::string TakeReason(std::string& text) {
+  const size_t stop = text.find(". ");
+  if (stop == std::string::npos) return {};
+  const bool isName = std::all_of(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(stop),
+                                  [](unsigned char c) { return std::isalnum(c) || c == '_'; });
+  if (!isName) return {};
+  std::string reason = ": " + text.substr(stop + 2);
+  text.resize(stop);
+  return reason;
+}
+
 std::string FillIn(std::string_view pattern, std::string_view errorText) {
   const size_t count = pattern.find("{1}") != pattern.npos ? 2 : 1;
   std::vector<std::string> strings = StringsOf(errorText, count);
+  const std::string reason = strings.empty() ? std::string() : TakeReason(strings.back());
   strings.resize(2);
   std::string text;
   for (size_t i = 0; i < pattern.size(); ++i) {
@@ -105,7 +120,7 @@ std::string FillIn(std::string_view pattern, std::string_view errorText) {
   }
   // A second string that was not given.
   if (text.ends_with(": ")) text.erase(text.size() - 2);
-  return text;
+  return text + reason;
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include "cli/messages/ProgressLine.h"
 
+#include <algorithm>
 #include <array>
 #include <chrono>
 #include <cstdio>
@@ -80,8 +81,10 @@ void CProgressLine::Show(const std::string& line) {
   std::string text = columns > 1 ? CutToWidth(line, columns - 1) : std::string();
   const size_t width = WidthOf(text);
   if (width == 0 && m_shownWidth == 0) return;
-  if (m_shownWidth > width) {
-    const size_t rest = m_shownWidth - width;
+  // A window that was made narrower has cut, or wrapped, what stood beyond its edge.
+  const size_t shown = std::min(m_shownWidth, columns > 1 ? columns - 1 : 0);
+  if (shown > width) {
+    const size_t rest = shown - width;
     text.append(rest, ' ').append(rest, '\b');
   }
   std::fprintf(stderr, "\r%s%s", text.c_str(), width == 0 ? "\r" : "");

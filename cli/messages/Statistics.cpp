@@ -58,6 +58,15 @@ std::string Milliseconds(uint64_t microseconds) {
   return text.data();
 }
 
+// Of such content the problems are only counted.
+bool IsFromBefore(const kestra_source_info& source) {
+  return source.fill != KESTRA_FILL_MACHINE;
+}
+
+std::string Things(uint64_t count) {
+  return Grouped(count) + (count == 1 ? " thing" : " things");
+}
+
 std::string OriginOf(const kestra_source_info& source) {
   if (!IsModule(source)) return "read from the machine";
   switch (source.fill) {
@@ -82,17 +91,22 @@ void TellSource(const kestra_source_info& source) {
   }
   line += ", " + Milliseconds(source.microseconds);
   if (source.is_cut_short) line += ", cut short";
+  if (IsFromBefore(source) && source.problem_count > 0)
+    line += ", " + Things(static_cast<uint64_t>(source.problem_count)) + " could not be read then";
   Tell(line);
 }
 
-// As many as are left of the most that are told.
-void TellProblems(kestra_session* session, int32_t number, int32_t count, int32_t& left) {
-  for (int32_t i = 0; i < count && left > 0; ++i, --left) {
+// As many as are left of the most that are told. The number of those that are not.
+uint64_t TellProblems(kestra_session* session, int32_t number, const kestra_source_info& source,
+                      int32_t& left) {
+  int32_t told = 0;
+  for (; told < source.problem_count && left > 0; ++told, --left) {
     const char* subject = nullptr;
     const char* reason = nullptr;
-    if (kestra_session_source_problem(session, number, i, &subject, &reason) != KESTRA_OK) return;
+    if (kestra_session_source_problem(session, number, told, &subject, &reason) != KESTRA_OK) break;
     Tell("could not be read: " + std::string(subject) + ": " + reason);
   }
+  return IsFromBefore(source) ? 0 : static_cast<uint64_t>(source.problem_count - told);
 }
 
 void TellTotals(kestra_session* session, kestra_value* value) {
@@ -109,18 +123,14 @@ void TellTotals(kestra_session* session, kestra_value* value) {
   Tell(rows + ", parsed in " + Milliseconds(parse) + ", " + Milliseconds(total) + " in all");
 }
 
-uint64_t SumOf(const std::vector<kestra_source_info>& sources, int32_t kestra_source_info::*count) {
-  uint64_t sum = 0;
-  for (const kestra_source_info& source : sources) sum += static_cast<uint64_t>(source.*count);
-  return sum;
-}
-
 // A property that could not be read shows as one that is not set; an item does not show at all.
 void TellThatItemsMayBeMissing(const std::vector<kestra_source_info>& sources,
                                const Settings& settings) {
-  const uint64_t count = SumOf(sources, &kestra_source_info::hiding_count);
+  uint64_t count = 0;
+  for (const kestra_source_info& source : sources)
+    count += static_cast<uint64_t>(source.hiding_count);
   if (count == 0) return;
-  Tell(Grouped(count) + (count == 1 ? " thing" : " things") + " could not be read; " +
+  Tell(Things(count) + " could not be read; " +
        (settings.place == Place::Shell ? ".timing on" : "--stats") + " tells");
 }
 
@@ -134,13 +144,12 @@ void TellWhatHappened(kestra_session* session, kestra_value* value, const Settin
     return;
   }
   int32_t left = kMostProblems;
+  uint64_t untold = 0;
   for (size_t i = 0; i < sources.size(); ++i) {
     TellSource(sources[i]);
-    TellProblems(session, static_cast<int32_t>(i), sources[i].problem_count, left);
+    untold += TellProblems(session, static_cast<int32_t>(i), sources[i], left);
   }
-  const uint64_t problems = SumOf(sources, &kestra_source_info::problem_count);
-  const auto told = static_cast<uint64_t>(kMostProblems - left);
-  if (problems > told) Tell("and " + Grouped(problems - told) + " more could not be read");
+  if (untold > 0) Tell("and " + Grouped(untold) + " more could not be read");
   TellTotals(session, value);
 }
 

@@ -22,6 +22,8 @@ void WriteRecord(const std::vector<std::string>& fields, COutput& output) {
     if (i != 0) record += ',';
     record += fields[i];
   }
+  // An empty line would be no record to most readers.
+  if (record.empty()) record = "\"\"";
   output.Write(record += "\r\n");
 }
 

@@ -1,5 +1,6 @@
 #include <nlohmann/json.hpp>
 
+#include "cli/render/ColumnNames.h"
 #include "cli/render/Items.h"
 #include "cli/render/Render.h"
 #include "cli/render/Rows.h"
@@ -36,22 +37,38 @@ Json JsonOf(const Cell& cell) {
   }
 }
 
+// An object whose members come in order and have names that differ, so that none of those that
+// are there is compared with one that is added.
+class CJsonObject {
+ public:
+  explicit CJsonObject(size_t count) { Members().reserve(count); }
+  void Add(const std::string& name, Json value) { Members().emplace_back(name, std::move(value)); }
+  Json Take() { return std::move(m_object); }
+
+ private:
+  Json::object_t& Members() { return m_object.get_ref<Json::object_t&>(); }
+
+  Json m_object = Json::object();
+};
+
 class CJsonRows {
  public:
-  explicit CJsonRows(const std::vector<std::string>& columns) : m_columns(columns) {}
+  explicit CJsonRows(const std::vector<std::string>& columns) {
+    for (const std::string& column : columns) m_names.push_back(m_freshNames.Fresh(column));
+  }
 
   // A row of the result: an object where its values have names.
   Json RowOf(kestra_value* row) {
+    if (m_names.empty()) return ValueOf(row, 1);
     const auto values = Take<CValuesHandle>(kestra_value_as_vector, row);
-    if (m_columns.empty()) return ValueOf(row, 1);
-    Json object = Json::object();
     const int32_t count = values ? Ask<int32_t>(kestra_values_count, values.get()) : 1;
+    CJsonObject object(static_cast<size_t>(count));
     for (int32_t i = 0; i < count; ++i) {
       const auto element =
           values ? Take<CValueHandle>(kestra_values_value, values.get(), i) : nullptr;
-      object[NameOf(object, static_cast<size_t>(i))] = ValueOf(element ? element.get() : row, 1);
+      object.Add(NameOf(static_cast<size_t>(i)), ValueOf(element ? element.get() : row, 1));
     }
-    return object;
+    return object.Take();
   }
 
   Json ValueOf(kestra_value* value, int depth) {
@@ -73,23 +90,22 @@ class CJsonRows {
   Json ItemOf(kestra_item* item) {
     const ItemLayout& layout = m_layouts.Of(item);
     const auto params = ReadProperties(item, layout);
-    Json object = Json::object();
+    CJsonObject object(params.size());
     for (size_t i = 0; i < params.size(); ++i) {
-      object[layout.properties[i].name] = params[i] ? JsonOf(ReadCell(params[i].get())) : Json();
+      object.Add(layout.properties[i].name, params[i] ? JsonOf(ReadCell(params[i].get())) : Json());
     }
-    return object;
+    return object.Take();
   }
 
-  // The name of the index-th value, which the object does not have yet.
-  std::string NameOf(const Json& object, size_t index) const {
-    const std::string wanted =
-        index < m_columns.size() ? m_columns[index] : "Value" + std::to_string(index + 1);
-    std::string name = wanted;
-    for (int i = 2; object.contains(name); ++i) name = wanted + "_" + std::to_string(i);
-    return name;
+  const std::string& NameOf(size_t index) {
+    while (m_names.size() <= index) {
+      m_names.push_back(m_freshNames.FreshForNumber(m_names.size()));
+    }
+    return m_names[index];
   }
 
-  const std::vector<std::string>& m_columns;
+  CColumnNames m_freshNames;
+  std::vector<std::string> m_names;  // of the columns; empty where the query names none
   CItemLayouts m_layouts;
 };
 

@@ -4,6 +4,8 @@
 #include <system_error>
 #include <utility>
 
+#include "cli/render/Width.h"
+
 namespace kestra::cli {
 namespace {
 
@@ -12,7 +14,11 @@ constexpr size_t kBufferSize = size_t{64} << 10;
 }  // namespace
 
 void CFileOutput::Write(std::string_view text) {
-  m_buffer.append(text);
+  if (m_isTerminal) {
+    m_buffer.append(Printable(text, true));
+  } else {
+    m_buffer.append(text);
+  }
   if (m_buffer.size() >= kBufferSize) Flush();
 }
 

@@ -30,11 +30,14 @@ class CStringOutput final : public COutput {
   std::string content;
 };
 
-// A stream of the process. What is not flushed is lost.
+// A stream of the process. What is not flushed is lost. A terminal gets no control characters but
+// ends of lines and tabs, whatever the format: the names of files and processes are not to drive
+// it.
 class CFileOutput final : public COutput {
  public:
   CFileOutput(std::FILE* pFile, std::string name, bool isTerminal = false)
       : m_pFile(pFile), m_name(std::move(name)), m_isTerminal(isTerminal) {}
+  // The text ends where a character ends.
   void Write(std::string_view text) override;
   void Flush() override;
   bool IsTerminal() const override { return m_isTerminal; }

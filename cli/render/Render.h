@@ -59,13 +59,14 @@ void RenderTable(kestra_value* value, const std::vector<std::string>& columns,
 void RenderVertical(kestra_value* value, const std::vector<std::string>& columns,
                     const CRowOrder& order, COutput& output);
 void WriteVertical(CRows& rows, COutput& output);
-// RFC 4180 with a heading. What is not set is empty, and an empty text is ""; dates as in JSON.
+// RFC 4180 with a heading. What is not set is empty, and an empty text is ""; so is what is not set
+// in the only column, since readers pass over empty lines. Dates as in JSON.
 void RenderCsv(kestra_value* value, const std::vector<std::string>& columns, const CRowOrder& order,
                COutput& output);
 // A JSON document; with lines, one document per row.
 void RenderJson(kestra_value* value, const std::vector<std::string>& columns,
                 const CRowOrder& order, bool lines, COutput& output);
-// An XML document; items with all that is below them.
+// An XML document; items with all that is below them. What XML has no character for is U+FFFD.
 void RenderXml(kestra_value* value, const std::vector<std::string>& columns, const CRowOrder& order,
                COutput& output);
 

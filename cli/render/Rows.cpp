@@ -25,19 +25,6 @@ std::string UnitOf(kestra_value* value) {
   return param ? Ask<const char*>(kestra_param_unit, param.get()) : "";
 }
 
-bool HasName(const std::vector<Column>& columns, const std::string& name) {
-  return std::any_of(columns.begin(), columns.end(),
-                     [&](const Column& column) { return column.name == name; });
-}
-
-// A name that no column has yet.
-std::string FreshName(const std::vector<Column>& columns, const std::string& wanted) {
-  std::string name = wanted;
-  for (int number = 2; HasName(columns, name); ++number)
-    name = wanted + "_" + std::to_string(number);
-  return name;
-}
-
 }  // namespace
 
 CRows::CRows(kestra_value* vector, const std::vector<std::string>& names, const CRowOrder& order)
@@ -51,7 +38,7 @@ CValueHandle CRows::Row(int32_t place) const {
 }
 
 void CRows::AddNamedColumns(const std::vector<std::string>& names) {
-  for (const std::string& name : names) m_columns.push_back({FreshName(m_columns, name), {}});
+  for (const std::string& name : names) m_columns.push_back({m_names.Fresh(name), {}});
   m_listColumns = m_columns.size();
 }
 
@@ -64,9 +51,9 @@ void CRows::Survey(int32_t number) {
   const bool isSingle = !Is(kestra_value_is_vector, row.get());
   const auto elements = ElementsOf(std::move(row));
   while (m_listColumns < elements.size()) {
-    const std::string name = isSingle ? "Value" : "Value" + std::to_string(m_listColumns + 1);
+    std::string name = isSingle ? m_names.Fresh("Value") : m_names.FreshForNumber(m_listColumns);
     const auto place = m_columns.begin() + static_cast<std::ptrdiff_t>(m_listColumns++);
-    m_columns.insert(place, {FreshName(m_columns, name), {}});
+    m_columns.insert(place, {std::move(name), {}});
     for (auto& [property, column] : m_propertyColumns) ++column;
   }
   for (size_t i = 0; i < elements.size(); ++i) {
@@ -86,7 +73,7 @@ void CRows::SurveyItem(kestra_item* item) {
 
 size_t CRows::ColumnOfProperty(const ItemLayout::Property& property) {
   const auto [found, isNew] = m_propertyColumns.try_emplace(property.name, m_columns.size());
-  if (isNew) m_columns.push_back({FreshName(m_columns, property.name), property.unit});
+  if (isNew) m_columns.push_back({m_names.Fresh(property.name), property.unit});
   return found->second;
 }
 

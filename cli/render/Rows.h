@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "cli/render/Cell.h"
+#include "cli/render/ColumnNames.h"
 #include "cli/render/Items.h"
 #include "cli/render/RowOrder.h"
 
@@ -47,6 +48,7 @@ class CRows {
   const CRowOrder m_order;
   size_t m_listColumns = 0;  // how many of the columns are of a SELECT list; they stand first
   std::vector<Column> m_columns;
+  CColumnNames m_names;                                       // of the columns
   std::unordered_map<std::string, size_t> m_propertyColumns;  // by name
   CItemLayouts m_layouts;
 };

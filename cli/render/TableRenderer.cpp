@@ -9,7 +9,8 @@ namespace kestra::cli {
 namespace {
 
 constexpr std::string_view kGap = "  ";
-constexpr size_t kLeastWidth = 8;  // no column is cut below that
+constexpr size_t kLeastWidth = 8;       // no column is cut below that
+constexpr size_t kLeastDateWidth = 11;  // "2024-02-29" and the mark of a cut
 constexpr size_t kWidest = std::numeric_limits<size_t>::max();
 
 struct TableColumn {
@@ -17,7 +18,9 @@ struct TableColumn {
   std::string heading;
   size_t width = 0;
   bool isNumeric = true;  // every cell that is set is a number
-  size_t cellWidth = 0;   // of the widest cell
+  bool hasVersion = false;
+  bool hasDate = false;
+  size_t cellWidth = 0;  // of the widest cell
 };
 
 std::string HeadingOf(const Column& column) {
@@ -68,12 +71,14 @@ class CTable {
         if (cell.kind == CellKind::Null) continue;
         column.cellWidth = std::max(column.cellWidth, WidthOf(ShownText(cell)));
         if (cell.kind != CellKind::Number) column.isNumeric = false;
+        if (cell.kind == CellKind::Version) column.hasVersion = true;
+        if (cell.kind == CellKind::Datime) column.hasDate = true;
       }
     }
     for (TableColumn& column : m_columns) column.width = std::max(column.width, column.cellWidth);
   }
 
-  // Cuts the widest columns of text to one width, the greatest with which the line fits.
+  // Cuts the widest columns to one width, the greatest with which the line fits.
   void FitInto(size_t width) {
     size_t most = 0;
     for (const TableColumn& column : m_columns) most = std::max(most, column.width);
@@ -83,8 +88,9 @@ class CTable {
   }
 
   static size_t CutWidth(const TableColumn& column, size_t most) {
-    if (!column.isNumeric) return std::min(column.width, most);
-    // A number that is cut would be another number; its heading may be cut.
+    if (column.hasDate) most = std::max(most, kLeastDateWidth);
+    if (!column.isNumeric && !column.hasVersion) return std::min(column.width, most);
+    // A number that is cut would be another number, and so would a version; the heading may be cut.
     return std::min(column.width, std::max({column.cellWidth, most, kLeastWidth}));
   }
 

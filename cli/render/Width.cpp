@@ -7,8 +7,7 @@
 namespace kestra::cli {
 namespace {
 
-constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
-constexpr const char* kEllipsis = "\xE2\x80\xA6";     // U+2026
+constexpr const char* kEllipsis = "\xE2\x80\xA6";  // U+2026
 
 bool IsLayout(char c) {
   return c == '\t' || c == '\r' || c == '\n';

@@ -6,6 +6,9 @@
 
 namespace kestra::cli {
 
+// Stands for what cannot be shown.
+inline constexpr const char* kReplacement = "\xEF\xBF\xBD";  // U+FFFD
+
 // A text that may be sent to a terminal: control characters, marks that turn the direction of text,
 // and bytes that are not UTF-8 become the replacement character; a tab, CR or LF becomes a blank.
 // With keepLines tabs and LF stay, and CR LF becomes LF.

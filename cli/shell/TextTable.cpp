@@ -12,6 +12,11 @@ constexpr size_t kLeastWrapped = 24;  // narrower text is not wrapped: it would 
 
 }  // namespace
 
+std::string FirstSentence(const std::string& text) {
+  const size_t end = text.find(". ");
+  return end == std::string::npos ? text : text.substr(0, end + 1);
+}
+
 std::string CTextTable::Text(size_t width) const {
   std::vector<size_t> widths;
   for (const auto& line : m_lines) {

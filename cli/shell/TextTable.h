@@ -1,10 +1,13 @@
-// CTextTable: lines of texts that stand below each other, for the shell's own answers.
+// The shell's own answers: lines of texts that stand below each other.
 #pragma once
 
 #include <string>
 #include <vector>
 
 namespace kestra::cli {
+
+// What a text of several sentences begins with.
+std::string FirstSentence(const std::string& text);
 
 class CTextTable {
  public:

@@ -1,12 +1,14 @@
 #include "cli/terminal_linux/EditLineEditor.h"
 
 #include <locale.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cwchar>
 #include <stdexcept>
+#include <utility>
 
 #include "cli/render/Width.h"
 #include "cli/shell/input/CompletionList.h"
@@ -70,12 +72,18 @@ void CEditLineEditor::BindKeys() {
   }
   m_edit.set(m_pLine, EL_ADDFN, "kestra-complete", "complete at the cursor", OnComplete);
   m_edit.set(m_pLine, EL_ADDFN, "kestra-interrupt", "give the line up", OnInterruptKey);
+  m_edit.set(m_pLine, EL_ADDFN, "kestra-paste-begin", "take what follows as it is", OnPasteBegin);
+  m_edit.set(m_pLine, EL_ADDFN, "kestra-paste-end", "take keys for keys again", OnPasteEnd);
   m_edit.set(m_pLine, EL_BIND, "^I", "kestra-complete", nullptr);
+  m_edit.set(m_pLine, EL_BIND, CTerminalMode::kPasteBegin, "kestra-paste-begin", nullptr);
+  m_edit.set(m_pLine, EL_BIND, CTerminalMode::kPasteEnd, "kestra-paste-end", nullptr);
   // What the user has set in ~/.editrc comes before ours, but for the key that must work.
   m_edit.source(m_pLine, nullptr);
   // The interrupt key is a key like any other while a line is edited: as a signal it would lose
   // what was typed behind it.
   m_edit.set(m_pLine, EL_SETTY, "-d", "intr=", "+noflsh", nullptr);
+  // Between two lines too what is typed is not to be shown where it does not belong.
+  m_edit.set(m_pLine, EL_SETTY, "-x", "-echo", "-icanon", "+noflsh", nullptr);
   m_edit.set(m_pLine, EL_BIND, "^C", "kestra-interrupt", nullptr);
   m_edit.set(m_pLine, EL_BIND, "-a", "^C", "kestra-interrupt", nullptr);
 }
@@ -95,8 +103,11 @@ LineInput CEditLineEditor::Read(const std::string& prompt) {
   m_wasInterrupted = false;
   m_mode.TakeInterrupt();
   m_mode.TakeOldDisplay();
+  m_hasGivenBlank = false;
+  m_mode.MarkPastes(fileno(m_pOut));
   int count = 0;
   const char* text = m_edit.gets(m_pLine, &count);
+  m_mode.LeavePastesAlone();
   m_mode.KeepInput();
   LineInput input;
   if (text && count > 0) input.text.assign(text, static_cast<size_t>(count));
@@ -113,6 +124,11 @@ LineInput CEditLineEditor::Read(const std::string& prompt) {
 
 // The signals that come meanwhile are answered between two reads, where the display is whole.
 int CEditLineEditor::ReadByte(char& byte) {
+  if (!m_ahead.empty()) {
+    byte = m_ahead.front();
+    m_ahead.erase(0, 1);
+    return 1;
+  }
   for (;;) {
     const bool hasInput = CTerminalMode::AwaitInput();
     if (m_mode.TakeInterrupt()) {
@@ -145,7 +161,10 @@ int CEditLineEditor::ReadCharacter(EditLine* pLine, wchar_t* pCharacter) {
       if (isBegun) length = std::mbrtowc(pCharacter, &byte, 1, &state);
       if (length > 1 && length != kGoesOn) state = {};
     }
-    if (length <= 1) return 1;
+    if (length > 1) continue;
+    // Who goes on typing behind a completed word types the blank that is there already.
+    const bool isThere = std::exchange(Of(pLine).m_hasGivenBlank, false);
+    if (*pCharacter != L' ' || !isThere) return 1;
   }
 }
 
@@ -155,7 +174,24 @@ void CEditLineEditor::AddHistory(const std::string& entry) {
 }
 
 bool CEditLineEditor::HasPendingInput() {
-  return CTerminalMode::HasInput();
+  return !(m_isPasting && EndsPaste()) && (!m_ahead.empty() || CTerminalMode::HasInput());
+}
+
+// Whether nothing but the mark is left of what was pasted. The mark, which may come in pieces, is
+// read and forgotten then.
+bool CEditLineEditor::EndsPaste() {
+  constexpr int kPatienceMs = 100;
+  const std::string_view mark = CTerminalMode::kPasteEnd;
+  while (m_ahead.size() < mark.size() && mark.starts_with(m_ahead)) {
+    pollfd waiting{STDIN_FILENO, POLLIN, 0};
+    char byte = 0;
+    if (poll(&waiting, 1, kPatienceMs) != 1 || read(STDIN_FILENO, &byte, 1) != 1) return false;
+    m_ahead += byte;
+  }
+  if (m_ahead != mark) return false;
+  m_ahead.clear();
+  m_isPasting = false;
+  return !CTerminalMode::HasInput();
 }
 
 std::string CEditLineEditor::TextOfLine(size_t& cursor) const {
@@ -168,13 +204,26 @@ std::string CEditLineEditor::TextOfLine(size_t& cursor) const {
 unsigned char CEditLineEditor::OnInterruptKey(EditLine* pLine, int) {
   CEditLineEditor& self = Of(pLine);
   self.m_wasInterrupted = true;
+  self.m_isPasting = false;
   self.m_edit.push(pLine, "\n");
+  return CC_NORM;
+}
+
+unsigned char CEditLineEditor::OnPasteBegin(EditLine* pLine, int) {
+  Of(pLine).m_isPasting = true;
+  return CC_NORM;
+}
+
+unsigned char CEditLineEditor::OnPasteEnd(EditLine* pLine, int) {
+  Of(pLine).m_isPasting = false;
   return CC_NORM;
 }
 
 unsigned char CEditLineEditor::OnComplete(EditLine* pLine, int) {
   try {
-    return Of(pLine).Complete();
+    if (!Of(pLine).m_isPasting) return Of(pLine).Complete();
+    Of(pLine).m_edit.insertText(pLine, "\t");
+    return CC_REFRESH;
   } catch (const std::exception&) {
     return CC_ERROR;  // a line without help is still a line
   }
@@ -184,24 +233,15 @@ unsigned char CEditLineEditor::Complete() {
   size_t cursor = 0;
   const std::string line = TextOfLine(cursor);
   const Completion completion = m_completer(line, cursor);
-  if (completion.candidates.empty() || completion.offset > line.size() ||
-      completion.length > line.size() - completion.offset) {
-    return CC_REFRESH_BEEP;
+  if (!IsUsable(completion, line)) return CC_REFRESH_BEEP;
+  const auto text = TextToPutIn(completion, line);
+  if (!text) {
+    List(completion);
+    return CC_REDISPLAY;
   }
-  const std::string begun = line.substr(completion.offset, completion.length);
-  const std::string common = CommonBeginning(completion);
-  if (completion.candidates.size() == 1) {
-    const bool isFollowed = line.compare(completion.offset + completion.length,
-                                         completion.ending.size(), completion.ending) == 0;
-    Replace(completion, common + (isFollowed ? "" : completion.ending));
-    return CC_REFRESH;
-  }
-  if (common.size() > begun.size()) {
-    Replace(completion, common);
-    return CC_REFRESH;
-  }
-  List(completion);
-  return CC_REDISPLAY;
+  Replace(completion, *text);
+  m_hasGivenBlank = text->ends_with(' ');
+  return CC_REFRESH;
 }
 
 void CEditLineEditor::Replace(const Completion& completion, const std::string& text) {

@@ -22,10 +22,13 @@ class CEditLineEditor final : public CLineEditor {
   static char* Prompt(EditLine* pLine);
   static unsigned char OnComplete(EditLine* pLine, int key);
   static unsigned char OnInterruptKey(EditLine* pLine, int key);
+  static unsigned char OnPasteBegin(EditLine* pLine, int key);
+  static unsigned char OnPasteEnd(EditLine* pLine, int key);
   static CEditLineEditor& Of(EditLine* pLine);
 
   static int ReadCharacter(EditLine* pLine, wchar_t* pCharacter);
   int ReadByte(char& byte);
+  bool EndsPaste();
   void BindKeys();
   std::string TextOfLine(size_t& cursor) const;
   unsigned char Complete();
@@ -40,6 +43,9 @@ class CEditLineEditor final : public CLineEditor {
   History* m_pHistory = nullptr;
   std::string m_prompt;
   bool m_wasInterrupted = false;
+  bool m_isPasting = false;      // what comes was pasted, up to the mark behind it
+  bool m_hasGivenBlank = false;  // the completion has, with the key before
+  std::string m_ahead;           // read from the terminal and not handed out yet
 };
 
 }  // namespace kestra::cli

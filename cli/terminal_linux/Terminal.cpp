@@ -6,6 +6,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
@@ -13,6 +14,8 @@
 #include <cwctype>
 #include <filesystem>
 #include <system_error>
+
+#include "cli/render/Width.h"
 
 namespace kestra::cli {
 namespace {
@@ -39,12 +42,12 @@ void ReserveStandardStreams() {
   }
 }
 
-// By default every thread has a heap of its own, and that of a second thread grows page by page,
-// with a call of the system for each.
+// By default the heap grows by 128 KiB with each call of the system, and is given back as soon as
+// twice that is free; a block above it is mapped anew each time. Our heaps grow to megabytes for a
+// moment.
 void PrepareHeap() {
   constexpr int kStepBytes = 1 << 20;
   constexpr int kKeptBytes = 32 << 20;
-  mallopt(M_ARENA_MAX, 1);
   mallopt(M_TOP_PAD, kStepBytes);
   mallopt(M_TRIM_THRESHOLD, kKeptBytes);
   mallopt(M_MMAP_THRESHOLD, kKeptBytes);
@@ -67,10 +70,39 @@ bool IsDirectory(const std::string& path) {
   return std::filesystem::is_directory(path, failure);
 }
 
+std::vector<FoundPath> PathsBeginningWith(const std::string& begun) {
+  constexpr size_t kMostEntries = 10000;
+  const std::string directory = begun.substr(0, begun.rfind('/') + 1);
+  const std::string name = begun.substr(directory.size());
+  std::vector<FoundPath> found;
+  std::error_code failure;
+  size_t entries = 0;
+  std::filesystem::directory_iterator place(directory.empty() ? "." : directory, failure);
+  while (!failure && place != std::filesystem::directory_iterator() && entries++ < kMostEntries) {
+    const std::string each = place->path().filename().string();
+    const bool isHidden = each.starts_with('.') && !name.starts_with('.');
+    if (!isHidden && each.starts_with(name) && Printable(each) == each) {
+      std::error_code unknown;
+      const bool isDirectory = place->is_directory(unknown);
+      found.push_back({directory + each + (isDirectory ? "/" : ""), isDirectory});
+    }
+    place.increment(failure);
+  }
+  std::sort(found.begin(), found.end(),
+            [](const auto& left, const auto& right) { return left.text < right.text; });
+  return found;
+}
+
+bool IsFullPath(const std::string& text) {
+  return text.starts_with('/');
+}
+
 std::string FullPath(const std::string& path) {
   std::error_code failure;
   const auto full = std::filesystem::absolute(path, failure);
-  return failure ? path : full.string();
+  if (failure) return path;
+  const auto direct = full.lexically_normal();
+  return (direct.has_filename() ? direct : direct.parent_path()).string();
 }
 
 bool IsTerminal(Stream stream) {

@@ -20,6 +20,8 @@ std::atomic<bool> g_wasInterrupted{false};
 std::atomic<bool> g_isDisplayOld{false};
 std::atomic<int> g_wake{-1};  // an eventfd that a handler sets; -1 if the system had none to give
 
+std::atomic<int> g_marked{-1};  // a descriptor of the terminal that marks what is pasted; -1: none
+
 constexpr int kEnding[] = {SIGTERM, SIGHUP, SIGQUIT};
 
 // Nothing can be done about a failure: the wait then ends at the next key.
@@ -28,6 +30,14 @@ void Wake() {
   const uint64_t one = 1;
   [[maybe_unused]] const ssize_t written = write(g_wake, &one, sizeof(one));
   errno = saved;
+}
+
+// The private mode 2004 of xterm, which other terminals have taken over.
+void SetPasteMarks(int fd, bool areOn) {
+  constexpr char kOn[] = "\033[?2004h";
+  constexpr char kOff[] = "\033[?2004l";
+  if (fd == -1) return;
+  [[maybe_unused]] const ssize_t written = write(fd, areOn ? kOn : kOff, sizeof(kOn) - 1);
 }
 
 bool IsForeground() {
@@ -42,6 +52,7 @@ void SetMode(const termios& mode) {
 
 void OnEnding(int signal) {
   SetMode(g_found);
+  if (IsForeground()) SetPasteMarks(g_marked, false);
   std::signal(signal, SIG_DFL);
   raise(signal);
 }
@@ -51,9 +62,11 @@ void OnStop(int) {
   termios present{};
   const bool isKnown = tcgetattr(STDIN_FILENO, &present) == 0;
   SetMode(g_found);
+  if (IsForeground()) SetPasteMarks(g_marked, false);
   raise(SIGSTOP);
   // Going on from here.
   if (isKnown) SetMode(present);
+  if (IsForeground()) SetPasteMarks(g_marked, true);
   g_isDisplayOld = true;
   Wake();
   errno = saved;
@@ -91,6 +104,7 @@ CTerminalMode::CTerminalMode() {
 }
 
 CTerminalMode::~CTerminalMode() {
+  LeavePastesAlone();
   ReadLines();
   g_isKnown = false;
 }
@@ -106,6 +120,15 @@ void CTerminalMode::KeepInput() {
 
 void CTerminalMode::ReadLines() {
   SetMode(g_found);
+}
+
+void CTerminalMode::MarkPastes(int fd) {
+  SetPasteMarks(fd, true);
+  g_marked = fd;
+}
+
+void CTerminalMode::LeavePastesAlone() {
+  SetPasteMarks(g_marked.exchange(-1), false);
 }
 
 bool CTerminalMode::HasInput() {

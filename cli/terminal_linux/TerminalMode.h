@@ -18,6 +18,13 @@ class CTerminalMode {
   // As it was found, for reading whole lines.
   void ReadLines();
 
+  // Has the terminal put a mark before and behind what is pasted (kPasteBegin, kPasteEnd), by
+  // writing to a descriptor that goes to it; not while the process is stopped or ended.
+  static constexpr const char* kPasteBegin = "\033[200~";
+  static constexpr const char* kPasteEnd = "\033[201~";
+  void MarkPastes(int fd);
+  void LeavePastesAlone();
+
   // Whether there is something to read now.
   static bool HasInput();
   // Waits until there is something to read (true; the end of input is something too) or a signal

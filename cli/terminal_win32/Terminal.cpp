@@ -4,10 +4,12 @@
 #include <io.h>
 #include <shellapi.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 
 #include "cli/Terminal.h"
+#include "cli/render/Width.h"
 #include "cli/terminal_win32/Text.h"
 
 namespace kestra::cli {
@@ -82,6 +84,37 @@ std::FILE* OpenForWriting(const std::string& path) {
 bool IsDirectory(const std::string& path) {
   const DWORD attributes = GetFileAttributesW(Wide(path).c_str());
   return attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+}
+
+std::vector<FoundPath> PathsBeginningWith(const std::string& begun) {
+  constexpr size_t kMostEntries = 10000;
+  const size_t end = begun.find_last_of("\\/:");
+  const std::string directory = end == std::string::npos ? std::string() : begun.substr(0, end + 1);
+  const std::string name = begun.substr(directory.size());
+  std::vector<FoundPath> found;
+  if (name.find_first_of("*?") != std::string::npos) return found;
+  WIN32_FIND_DATAW data{};
+  const HANDLE search = FindFirstFileW(Wide(begun + '*').c_str(), &data);
+  if (search == INVALID_HANDLE_VALUE) return found;
+  const std::string folded = FoldCase(name);
+  do {
+    const std::string each = Narrow(data.cFileName);
+    const bool isHidden = each.starts_with('.') && !name.starts_with('.');
+    // A pattern finds files by their short names too.
+    if (isHidden || !FoldCase(each).starts_with(folded) || Printable(each) != each) continue;
+    const bool isDirectory = (data.dwFileAttributes & FILE_ATTRIBUTE_DIRECTORY) != 0;
+    found.push_back({directory + each + (isDirectory ? "\\" : ""), isDirectory});
+  } while (found.size() < kMostEntries && FindNextFileW(search, &data));
+  FindClose(search);
+  std::sort(found.begin(), found.end(), [](const auto& left, const auto& right) {
+    return FoldCase(left.text) < FoldCase(right.text);
+  });
+  return found;
+}
+
+bool IsFullPath(const std::string& text) {
+  const bool hasDrive = text.size() > 2 && text[1] == ':' && (text[2] == '\\' || text[2] == '/');
+  return hasDrive || text.starts_with("\\\\");
 }
 
 std::string FullPath(const std::string& path) {

@@ -12,25 +12,48 @@
             for file in directory.children:
                 print(file.Path, file.Size)
 
+        for source in session.sources():
+            for problem in source.problems:
+                print("could not be read:", problem.subject, problem.reason)
+
 A number is an int, a text a str, NULL is None, a date an aware datetime in UTC, a flag set a
 frozenset of the flags' names. A row is a Row, an item an Item. A query that fails raises QueryError,
 and one that is no query QuerySyntaxError, which tells where and why.
 
+A session belongs to the thread that made it; threads that ask at the same time have a session each.
+With asyncio, run a function that makes its session by asyncio.to_thread.
+
 This file is all of it: it needs libkestra.so.0 (or what KESTRA_LIBRARY names) and Python 3.9.
 """
+from __future__ import annotations
+
 import ctypes
 import datetime
 import os
+import select
 import signal
 import threading
+import time
+import warnings
+from typing import Any, Iterator, List, NamedTuple, Optional, Tuple, Union
 
-__all__ = ["Session", "Row", "Item", "Error", "QueryError", "QuerySyntaxError", "Ended"]
+__all__ = ["Session", "Row", "Item", "Source", "Problem", "Error", "QueryError", "QuerySyntaxError",
+           "Ended", "MachineWarning"]
 
 _NOT_FOUND = -5
 _NO_TIMEOUT = 0xFFFFFFFF
+_CLOCKS_DIFFER = 0.02  # seconds, between the library's clock and Python's
 _DWORD, _BITMASK, _DATIME = 2, 4, 5
 
-_library = ctypes.CDLL(os.environ.get("KESTRA_LIBRARY", "libkestra.so.0"))
+
+def _library_path():
+    """That of KESTRA_LIBRARY, else the one that was installed with this file, else the system's."""
+    name = "libkestra.so.0"
+    installed = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", name)
+    return os.environ.get("KESTRA_LIBRARY") or (installed if os.path.exists(installed) else name)
+
+
+_library = ctypes.CDLL(_library_path())
 _library.kestra_version.restype = ctypes.c_char_p
 _library.kestra_create_error.restype = ctypes.c_char_p
 __version__ = _library.kestra_version().decode()
@@ -41,14 +64,16 @@ class Error(Exception):
 
 
 class QueryError(Error):
-    """A query failed; the exception's text is that of the query's Error."""
+    """A query failed; the exception's text is that of the query's Error, which is "<ERROR>" for what
+    cannot be computed: an overflow, a division by zero, a sub-select that has not one row."""
 
 
 class QuerySyntaxError(QueryError):
     """A text is no query. line and column count from 1; expected is what could have stood there, and
     suggestions what was probably meant."""
 
-    def __init__(self, sentence, line, column, expected, suggestions):
+    def __init__(self, sentence: str, line: int, column: int, expected: List[str],
+                 suggestions: List[str]):
         super().__init__(f"line {line}, column {column}: {sentence}")
         self.sentence, self.line, self.column = sentence, line, column
         self.expected, self.suggestions = expected, suggestions
@@ -56,6 +81,29 @@ class QuerySyntaxError(QueryError):
 
 class Ended(QueryError):
     """A query was cancelled, or its time was over."""
+
+
+class MachineWarning(UserWarning):
+    """What the machine has to say beside its answers, such as a registry hive that is damaged."""
+
+
+class Problem(NamedTuple):
+    """Something that could not be read, so that the answer may lack it."""
+    subject: str
+    reason: str
+
+
+class Source(NamedTuple):
+    """Where the rows of a query came from."""
+    name: str
+    arguments: str
+    fill: str  # "machine", "memory" or "cache file"
+    is_cut_short: bool
+    rows_seen: int
+    rows_kept: int
+    seconds: float
+    problem_count: int  # of all; problems has the first hundred
+    problems: Tuple[Problem, ...]
 
 
 class _Handle:
@@ -91,17 +139,21 @@ def _take(kind, name, *arguments):
     return _Handle(kind, ctypes.c_void_p(pointer)) if pointer else None
 
 
-def _text(name, handle):
+def _decoded(text):
+    # Names of files may be no UTF-8; so they come back as os.fsencode wants them.
+    return text.decode("utf-8", "surrogateescape")
+
+
+def _text(name, handle, *arguments):
     text, length = ctypes.c_void_p(), ctypes.c_size_t()
-    status = _call(name, handle, ctypes.byref(text), ctypes.byref(length))
+    status = _call(name, handle, *arguments, ctypes.byref(text), ctypes.byref(length))
     if status != 0:
         raise Error(f"kestra_{name}: {status}")
-    # Names of files may be no UTF-8; so they come back as os.fsencode wants them.
-    return ctypes.string_at(text, length.value).decode("utf-8", "surrogateescape")
+    return _decoded(ctypes.string_at(text, length.value))
 
 
 def _name(name, *arguments):
-    return _ask(ctypes.c_char_p, name, *arguments).decode("utf-8", "surrogateescape")
+    return _decoded(_ask(ctypes.c_char_p, name, *arguments))
 
 
 def _moment(seconds):
@@ -160,28 +212,32 @@ class Row:
     def __init__(self, columns, values):
         self._columns, self._values = tuple(columns), tuple(values)
 
-    def keys(self):
+    def keys(self) -> Tuple[str, ...]:
+        """The names of the columns; dict(row) has them with their values."""
         return self._columns
 
-    def __getitem__(self, key):
+    def __dir__(self):
+        return [*super().__dir__(), *self._columns]
+
+    def __getitem__(self, key: Union[str, int, slice]) -> Any:
         if isinstance(key, str):
             if key not in self._columns:
                 raise KeyError(key)
             return self._values[self._columns.index(key)]
         return self._values[key]
 
-    def __getattr__(self, name):
+    def __getattr__(self, name: str) -> Any:
         if name in Row.__slots__:  # of a copy that is being made
             raise AttributeError(name)
         try:
             return self[name]
         except KeyError:
-            raise AttributeError(name) from None
+            raise AttributeError(f"the row has no column {name!r}") from None
 
-    def __iter__(self):
+    def __iter__(self) -> Iterator[Any]:
         return iter(self._values)
 
-    def __len__(self):
+    def __len__(self) -> int:
         return len(self._values)
 
     def __eq__(self, other):
@@ -204,69 +260,102 @@ class Item:
         self._properties = None
 
     @property
-    def name(self):
+    def name(self) -> str:
         """The name of its class."""
         return _name("item_name", self._handle)
 
     @property
-    def children(self):
+    def children(self) -> Iterator[Item]:
+        """The items directly below it."""
         items = _take("items", "item_diag_items", self._handle)
         for index in range(_ask(ctypes.c_int32, "items_count", items)):
             yield Item(_take("item", "items_item", items, index + 1))
 
     def _read(self):
         if self._properties is None:
-            declared = _take("class", "item_class", self._handle)
+            found = dict.fromkeys(_declared_names(_take("class", "item_class", self._handle)))
             params = _take("params", "item_params", self._handle)
-            found = {}
-            for number in range(_ask(ctypes.c_int32, "class_property_count", declared)):
-                name = ctypes.c_char_p()
-                _call("class_property", declared, number, ctypes.byref(name), *[None] * 5)
-                param = _take("param", "params_find", params, name)
-                found[name.value.decode()] = _param_value(param) if param else None
+            for index in range(_ask(ctypes.c_int32, "params_count", params)):
+                param = _take("param", "params_item", params, index + 1)
+                name = _name("param_name", param)
+                if name in found:
+                    found[name] = _param_value(param)
             self._properties = found
         return self._properties
 
-    def keys(self):
-        return self._read().keys()
+    def keys(self) -> Tuple[str, ...]:
+        """The names of the properties; dict(item) has them with their values."""
+        return tuple(self._read())
 
-    def __getitem__(self, name):
+    def __iter__(self) -> Iterator[str]:
+        return iter(self._read())
+
+    def __contains__(self, name) -> bool:
+        return name in self._read()
+
+    def __dir__(self):
+        return [*super().__dir__(), *self._read()]
+
+    def __getitem__(self, name: str) -> Any:
         return self._read()[name]
 
-    def __getattr__(self, name):
+    def __getattr__(self, name: str) -> Any:
         if name.startswith("_"):
             raise AttributeError(name)
         try:
             return self._read()[name]
         except KeyError:
-            raise AttributeError(name) from None
+            raise AttributeError(f"{self.name} has no property {name!r}") from None
 
-    def xml(self, raw=False):
-        """The item with everything below it."""
-        text, length = ctypes.c_void_p(), ctypes.c_size_t()
-        _call("item_xml_dump", self._handle, 1 if raw else 0, ctypes.byref(text),
-              ctypes.byref(length))
-        return ctypes.string_at(text, length.value).decode("utf-8", "replace")
+    def xml(self, raw: bool = False) -> str:
+        """The item with everything below it; raw has numbers in place of dates and options."""
+        text = _text("item_xml_dump", self._handle, 1 if raw else 0)
+        return text.encode("utf-8", "surrogateescape").decode("utf-8", "replace")
 
     def __repr__(self):
         known = ", ".join(f"{k}={v!r}" for k, v in self._read().items() if v is not None)
-        return f"<{self.name} {known}>"
+        return f"<{self.name} {known}>" if known else f"<{self.name}>"
+
+
+_last_class = threading.local()
+
+
+def _declared_names(declared):
+    """The names of the properties of a class, which are asked for again only if it is another one than
+    the last time: an answer has thousands of items of one class."""
+    known = getattr(_last_class, "known", None)
+    if known and _ask(ctypes.c_int32, "class_is_same", known[0], declared):
+        return known[1]
+    names = []
+    for number in range(_ask(ctypes.c_int32, "class_property_count", declared)):
+        name = ctypes.c_char_p()
+        _call("class_property", declared, number, ctypes.byref(name), *[None] * 5)
+        names.append(name.value.decode())
+    _last_class.known = (declared, names)
+    return names
 
 
 class _Termination:
     """What ends a running query: cancel, from any thread, and on the main thread a signal of Python's,
     whose handler could not run before the query has ended."""
 
+    _CANCEL = b"\xff"  # the number of no signal
+
     def __init__(self):
         self._lock = threading.Lock()  # guards the pipe, whose end makes the query end
         self._ends = None
+        self.has_come = False  # whether the last query was ended so
 
     def cancel(self):
         with self._lock:
             if self._ends:
-                os.write(self._ends[1], b"x")
+                try:
+                    os.write(self._ends[1], self._CANCEL)
+                except BlockingIOError:
+                    pass  # it is full of what ends the query
 
     def __enter__(self):
+        self.has_come = False
         with self._lock:
             self._ends = os.pipe()
         for end in self._ends:
@@ -278,17 +367,42 @@ class _Termination:
 
     def __exit__(self, *_):
         if self._is_main:
-            signal.set_wakeup_fd(self._former)
+            # As an event loop sets it, the only one who does.
+            signal.set_wakeup_fd(self._former, warn_on_full_buffer=False)
         with self._lock:
             ends, self._ends = self._ends, None
+        self.has_come = bool(select.select([ends[0]], [], [], 0)[0])
+        if self.has_come:
+            self._pass_on(os.read(ends[0], 4096).replace(self._CANCEL, b""))
         for end in ends:
             os.close(end)
+
+    def _pass_on(self, signals):
+        """An event loop waits for the numbers of the signals, too."""
+        if self._is_main and self._former >= 0 and signals:
+            try:
+                os.write(self._former, signals)
+            except OSError:
+                pass
 
 
 class _Options(ctypes.Structure):
     _fields_ = [("struct_size", ctypes.c_size_t), ("log_directory", ctypes.c_char_p),
                 ("cache_directory", ctypes.c_char_p), ("image_directory", ctypes.c_char_p),
                 ("image_user", ctypes.c_char_p)]
+
+
+_Path = Union[str, bytes, os.PathLike]
+_FILLS = ("machine", "memory", "cache file")
+
+
+class _SourceInfo(ctypes.Structure):
+    _fields_ = [("struct_size", ctypes.c_size_t), ("name", ctypes.c_char_p),
+                ("arguments", ctypes.c_char_p), ("fill", ctypes.c_int32), ("state", ctypes.c_int32),
+                ("is_filled", ctypes.c_int32), ("is_cut_short", ctypes.c_int32),
+                ("age_seconds", ctypes.c_uint32), ("problem_count", ctypes.c_int32),
+                ("rows_seen", ctypes.c_uint64), ("rows_kept", ctypes.c_uint64),
+                ("microseconds", ctypes.c_uint64), ("hiding_count", ctypes.c_int32)]
 
 
 class Session:
@@ -299,28 +413,31 @@ class Session:
 
     _pointer = None  # of a session that could not be made
 
-    def __init__(self, *, image=None, image_user=None, cache=None, plugins=None, log=None,
-                 active=False):
+    def __init__(self, *, image: Optional[_Path] = None, image_user: Optional[str] = None,
+                 cache: Optional[_Path] = None, plugins: Optional[_Path] = None,
+                 log: Optional[_Path] = None, active: bool = False):
+        self._thread = threading.get_ident()
         self._pointer = ctypes.c_void_p()
         self._termination = _Termination()
         options = _Options(ctypes.sizeof(_Options),
                            *(os.fsencode(d) if d is not None else None for d in (log, cache, image)),
                            image_user.encode() if image_user is not None else None)
         if _call("session_create", ctypes.byref(options), ctypes.byref(self._pointer)) != 0:
-            raise Error(_library.kestra_create_error().decode() or "no session could be made")
+            raise Error(_decoded(_library.kestra_create_error()) or "no session could be made")
         self.allow_active(active)
         if plugins is not None and _call("session_set_plugins_dir", self._pointer,
                                          os.fsencode(plugins)) != 0:
             self.close()
-            raise Error(f"{plugins}: no directory that plug-ins could be read from")
+            raise Error(f"{os.fsdecode(plugins)}: no directory that plug-ins could be read from")
 
-    def __enter__(self):
+    def __enter__(self) -> Session:
         return self
 
     def __exit__(self, *_):
         self.close()
 
-    def close(self):
+    def close(self) -> None:
+        """Rows and items that are held stay as they are."""
         if self._pointer:
             _call("session_destroy", self._pointer)
             self._pointer = ctypes.c_void_p()
@@ -330,27 +447,61 @@ class Session:
     def _own(self):
         if not self._pointer:
             raise Error("the session is closed")
+        if threading.get_ident() != self._thread:
+            raise Error("a session is used by the thread that made it; make one for each thread")
         return self._pointer
 
-    def allow_active(self, allow=True):
+    def allow_active(self, allow: bool = True) -> None:
+        """Whether statements may change the machine from here on."""
         _call("session_allow_active", self._own(), 1 if allow else 0)
 
-    def cancel(self):
+    def cancel(self) -> None:
         """Ends the query that runs, if one does. From any thread."""
         self._termination.cancel()
 
-    def reset(self):
+    def reset(self) -> None:
         """Forgets what modules were filled with, so that the next query reads the machine again."""
         _call("session_reinit_diag_root", self._own())
 
-    def value(self, query, timeout=None):
+    def value(self, query: str, timeout: Optional[float] = None) -> Any:
         """Runs a query. A list of rows for one that has rows, else its value. timeout is in
         seconds; a module that is being filled is ended by cancel alone."""
+        value, columns = self._run(query, timeout)
+        if not _is("vector", value):
+            return _convert(value, [])
+        return [_convert(row, columns) for row in _elements(value)]
+
+    def query(self, query: str, timeout: Optional[float] = None) -> Iterator[Any]:
+        """Runs a query and iterates over its rows, each of which is made when its turn comes; a single
+        value is one row. The rows may be asked for after the session is closed."""
+        value, columns = self._run(query, timeout)
+        if not _is("vector", value):
+            return iter([_convert(value, [])])
+        return (_convert(row, columns) for row in _elements(value))
+
+    def sources(self) -> List[Source]:
+        """Where the rows of the last query came from, and what could not be read there."""
+        count = _ask(ctypes.c_int32, "session_source_count", self._own())
+        return [self._source(number) for number in range(count)]
+
+    def explain(self, query: str) -> str:
+        """How a query would be run, in lines for a reader. Nothing is run."""
+        text = query.encode("utf-8", "surrogateescape")
+        plan = ctypes.c_char_p()
+        if _call("session_explain", self._own(), text, ctypes.c_size_t(len(text)),
+                 ctypes.byref(plan)) != 0:
+            raise self._diagnosis(text) or QueryError("<ERROR: Syntax error>")
+        return _decoded(plan.value)
+
+    def _run(self, query, timeout):
+        if not isinstance(query, str):
+            raise TypeError(f"a query is a str, not {type(query).__name__}")
         milliseconds = _NO_TIMEOUT
         if timeout is not None and timeout * 1000 < _NO_TIMEOUT:
             milliseconds = max(1, int(timeout * 1000))
         text = query.encode("utf-8", "surrogateescape")
         session = self._own()
+        start = time.monotonic()
         with self._termination as event:
             result = ctypes.c_void_p()
             status = _library.kestra_session_run_query_sync_n(
@@ -359,31 +510,50 @@ class Session:
         if status != 0:
             raise Error(f"kestra_session_run_query_sync_n: {status}")
         value = _Handle("value", result)
+        self._warn()
         if _is("error", value):
-            raise self._error(text, value)
-        if not _is("vector", value):
-            return _convert(value, [])
-        columns = self._columns()
-        return [_convert(row, columns) for row in _elements(value)]
+            is_over = (time.monotonic() - start + _CLOCKS_DIFFER) * 1000 >= milliseconds
+            raise self._error(text, value, is_over or self._termination.has_come)
+        return value, self._columns()
 
-    def query(self, query, timeout=None):
-        """Runs a query and iterates over its rows; a single value is one row."""
-        rows = self.value(query, timeout)
-        return iter(rows if isinstance(rows, list) else [rows])
+    def _warn(self):
+        while (notice := _ask(ctypes.c_char_p, "session_next_notice", self._own())) is not None:
+            warnings.warn(_decoded(notice), MachineWarning, stacklevel=4)
 
     def _columns(self):
         columns = _take("columns", "session_columns", self._own())
         count = _ask(ctypes.c_int32, "columns_count", columns)
-        return [_name("columns_name", columns, number) for number in range(count)]
+        names = []
+        for number in range(count):
+            wanted = name = _name("columns_name", columns, number)
+            again = 1
+            while name in names:
+                again += 1
+                name = f"{wanted}_{again}"
+            names.append(name)
+        return names
 
-    def _error(self, query, value):
-        diagnosis = self._diagnosis(query)
-        if diagnosis:
-            return diagnosis
+    def _source(self, number):
+        info = _SourceInfo(ctypes.sizeof(_SourceInfo))
+        if _call("session_source", self._own(), number, ctypes.byref(info)) != 0:
+            raise Error(f"kestra_session_source: {number}")
+        problems = []
+        subject, reason = ctypes.c_char_p(), ctypes.c_char_p()
+        while _call("session_source_problem", self._own(), number, len(problems),
+                    ctypes.byref(subject), ctypes.byref(reason)) == 0:
+            problems.append(Problem(_decoded(subject.value), _decoded(reason.value)))
+        return Source(_decoded(info.name), _decoded(info.arguments), _FILLS[info.fill],
+                      info.is_cut_short != 0, info.rows_seen, info.rows_kept,
+                      info.microseconds / 1e6, info.problem_count, tuple(problems))
+
+    def _error(self, query, value, was_ended):
         text = _text("value_as_string", value)
-        if text == "<ERROR>":
-            return Ended("the query was cancelled, or its time was over, or it cannot be answered")
-        return QueryError(text)
+        if was_ended and text == "<ERROR>":
+            return Ended("the query was cancelled, or its time was over")
+        if diagnosis := self._diagnosis(query):
+            return diagnosis
+        reason = _name("session_last_message", self._own())
+        return QueryError(f"{text} {reason}" if reason and reason not in text else text)
 
     def _diagnosis(self, query):
         found = _take("diagnosis", "session_diagnose", self._own(), query,

@@ -49,7 +49,8 @@ kestra_status MakeSetup(const kestra_options* options, SessionSetup& setup) {
                                                                      : KESTRA_E_NOTFOUND;
   }
   setup = LiveSetup();
-  if (cache) setup.cacheDirectory = cache;
+  // What the host calls its directory must not change its meaning when the host goes elsewhere.
+  if (cache && *cache) setup.cacheDirectory = os::FullPath(cache);
   return KESTRA_OK;
 }
 

@@ -18,6 +18,7 @@ inline bool FillAgain(CVDiagItem& item, bool initChild) {
     module.FromCache = false;
     module.FilledAt = os::SystemTimeAsFileTime().ticks;
     module.IsCutShort = false;  // nobody was asked
+    module.SetProblems({});
   }
   return isFilled;
 }

@@ -53,7 +53,7 @@ extern "C" {
 typedef int32_t kestra_status;
 #define KESTRA_OK 0
 #define KESTRA_E_FAIL (-1)       /* could not be done */
-#define KESTRA_E_POINTER (-2)    /* a null handle or a null place for a result */
+#define KESTRA_E_POINTER (-2)    /* a null handle, a null text or a null place for a result */
 #define KESTRA_E_INVALIDARG (-3) /* an index outside, an option that does not exist */
 #define KESTRA_E_OUTOFMEMORY (-4)
 #define KESTRA_E_NOTFOUND (-5) /* no such name */
@@ -90,9 +90,10 @@ KESTRA_API int32_t kestra_abi_version(void);
 typedef struct kestra_options {
   size_t struct_size;
   const char* log_directory; /* of this process's log; takes effect for the first session only */
-  /* Absolute path of the directory where results are kept for queries that ask for it (FROM
-   * Processes#60.Process: at most 60 seconds old). It is made when it is first needed. Null: the
-   * environment variable KESTRA_CacheDir, or none. */
+  /* The directory where results are kept for queries that ask for it (FROM Processes#60.Process: at
+   * most 60 seconds old). A relative path counts from the current directory of this call. It is
+   * made when it is first needed. Null or empty: the environment variable KESTRA_CacheDir, or none.
+   */
   const char* cache_directory;
   /* Ask about the Windows system whose volume is in this directory (a mounted disk, a prefix of
    * Wine, the drive_c of one) instead of this machine. It is only read: every change fails with
@@ -122,10 +123,12 @@ KESTRA_API kestra_status kestra_session_destroy(kestra_session* session);
 KESTRA_API kestra_status kestra_session_allow_active(kestra_session* session, int32_t allow);
 
 /* Runs one query on the calling thread. termination_event, if not null, points to a descriptor
- * that becomes readable when the query is to end; it is polled, never read, and stays the
- * caller's. Without one, kestra_session_cancel_query ends the query. timeout_ms 0 only parses, and
- * KESTRA_NO_TIMEOUT waits for ever. The time is looked at before a module is filled and while rows
- * are looked at: a module that is filling is ended by a cancel alone. */
+ * that becomes readable when the query is to end, as the end of a pipe also does when the other end
+ * is closed; it is polled, never read, and stays the caller's. One that is readable already ends
+ * the query at once; one that is not open never does. Without one, kestra_session_cancel_query ends
+ * the query. A query that was ended is an error whose text is "<ERROR>". timeout_ms 0 only parses,
+ * and KESTRA_NO_TIMEOUT waits for ever. The time is looked at before a module is filled and while
+ * rows are looked at: a module that is filling is ended by a cancel alone. */
 KESTRA_API kestra_status kestra_session_run_query_sync(kestra_session* session, const char* query,
                                                        const intptr_t* termination_event,
                                                        uint32_t timeout_ms, kestra_value** result);
@@ -139,7 +142,10 @@ KESTRA_API kestra_status kestra_session_run_query_sync_n(kestra_session* session
 KESTRA_API kestra_status kestra_session_check_query_syntax(kestra_session* session,
                                                            const char* query, size_t length,
                                                            int32_t* good);
-/* Ends the query that runs. From any thread. */
+/* Ends the queries that run, a synchronous one only if it has no termination_event. From any
+ * thread, while the session exists. Waits up to ten seconds for the thread of an asynchronous one,
+ * which then announces nothing. It says nothing to a query that begins later: what is cancelled
+ * before it has begun runs. */
 KESTRA_API kestra_status kestra_session_cancel_query(kestra_session* session);
 /* Forgets what modules were filled with; results that are held stay as they are. */
 KESTRA_API kestra_status kestra_session_reinit_diag_root(kestra_session* session);
@@ -307,10 +313,10 @@ typedef struct kestra_source_info {
   int32_t fill;          /* KESTRA_FILL_... */
   int32_t state;         /* KESTRA_MODULE_... */
   int32_t is_filled;     /* 0: it could not be filled, and what asked for it is an Error */
-  int32_t is_cut_short; /* not 0: a time limit or a cancel ended the reading before its end; a cache
-                           file does not tell */
+  int32_t is_cut_short; /* not 0: a time limit or a cancel ended the reading before its end; what is
+                           so is not kept in a cache file */
   uint32_t age_seconds; /* of content out of a cache file or of memory, when the query read it */
-  int32_t problem_count; /* what could not be read */
+  int32_t problem_count; /* what could not be read when the content was made */
   uint64_t rows_seen;    /* items of the class that were looked at */
   uint64_t rows_kept;    /* those of them that the WHERE of the clause let pass */
   uint64_t microseconds; /* for finding or filling the content, and looking at its rows, with the
@@ -326,8 +332,8 @@ KESTRA_API kestra_status kestra_session_source(kestra_session* session, int32_t 
                                                kestra_source_info* info);
 /* What could not be read while a source was filled for this query: subject is a path, a process or
  * whatever else was asked, and reason a sentence. At most 100 of one source are kept; problem_count
- * tells of all. Content that comes from memory or a cache file has none. Valid until the session's
- * next query. */
+ * tells of all, and is all there is of content from memory or a cache file. Valid until the
+ * session's next query. */
 KESTRA_API kestra_status kestra_session_source_problem(kestra_session* session, int32_t number,
                                                        int32_t problem, const char** subject,
                                                        const char** reason);

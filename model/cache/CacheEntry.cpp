@@ -1,9 +1,13 @@
 // One entry of the cache: a filled module as a file.
 //
 // The file is the module's dump in sections, below one comment line with the length and checksum of
-// what follows; the checksum also covers the key of the entry. So a file that was cut off at the
-// end of a line, or that another key's entry left under this name, is told from one that is whole.
+// what follows, and with how much could not be read when it was made. The checksum also covers
+// these numbers and the key of the entry. So a file that was cut off at the end of a line, or that
+// another key's entry left under this name, is told from one that is whole.
 #include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
 
 #include "VLib/src/data/Checksum.h"
 #include "model/cache/ResultCache.h"
@@ -19,17 +23,34 @@ namespace {
 constexpr uint64_t kTicksPerSecond = 10'000'000;
 constexpr int kFromCacheFile = 2;  // what GetFillSource answers
 
-std::string HeadLine(const std::string& key, std::string_view dump) {
-  return fmt::format("; kestra {} {:08x}\r\n", dump.size(), Checksum(dump, Checksum(key)));
+constexpr std::string_view kHead = "; kestra ";
+
+std::string HeadLine(const std::string& key, const CFillNotes::Counts& problems,
+                     std::string_view dump) {
+  const std::string numbers =
+      fmt::format("{} {} {}", problems.all, problems.hidingItems, dump.size());
+  return fmt::format("{}{} {:08x}\r\n", kHead, numbers,
+                     Checksum(dump, Checksum(numbers, Checksum(key))));
+}
+
+// The first number of a text, which is taken off it with what stands before it; 0 for none.
+uint64_t TakeNumber(std::string_view& text) {
+  text.remove_prefix(std::min(text.find_first_of("0123456789"), text.size()));
+  uint64_t number = 0;
+  const auto read = std::from_chars(text.data(), text.data() + text.size(), number);
+  text.remove_prefix(static_cast<size_t>(read.ptr - text.data()));
+  return number;
 }
 
 // The sections behind a head line that fits them.
-bool TakeHeadLine(std::string& bytes, const std::string& key) {
+bool TakeHeadLine(std::string& bytes, const std::string& key, CFillNotes::Counts& problems) {
   const size_t end = bytes.find('\n');
   if (end == std::string::npos) return false;
-  if (bytes.substr(0, end + 1) != HeadLine(key, std::string_view(bytes).substr(end + 1))) {
-    return false;
-  }
+  const std::string_view line = std::string_view(bytes).substr(0, end + 1);
+  std::string_view numbers = line;
+  problems.all = TakeNumber(numbers);
+  problems.hidingItems = TakeNumber(numbers);
+  if (line != HeadLine(key, problems, std::string_view(bytes).substr(end + 1))) return false;
   bytes.erase(0, end + 1);
   return true;
 }
@@ -77,7 +98,7 @@ bool ResultCache::ReadEntry(Entry& entry, int32_t timeToLive, DiagModule& module
                             QueryMessage& message) {
   std::string bytes;
   return ReadFile(entry.path, timeToLive, bytes, message, &entry.written) &&
-         TakeHeadLine(bytes, entry.key) && LoadModule(bytes, module, message);
+         TakeHeadLine(bytes, entry.key, entry.problems) && LoadModule(bytes, module, message);
 }
 
 bool ResultCache::WriteFile(const std::string& path, std::string_view bytes) {
@@ -99,7 +120,8 @@ bool ResultCache::WriteEntry(const Entry& entry, DiagModule& module, QueryMessag
   std::string dump;
   Dump(module, dump, message, DumpFormat::Sections);
   if (message.IsTerminated() || !ReadsBack(dump, module, message)) return false;
-  return WriteFile(entry.path, HeadLine(entry.key, dump) + dump);
+  const CFillNotes::Counts problems{module.ProblemCount, module.HidingCount};
+  return WriteFile(entry.path, HeadLine(entry.key, problems, dump) + dump);
 }
 
 }  // namespace kestra

@@ -7,10 +7,18 @@ namespace kestra {
 
 bool DiagModule::InitFromMachine(bool bInitChild, bool bForce, QueryMessage& message) {
   const uint64_t now = os::SystemTimeAsFileTime().ticks;
+  // The module wants to know even where nobody else asks.
+  const CNotesScope scope(message, message.Notes ? message.Notes : MakeRef<CFillNotes>());
   const bool isFilled = CVDiagItem::Init(bInitChild, bForce, message);
   FilledAt = now;
-  IsCutShort = message.Notes && message.Notes->IsCutShort();
+  IsCutShort = message.Notes->IsCutShort();
+  SetProblems(message.Notes->CountsSoFar());
   return isFilled;
+}
+
+void DiagModule::SetProblems(const CFillNotes::Counts& counts) {
+  ProblemCount = counts.all;
+  HidingCount = counts.hidingItems;
 }
 
 bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bool anyUser,
@@ -33,15 +41,16 @@ bool DiagModule::CachedInit(bool bInitChild, bool bForce, int32_t timeToLive, bo
   if (!noRead && pCache->ReadEntry(entry, timeToLive, *this, message)) {
     FilledAt = entry.written.ticks;
     IsCutShort = false;
+    SetProblems(entry.problems);
     return FromCache = true;
   }
   if (message.IsTerminated()) {
     DropContent();  // what could be read before the cancel is no content
     return IsInitialized = false;
   }
-  // What is kept is always the whole tree.
+  // What is kept is always the whole tree: one that a limit cut short would pass for it later.
   if (!InitFromMachine(true, bForce, message)) return false;
-  pCache->WriteEntry(entry, *this, message);
+  if (!IsCutShort) pCache->WriteEntry(entry, *this, message);
   return !message.IsTerminated();
 }
 

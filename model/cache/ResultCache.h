@@ -38,8 +38,9 @@ class ResultCache : public CCounted<ResultCache> {
   // Where an entry lies, and what it was made for.
   struct Entry {
     std::string path;
-    std::string key;     // the key's text; part of the entry's checksum
-    FileTime written{};  // when its content was, once it was read
+    std::string key;                // the key's text; part of the entry's checksum
+    FileTime written{};             // when its content was, once it was read
+    CFillNotes::Counts problems{};  // of what could not be read then, likewise
   };
   // The entry of a module with its arguments, which is added to the index if it is not there.
   // code describes what makes the module: a library and its version. False means: no cache now.

@@ -31,10 +31,13 @@ class DiagModule : public CVDiagItem {
 
   // The present content was read from a cache file. Written under the item's lock.
   std::atomic<bool> FromCache{false};
-  // When the present content was taken from the machine, and whether a limit or time ended that
-  // before its end. 0 for content of which nobody knows. Written under the item's lock.
+  // When the present content was taken from the machine, whether a limit or time ended that before
+  // its end, and how much could not be read. 0 for content of which nobody knows. Written under the
+  // item's lock.
   std::atomic<uint64_t> FilledAt{0};  // FileTime
   std::atomic<bool> IsCutShort{false};
+  std::atomic<uint64_t> ProblemCount{0};
+  std::atomic<uint64_t> HidingCount{0};  // those for which there may be items that are not here
   Ref<DiagParams> Args;
 
   // Reading arguments, for fillings. False if there is no such argument.
@@ -51,7 +54,8 @@ class DiagModule : public CVDiagItem {
   // The arguments that differ from their defaults, each between prefix and suffix.
   std::string FormatArgs(std::string_view prefix, std::string_view suffix);
 
-  // The filling itself: notes in the message tell what could not be read. Under the item's lock.
+  void SetProblems(const CFillNotes::Counts& counts);
+  // The filling itself; what it notes in the message is counted here. Under the item's lock.
   bool InitFromMachine(bool bInitChild, bool bForce, QueryMessage& message);
   // The fill of a FROM: an item that is filled stays as it is. timeToLive is in seconds, -1 for no
   // cache; noRead refills what came from a cache file.

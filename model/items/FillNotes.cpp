@@ -40,9 +40,13 @@ std::vector<FillProblem> CFillNotes::TakeProblems(Counts& counts) {
   return std::exchange(m_problems, {});
 }
 
-bool CFillNotes::HasProblems() const {
+CFillNotes::Counts CFillNotes::CountsSoFar() const {
   const std::lock_guard lock(m_lock);
-  return m_counts.all > 0;
+  return m_counts;
+}
+
+bool CFillNotes::HasProblems() const {
+  return CountsSoFar().all > 0;
 }
 
 }  // namespace kestra

@@ -46,6 +46,7 @@ class CFillNotes : public CCounted<CFillNotes> {
   };
   // The problems kept, and how many there were in all; they are taken out.
   std::vector<FillProblem> TakeProblems(Counts& counts);
+  Counts CountsSoFar() const;
   bool HasProblems() const;
 
  private:

@@ -40,6 +40,26 @@ void DropParentheses(std::vector<Completion>& entries) {
   }
 }
 
+ModuleState StateOf(DiagRoot& root, const std::string& source) {
+  const DiagClass* const pBuiltIn = IsBuiltInName(source) ? BuiltInModule(source) : nullptr;
+  return root.StateOf(pBuiltIn ? pBuiltIn->Name : source).value_or(ModuleState::Ready);
+}
+
+// Modules that have nothing to show here are offered where nothing else is, and bear a mark.
+void SetUnservedBack(DiagRoot& root, std::vector<Completion>& entries) {
+  const auto isUnserved = [&](const Completion& entry) {
+    return entry.kind == CompletionKind::Module && StateOf(root, entry.text) != ModuleState::Ready;
+  };
+  if (!std::all_of(entries.begin(), entries.end(), isUnserved)) {
+    std::erase_if(entries, isUnserved);
+    return;
+  }
+  for (Completion& entry : entries) {
+    const bool isElsewhere = StateOf(root, entry.text) == ModuleState::NotHere;
+    entry.description.insert(0, isElsewhere ? "(not on this machine) " : "(not built yet) ");
+  }
+}
+
 void Sort(std::vector<Completion>& entries) {
   const auto rank = [](const Completion& entry) {
     return entry.kind == CompletionKind::Column ? -1 : static_cast<int>(entry.kind);
@@ -81,6 +101,7 @@ Completions Complete(const std::string& text, size_t cursor, const Ref<DiagRoot>
   std::erase_if(completions.entries, [&](const Completion& entry) {
     return !StartsWithNoCase(Comparable(entry), cut.begun);
   });
+  if (root) SetUnservedBack(*root, completions.entries);
   if (IsBeforeParenthesis(context.QueryText, cut.offset + cut.length)) {
     DropParentheses(completions.entries);
   }

@@ -18,6 +18,9 @@ void FindLineAndColumn(std::string_view text, Diagnosis& diagnosis) {
     ++diagnosis.line;
     lineBegin = end + 1;
   }
+  // A byte order mark is no character of the first line.
+  const std::string_view mark = "\xEF\xBB\xBF";
+  if (lineBegin == 0 && before.starts_with(mark)) lineBegin = mark.size();
   diagnosis.column += static_cast<int32_t>(CountCharacters(before.substr(lineBegin)));
 }
 
@@ -45,8 +48,9 @@ Finding PlainFinding(const CFailedText& text) {
 }
 
 Finding FindFault(CFailedText& text) {
-  for (const auto& rules : {CharacterRules(), MarkRules(), ForeignWordRules(), SourceRules(),
-                            ValueRules(), StructureRules(), KeywordRules(), ColumnRules()}) {
+  for (const auto& rules : {CharacterRules(), MarkRules(), ForeignWordRules(), SourceShapeRules(),
+                            SourceRules(), ValueRules(), FunctionRules(), StructureRules(),
+                            ConditionRules(), KeywordRules(), ColumnRules()}) {
     for (const FailureRule rule : rules) {
       Finding finding;
       if (rule(text, finding)) return finding;

@@ -65,8 +65,9 @@ std::string DecidedBy(const std::vector<WherePart>& where, const PlanSource& sou
   return text;
 }
 
-// Whether the rows of the last source are looked up in an index instead of being tried one by one.
-// It is not used where the rows turn out to be of different classes.
+// Whether the rows of the last source can be looked up in an index instead of being tried one by
+// one. It is made only for more than a few rows, and not where they turn out to be of different
+// classes, which is known when they are there.
 bool IsByIndex(ParseNode& condition, const std::vector<PlanSource>& sources, size_t last) {
   CScopeShape shape;
   for (size_t i = 0; i <= last; ++i) shape.Add(sources[i].alias);
@@ -118,7 +119,7 @@ void CPlanWriter::WriteSources(const ParseNode& body, ParseNode* pWhere) {
     const CIndent indent(*this);
     if (sources.size() == 1 && hasWhere && IsRunAgain(*body.Parent) &&
         IsSameModule(*source.pSource) && IsByIndex(*pWhere, sources, 0))
-      Line("from the second run on: rows found by index");
+      Line("from the second run on: rows found by index if there are many");
     // What a join by parent finds is tested by the join alone. The others try the WHERE on each row
     // as they find it; what is not known then is left to the join.
     const std::string decided =
@@ -141,7 +142,7 @@ void CPlanWriter::WriteSource(const PlanSource& source, bool isByIndex) {
   if (!source.alias.empty()) line.append(" ").append(source.alias);
   if (source.pJoin) {
     line += source.isJoinedByParent ? ": the children of the row on its left"
-            : isByIndex             ? ": rows found by index"
+            : isByIndex             ? ": rows found by index if there are many"
                                     : ": each pair of rows is tested";
   }
   Line(line);

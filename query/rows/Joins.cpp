@@ -126,6 +126,7 @@ bool TestPair(CRowFinder& finder, ParseNode& node, bool& holds) {
   const Verdict verdict = finder.Test();
   holds = verdict == Verdict::True;
   if (holds || verdict == Verdict::False || verdict == Verdict::Null) return true;
+  if (verdict == Verdict::Failed) return false;
   Value value;
   if (!Child(node, value, 4) || !(value.IsBoolean() || value.IsUndefined())) return false;
   holds = value.asBool();

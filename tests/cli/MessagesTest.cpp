@@ -68,6 +68,13 @@ TEST(MessageHints, TellWhatNumbersMean) {
        "the value for Name cannot be"},
       {"Message Id: 11002, source: x, includes the following strings: Name, a, b.",
        "the value for Name cannot be: a, b"},
+      {"<ERROR: Message Id: 10004, source: x, includes the following strings: IniFile. The path "
+       "is wrong.>",
+       "the module IniFile could not be read, so nothing can be added to it: The path is wrong"},
+      {"Message Id: 16002, source: x, includes the following strings: /a. b.",
+       "/a. b is there already"},
+      {"Message Id: 11008, source: x, includes the following strings: A, B, C and D.",
+       "these cannot be used together: A, B, C and D"},
       {"Message Id: 11011, source: x", " cannot be changed"},
       {"Message Id: 4, source: x", ""},
       {"Message Id: ", ""},

@@ -57,7 +57,7 @@ TEST_F(Renderers, Json) {
        R"("Created":"2006-01-02T00:00:00Z","Other":"1.10","0 - Id":-2})"
        "\n]\n"},
       {"SELECT Id, Size FROM Test.Row WHERE Id = 4", "[\n{\"Id\":4,\"Size\":4294967295}\n]\n"},
-      {"SELECT Id, Id FROM Test.Row WHERE Id = 1", "[\n{\"Id\":1,\"Id_2\":1}\n]\n"},
+      {"SELECT Id, Id, Id FROM Test.Row WHERE Id = 1", "[\n{\"Id\":1,\"Id_2\":1,\"Id_3\":1}\n]\n"},
       {"SELECT * FROM Test.Part WHERE Number = 3",
        "[\n{\"Number\":3,\"Owner\":2,\"Label\":null,\"Grade\":\"High\"}\n]\n"},
       {"SELECT * FROM Test.Row WHERE Id = 99", "[]\n"},
@@ -79,9 +79,29 @@ TEST_F(Renderers, Csv) {
        "Id + 1,\"Text + ', \"\"'\"\r\n2,\"Alpha one, \"\"\"\r\n"},
       {"SELECT * FROM Test.Part WHERE Owner = 2", "Number,Owner,Label,Grade\r\n3,2,,High\r\n"},
       {"SELECT Id, Text FROM Test.Row WHERE Id = 99", "Id,Text\r\n"},
+      // a record is never an empty line
+      {"SELECT Size FROM Test.Row WHERE Id < 3", "Size\r\n10\r\n\"\"\r\n"},
   };
   for (const auto& [query, expected] : cases)
     EXPECT_EQ(Show(query, Format::Csv), expected) << query;
+}
+
+TEST_F(Renderers, Xml) {
+  const std::string begin = "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\r\n<I n=\"Result\">\r\n";
+  const std::string end = "</I>\r\n";
+  const std::string unknown = "\xEF\xBF\xBD";
+  const std::pair<const char*, std::string> cases[] = {
+      {"SELECT Id, Size, Id FROM Test.Row WHERE Id = 2",
+       "<I n=\"Row\">\r\n<P n=\"Id\">2</P>\r\n<P n=\"Id_2\">2</P>\r\n</I>\r\n"},
+      {"SELECT Id +\n0 FROM Test.Row WHERE Id = 1", "<P n=\"Id +&#10;0\">1</P>\r\n"},
+      {"'<a b=\"&\">\t\r\n'", "<P n=\"Value\">&lt;a b=&quot;&amp;&quot;&gt;\t&#13;\n</P>\r\n"},
+      // what XML has no character for
+      {"'\x1B[2J\xFF\xED\xA0\x80\xEF\xBF\xBE\xF0\x9F\x98\x80'",
+       "<P n=\"Value\">" + unknown + "[2J" + unknown + unknown + unknown + unknown + unknown +
+           "\xF0\x9F\x98\x80</P>\r\n"},
+  };
+  for (const auto& [query, expected] : cases)
+    EXPECT_EQ(Show(query, Format::Xml), begin + expected + end) << query;
 }
 
 TEST_F(Renderers, Table) {
@@ -139,6 +159,14 @@ TEST_F(Renderers, TableFitsTheTerminal) {
             std::string::npos);
 }
 
+// A number, a version or a date that is cut would be another one.
+TEST_F(Renderers, TableCutsNoDayAndNoVersion) {
+  const std::string shown =
+      Show("SELECT Text, Created, Other FROM Test.Row WHERE Id = 1", Format::Table, 10);
+  EXPECT_NE(shown.find("\nAlpha o\xE2\x80\xA6  2006-01-01\xE2\x80\xA6  1.2.0\n"), std::string::npos)
+      << shown;
+}
+
 TEST_F(Renderers, Vertical) {
   EXPECT_EQ(Show("SELECT Text, Size, Id FROM Test.Row WHERE Id < 3", Format::Vertical),
             "-- 1 --\n     Text: Alpha one\nSize (KB): 10\n       Id: 1\n"
@@ -192,7 +220,7 @@ TEST_F(Renderers, UnknownColumnToSortBy) {
       Show(query, Format::Text, 0, rows);
       ADD_FAILURE() << query;
     } catch (const CUnknownColumn& error) {
-      EXPECT_STREQ(error.what(), "the result has no column \"Txt\" to sort by: did you mean Text?");
+      EXPECT_STREQ(error.what(), "the result has no column \"Txt\" to sort by; did you mean Text?");
     }
   }
   // Without rows nothing is known of the columns.

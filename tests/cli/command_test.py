@@ -33,7 +33,7 @@ class Expressions(CommandTest):
         self.check(["--limit", "0", "SELECT FileName FROM FILES.FILE('/etc/passwd')"], out=b"",
                    err=b"kestra: 0 of 1 rows shown\n")
         self.check(["--sort", "IamgeName", query], status=2, out=b"",
-                   err=b'kestra: the result has no column "IamgeName" to sort by: '
+                   err=b'kestra: the result has no column "IamgeName" to sort by; '
                        b"did you mean ImageName?\n")
         for number in ("-1", "many", "99999999999"):
             self.check(["--limit", number, query], status=2, out=b"")

@@ -1,12 +1,13 @@
 """The queries of the documents: each is run as a user would copy it.
 
-In a block of ```sql a line is a query, but for a block of CREATE PROCEDURE, which is one. Behind a query
+In a block of ```sh each line is a command, which must succeed. In a block of ```sql a line is a query, but for a block of CREATE PROCEDURE, which is one. Behind a query
 stands, in a comment that begins with "= ", what it gives; without one it must give no Error. The man page,
 the completion of the shell and the help speak of the same options."""
 import os
 import pathlib
 import re
 import subprocess
+import tempfile
 import unittest
 
 import kestra_command
@@ -30,6 +31,20 @@ def queries(block):
 
 
 class DocumentsTest(kestra_command.CommandTest):
+    def test_recipes(self):
+        lines = [line for block in re.findall(r"```sh\n(.*?)```", (SOURCE / "docs/recipes.md").read_text(
+            "utf-8"), re.S) for line in block.splitlines()]
+        self.assertGreater(len(lines), 10)
+        with tempfile.TemporaryDirectory() as root:
+            os.symlink(os.path.abspath(kestra_command.COMMAND), os.path.join(root, "kestra"))
+            environment = {**os.environ, "PATH": root + ":" + os.environ["PATH"]}
+            for line in lines:
+                result = subprocess.run(["bash", "-o", "pipefail", "-c", line], cwd=root, env=environment,
+                                        capture_output=True, timeout=60)
+                with self.subTest(line=line):
+                    # head may end a pipe before its writer is through
+                    self.assertIn(result.returncode, (0, 141), result)
+
     def test_queries(self):
         documents = [*SOURCE.glob("docs/*.md"), SOURCE / "README.md"]
         count = 0
@@ -65,6 +80,7 @@ class DocumentsTest(kestra_command.CommandTest):
         script = SOURCE / "packaging/kestra.bash"
         for line, expected in ((["kestra", "--form"], "--format"),
                                (["kestra", "--format", "jso"], "json jsonl"),
+                               (["kestra", "--format", "=", "cs"], "csv"),
                                (["kestra", "--exp"], "--explain")):
             words = " ".join(f"'{word}'" for word in line)
             program = (f". '{script}'; COMP_WORDS=({words}); COMP_CWORD={len(line) - 1}; _kestra; "

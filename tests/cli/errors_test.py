@@ -62,6 +62,16 @@ class Errors(CommandTest):
         self.assertIn("there is no ORDER BY", lines[2])
         self.assertEqual(lines[3], "kestra: --sort COLUMN sorts what is shown")
 
+    def test_a_dot_is_taken_for_a_command_at_the_beginning_alone(self):
+        hint = "kestra: commands with a dot belong to the shell"
+        self.assertTrue(self.lines_behind_error(" .modules")[-1].startswith(hint))
+        for text in ("DROP MODULE Processes.Process", "SELECT * FROM .Process"):
+            self.assertNotIn(hint, "\n".join(self.lines_behind_error(text)))
+
+    def test_a_source_that_was_not_filled_is_named(self):
+        self.assertEqual(self.lines_behind_error("SELECT * FROM Files(Levels=1).File"),
+                         ["kestra: Files(Levels=1) could not be read with these arguments"])
+
     def test_result_of_nothing_is_doubted(self):
         result = self.check(["--format", "text", "SELECT COUNT(*) FROM Processes.Proces"],
                             out=b"0\n")

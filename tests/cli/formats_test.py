@@ -7,6 +7,7 @@ import os
 import re
 import subprocess
 import tempfile
+import xml.etree.ElementTree
 
 from kestra_command import COMMAND, CommandTest, main
 
@@ -119,8 +120,27 @@ class Formats(CommandTest):
         self.assertIn("Usage: kestra", shown)
 
     def test_control_characters_do_not_reach_the_terminal(self):
-        _, shown = self.on_a_terminal("'a\x1b[2Jb'")
-        self.assertFalse(re.search("\x1b", shown), shown)
+        for name in ("table", "vertical", "text", "csv", "json", "jsonl", "xml"):
+            _, shown = self.on_a_terminal("--format", name, "'a\x1b[2Jb', 'c\u009b31m', 'd\re'")
+            self.assertFalse(re.search("[\x00-\x08\x0b-\x1f\x7f-\x9f]", shown.replace("\r\n", "")),
+                             (name, shown))
+
+    def test_a_terminal_is_told_that_there_are_no_rows(self):
+        for query in "SELECT * FROM Processes.Process WHERE 1 = 2", "SELECT PID FROM " \
+                "Processes.Process WHERE 1 = 2":
+            _, shown = self.on_a_terminal(query)
+            self.assertTrue(shown.endswith("kestra: no rows\r\n"), shown)
+
+    def test_xml_is_well_formed_whatever_a_file_is_called(self):
+        with tempfile.TemporaryDirectory() as root:
+            for name in b"a\x1b[2J", b"b\xff", b"c\xef\xbf\xbf", b"d\r\n]]>&#1;":
+                with open(os.path.join(root.encode(), name), "wb"):
+                    pass
+            for what in "*", "FileName":
+                out = self.check(["--format", "xml",
+                                  f"SELECT {what} FROM FILES.FILE('{root}/*')"]).stdout
+                document = xml.etree.ElementTree.fromstring(out)
+                self.assertEqual(len(document.findall(".//P[@n='FileName']")), 4)
 
 
 main()

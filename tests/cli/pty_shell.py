@@ -11,7 +11,7 @@ import time
 
 PROMPT = "kestra> "
 # What moves the cursor and sets colours: nothing that is read.
-CONTROL = re.compile(r"\x1b\[[0-9;?]*[A-Za-z]|\x1b[=>]|\x0f|\x07|\r")
+CONTROL = re.compile(r"\x1b\[[0-9;?]*[A-Za-z@]|\x1b[=>]|\x0f|\x07|\r")
 
 
 class PtyShell:

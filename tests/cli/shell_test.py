@@ -1,44 +1,12 @@
-"""The shell through a pseudo-terminal, as a user at the keyboard."""
+"""Queries and commands in the shell, as a user types them."""
 import os
-import signal
 import subprocess
-import tempfile
 import termios
 import time
 
 from kestra_command import COMMAND, SLOW_QUERY, main
-from pty_shell import PROMPT, PtyShell
-import unittest
-
-# Never comes back, and looks at nothing meanwhile.
-STUCK_QUERY = "CALLDLL('libc.so.6', 'pause')"
-UP = "\x1b[A"
-DOWN = "\x1b[B"
-LEFT = "\x1b[D"
-INTERRUPT = "\x03"
-END = "\x04"
-MORE = "   ...> "
-
-
-class ShellTest(unittest.TestCase):
-    def setUp(self):
-        home = tempfile.TemporaryDirectory()
-        self.addCleanup(home.cleanup)
-        self.home = home.name
-
-    def start(self, *arguments, prompt=PROMPT, **more):
-        shell = PtyShell(COMMAND, self.home, *arguments, **more)
-        self.addCleanup(shell.close)
-        self.greeting = shell.expect(prompt)
-        return shell
-
-    def leave(self, shell):
-        shell.type(END)
-        self.assertEqual(shell.wait(), 0)
-
-    def history(self):
-        with open(os.path.join(self.home, "state/kestra/history"), encoding="utf-8") as file:
-            return file.read().splitlines()
+from pty_shell import CONTROL, PROMPT
+from shell_case import END, INTERRUPT, MORE, ShellTest
 
 
 class Queries(ShellTest):
@@ -76,6 +44,34 @@ class Queries(ShellTest):
         shell.type("1\r+ 2\r3 + 4\r")
         shell.expect("\n3\n")
         shell.expect("7\n")
+        self.leave(shell)
+
+    def test_what_a_terminal_marks_as_pasted(self):
+        shell = self.start()
+        begin, end = "\x1b[200~", "\x1b[201~"
+        # A tab is no key there, and what is whole is run without waiting for more.
+        shell.type(f"{begin}SELECT PID,\r\tPID + 6\rFROM Processes.Process\r\tWHERE PID = 1;\r{end}")
+        shell.expect("1        7")
+        shell.type(f"{begin}6 * 7\r{end}")
+        shell.expect("\n42\n")
+        shell.type(f"{begin}1 + 1\r+ 3\r4 * {end}")
+        shell.expect("4 * ")
+        shell.type("40\r")
+        shell.expect("\n5\n")
+        shell.expect("160\n")
+        shell.type("SEL\t")
+        shell.expect("SELECT ")
+        shell.type(INTERRUPT)
+        self.leave(shell)
+        self.assertTrue(shell.text.rstrip().endswith("\x1b[?2004l"), shell.text[-40:])
+
+    def test_a_large_paste(self):
+        shell = self.start()
+        text = "".join(f"{number} + 0\r" for number in range(300))
+        shell.type(text)
+        shell.expect("\n299\n")
+        shown = CONTROL.sub("", shell.text)
+        self.assertEqual([n for n in range(300) if f"\n{n}\n" not in shown], [])
         self.leave(shell)
 
     def test_the_end_of_input_loses_no_query(self):
@@ -164,11 +160,15 @@ class Classes(ShellTest):
         cases = [
             (".modules proc*", ["Processes "], ["Files"]),
             (".modules", ["(not built yet)", "Registry", "(not on this machine)"], []),
-            (".modules x?z", ["kestra: no module"], []),
+            (".modules x?z", ["kestra: there is no module"], []),
             (".describe files", ["Levels = 0", "FileName = '*'", "Files.Directory", "Files.FileLine"], []),
             (".describe FILES.directory", ["* Path", "Attributes", "'ReadOnly', 'Hidden'", "INSERT"], []),
-            (".describe Fles", ["did you mean Files"], []),
-            (".describe files.direktory", ["did you mean Directory"], []),
+            (".describe Fles", ['there is no module "Fles"; did you mean Files?'], []),
+            (".describe files.direktory", ["did you mean Directory?"], []),
+            (".describe IniFile.Ini", ['has no class "Ini"; did you mean IniKey or IniSection?'], []),
+            (".modules Files Proc*", ["takes one pattern"], []),
+            (".read '/etc/passwd", ["a quote is missing"], []),
+            (".dump Nope", ['there is no module "Nope"'], ["SELECT"]),
             (".describe", ["takes the name of a module"], []),
             (".examples processes", ["SELECT PID, ImageName FROM"], []),
             (".exampels Files", ["did you mean .examples"], []),
@@ -177,7 +177,7 @@ class Classes(ShellTest):
             (".help", [".describe", ".plugins", 'ends with ";"'], []),
             (".dump Processes", ['<I n="Processes">', '<P n="PID">1</P>'], []),
             (".dump Processes rawlines", ["Processes"], ["<I n="]),
-            (".dump Prozesses", ["<ERROR"], []),
+            (".dump Prozesses", ["did you mean Processes?"], ["<ERROR"]),
             (".explain SELECT PID FROM Processes.Process WHERE PID = 1", ["read Processes.Process"], []),
             (".explain SELECT", ["Syntax error"], []),
             (".limit many", ["takes a number"], []),
@@ -210,216 +210,6 @@ class Classes(ShellTest):
         self.assertTrue(any("Processes" in name for _, _, names in os.walk(self.home) for name in names),
                         list(os.walk(self.home)))
         self.leave(shell)
-
-
-class Completions(ShellTest):
-    def test_places(self):
-        shell = self.start(columns=150)
-        files = "SELECT Name FROM Files(DirPath='/').Directory WHERE "
-        cases = [
-            ("SEL\t", ["SELECT "]),
-            ("SELECT PID FR\t", ["FROM "]),
-            ("SELECT * FROM Proc\t", ["Processes."]),
-            ("SELECT * FROM Processes.\t", ["Processes.Process "]),
-            ("SELECT PID FROM Processes.Process WHERE Ima\t", ["ImageName"]),
-            ("SELECT x.PID FROM Processes.Process x WHERE x.\t", ["CommandLine", "ThreadID", "WHERE x."]),
-            ("SELECT Name FROM Files(Lev\t", ["Levels="]),
-            (files + "Attributes = \t", ["'Compressed'", "'Hidden'", "'ReadOnly'", "'System'"]),
-            (files + "Attributes = 'Hi\t", ["'Hidden'"]),
-            (".desc\t", [".describe "]),
-            (".describe Fil\t", ["Files "]),
-            (".describe Files.D\t", ["Files.Directory "]),
-            (".format js\t\t", ["json", "jsonl"]),
-            (".help lim\t", ["limit "]),
-            ("SELECT COUNT(*)\rFROM Processes.Process WHERE Parent\t", ["ParentProcessID"]),
-        ]
-        for keys, shown in cases:
-            with self.subTest(keys):
-                shell.type(keys)
-                for text in shown:
-                    shell.expect(text, 5)
-                shell.type(INTERRUPT)
-                shell.expect("\n" + PROMPT)
-        self.leave(shell)
-
-    def test_in_the_middle_of_a_line(self):
-        """In another case, behind characters of several bytes, and before the rest of the query."""
-        shell = self.start()
-        rest = " FROM FILES.FILE('/etc/passwd')"
-        shell.type("SELECT 'ü世' + filen" + rest + LEFT * len(rest) + "\t\r")
-        self.assertRegex(shell.expect("\n" + PROMPT), r"ü世passwd$")
-        self.leave(shell)
-
-    def test_another_size(self):
-        shell = self.start(columns=150)
-        shell.type("6 * ")
-        shell.expect("6 * ")
-        shell.resize(30)
-        shell.expect("6 * ")  # it is shown anew
-        shell.type("7\r")
-        shell.expect("\n42\n")
-        self.leave(shell)
-
-
-class Interrupts(ShellTest):
-    def test_a_long_query(self):
-        shell = self.start()
-        for _ in range(3):
-            shell.type(SLOW_QUERY + "\r")
-            time.sleep(0.4)
-            pressed = time.monotonic()
-            shell.type(INTERRUPT)
-            shell.expect("\n" + PROMPT)
-            self.assertLess(time.monotonic() - pressed, 1)
-            self.assertRegex(shell.ask("6 * 7"), r"\n42$")
-        self.leave(shell)
-
-    def test_what_is_typed_meanwhile(self):
-        shell = self.start()
-        shell.type(SLOW_QUERY + "\r")
-        time.sleep(0.4)
-        shell.type("20 + 2")
-        time.sleep(0.1)
-        shell.type(INTERRUPT)
-        shell.expect("\n" + PROMPT)
-        shell.expect("20 + 2")
-        shell.type("2\r")
-        shell.expect("\n42\n")
-        self.leave(shell)
-
-    def test_a_stuck_query_is_left_behind(self):
-        shell = self.start("--timeout", "60000")
-        for _ in range(2):
-            shell.type(STUCK_QUERY + "\r")
-            time.sleep(0.3)
-            pressed = time.monotonic()
-            shell.type(INTERRUPT)
-            shown = shell.expect("\n" + PROMPT)
-            self.assertLess(time.monotonic() - pressed, 1.1)
-            self.assertIn("left behind", shown)
-            self.assertRegex(shell.ask("6 * 7"), r"\n42$")
-            self.assertIn("60000", shell.ask(".timeout"))
-        self.leave(shell)
-
-    def test_at_the_prompt(self):
-        shell = self.start()
-        shell.type("SELECT 'über' never finished")
-        shell.expect("never finished")
-        shell.type(INTERRUPT)
-        shell.expect("\n" + PROMPT)
-        shell.type(UP)
-        shell.expect("SELECT 'über' never finished")
-        shell.type(INTERRUPT)
-        shell.expect("\n" + PROMPT)
-        # All lines of a query come back, as one entry.
-        shell.ask("SELECT COUNT(*)", prompt=MORE)
-        shell.type("FROM FILES.FILE")
-        shell.expect("FROM FILES.FILE")
-        shell.type(INTERRUPT)
-        shell.expect("\n" + PROMPT)
-        shell.type(UP)
-        shell.expect("COUNT(*)")
-        shell.expect("FROM FILES.FILE")
-        shell.type("('/etc/passwd')\r")
-        self.assertRegex(shell.expect("\n" + PROMPT), r"\n\d+$")
-        self.leave(shell)
-        self.assertEqual(self.history()[-1], "SELECT COUNT(*)\\nFROM FILES.FILE('/etc/passwd')")
-
-    def test_a_signal_from_elsewhere(self):
-        for number in (signal.SIGTERM, signal.SIGHUP, signal.SIGQUIT):
-            for running in (False, True):
-                with self.subTest(number=number, running=running):
-                    shell = self.start()
-                    shell.type(SLOW_QUERY + "\r" if running else "half a line")
-                    time.sleep(0.4)
-                    os.kill(shell.pid, number)
-                    self.assertEqual(shell.wait(), -number)
-                    self.assertEqual(shell.mode()[3] & (termios.ICANON | termios.ECHO),
-                                     termios.ICANON | termios.ECHO)
-        shell = self.start()
-        shell.type("half")
-        shell.expect("half")
-        os.kill(shell.pid, signal.SIGINT)
-        shell.expect("\n" + PROMPT)
-        self.assertRegex(shell.ask("6 * 7"), r"\n42$")
-        self.leave(shell)
-
-    def test_stopping_and_going_on(self):
-        for running in (False, True):
-            with self.subTest(running=running):
-                shell = self.start()
-                shell.type(SLOW_QUERY + "\r" if running else "6 *")
-                time.sleep(0.4)
-                raw = shell.mode()[3]
-                shell.type("\x1a")
-                end = time.monotonic() + 10
-                while os.waitid(os.P_PID, shell.pid,
-                                os.WSTOPPED | os.WNOHANG | os.WNOWAIT) is None:
-                    self.assertLess(time.monotonic(), end, "it does not stop")
-                    time.sleep(0.02)
-                self.assertEqual(shell.mode()[3] & termios.ICANON, termios.ICANON)
-                os.kill(shell.pid, signal.SIGCONT)
-                time.sleep(0.3)
-                self.assertEqual(shell.mode()[3], raw)
-                if running:
-                    shell.type(INTERRUPT)
-                    shell.expect("\n" + PROMPT)
-                    shell.type("6 *")
-                shell.type(" 7\r")
-                shell.expect("\n42\n")
-                self.leave(shell)
-
-
-class History(ShellTest):
-    def test_over_two_runs(self):
-        shell = self.start()
-        shell.ask("6 * 7")
-        shell.ask("6 * 7")
-        shell.ask("'back\\slash'")
-        shell.ask(".limit off")
-        self.leave(shell)
-        self.assertEqual(self.history(), ["6 * 7", "'back\\\\slash'", ".limit off"])
-        directory = os.path.join(self.home, "state/kestra")
-        self.assertEqual(os.stat(directory).st_mode & 0o777, 0o700)
-        self.assertEqual(os.stat(os.path.join(directory, "history")).st_mode & 0o777, 0o600)
-        shell = self.start()
-        shell.type(UP + UP + UP + "\r")
-        shell.expect("\n42\n")
-        shell.type(UP + UP + UP + DOWN + "\r")
-        self.leave(shell)
-
-    def test_two_shells_at_once(self):
-        first, second = self.start(), self.start()
-        for number in range(5):
-            first.ask(f"{number} + 100")
-            second.ask(f"{number} + 200")
-        self.leave(first)
-        self.leave(second)
-        self.assertEqual(sorted(self.history()),
-                         sorted(f"{n} + {m}" for n in range(5) for m in (100, 200)))
-
-    def test_at_most_a_thousand(self):
-        os.makedirs(os.path.join(self.home, "state/kestra"))
-        path = os.path.join(self.home, "state/kestra/history")
-        with open(path, "w", encoding="utf-8") as file:
-            file.writelines(f"{number} + 0\n" for number in range(1500))
-        shell = self.start()
-        self.leave(shell)
-        self.assertEqual(self.history(), [f"{number} + 0" for number in range(500, 1500)])
-
-    def test_what_cannot_be_kept(self):
-        fifo = os.path.join(self.home, "fifo")
-        os.mkfifo(fifo)
-        for path in ("/proc/none/history", self.home, fifo):
-            with self.subTest(path):
-                shell = self.start(env={"KESTRA_HISTORY": path})
-                shown = self.greeting + shell.ask("6 * 7") + shell.ask("1 + 1")
-                self.assertEqual(shown.count("history is not kept"), 1, shown)
-                self.leave(shell)
-        shell = self.start(env={"KESTRA_HISTORY": ""})
-        self.assertNotIn("history", self.greeting + shell.ask("6 * 7"))
-        self.leave(shell)
-        self.assertFalse(os.path.exists(os.path.join(self.home, "state")))
 
 
 class WithoutEditing(ShellTest):

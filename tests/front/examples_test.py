@@ -3,6 +3,7 @@
 
     examples_test.py LIBRARY DIRECTORY_OF_THE_PROGRAMS PYTHON_MODULES
 """
+import asyncio
 import copy
 import datetime
 import os
@@ -90,6 +91,8 @@ class InPython(unittest.TestCase):
             with self.assertRaises(AttributeError):
                 row.filename
             self.assertEqual(copy.deepcopy(row), row)
+            twice, = session.query("SELECT Size, Size FROM FILES.FILE('/etc/passwd')")
+            self.assertEqual(dict(twice), {"Size": stat.st_size, "Size_2": stat.st_size})
 
     def test_names_and_items(self):
         names = {"plain", "two\nlines", "a\"b'c", "\U0001f600", os.fsdecode(b"\xff")}
@@ -103,6 +106,15 @@ class InPython(unittest.TestCase):
         self.assertEqual([f.Attributes for f in files if f.FileName == "plain"],
                          [frozenset({"ReadOnly"})])
         self.assertIn("<I", files[0].xml())
+        self.assertEqual(list(files[0])[:2], ["Path", "ShortPathName"])
+        self.assertNotIn("Number", dict(files[0]))
+
+    def test_sources(self):
+        with kestra.Session() as session:
+            rows = session.query("SELECT FileName FROM FILES.FILE('/etc/*') WHERE Size > 0")
+            source, = session.sources()
+        self.assertEqual((source.name, source.fill, source.problems), ("FILES.FILE", "machine", ()))
+        self.assertEqual(source.rows_kept, len(list(rows)))  # which outlive their session
 
     def test_errors(self):
         with kestra.Session() as session:
@@ -113,6 +125,17 @@ class InPython(unittest.TestCase):
             self.assertEqual(session.value("1"), 1)  # an error ends nothing
             with self.assertRaises(kestra.QueryError):
                 session.value("DELETE Processes.Process WHERE PID = 1")  # it is not allowed
+            with self.assertRaisesRegex(kestra.QueryError, "^<ERROR>$") as wrong:
+                session.value("1 / 0", timeout=60)
+            self.assertNotIsInstance(wrong.exception, kestra.Ended)
+            with self.assertRaises(TypeError):
+                session.value(b"1")
+            refused = []
+            stranger = threading.Thread(target=lambda: refused.append(
+                self.assertRaisesRegex(kestra.Error, "thread", session.value, "1")))
+            stranger.start()
+            stranger.join()
+            self.assertEqual(len(refused), 1)
         with self.assertRaises(kestra.Error):
             session.value("1")
         with self.assertRaisesRegex(kestra.Error, "."):
@@ -137,6 +160,17 @@ class InPython(unittest.TestCase):
             session.value(SLOW)
         signal.signal(signal.SIGINT, former)
         self.assertLess(time.monotonic() - start, 3)
+
+    def test_event_loop_gets_the_signal_that_ended_a_query(self):
+        async def ask():
+            came = asyncio.Event()
+            asyncio.get_running_loop().add_signal_handler(signal.SIGUSR1, came.set)
+            with kestra.Session() as session, self.assertRaises(kestra.Ended):
+                threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGUSR1)).start()
+                session.value(SLOW)
+            await asyncio.wait_for(came.wait(), 5)
+
+        asyncio.run(ask())
 
 
 unittest.main(verbosity=2)

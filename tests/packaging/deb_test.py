@@ -49,7 +49,9 @@ with kestra.Session() as session:
     row, = session.query("SELECT FileName, Size FROM FILES.FILE(%r)" % "/etc/passwd")
     assert (row.FileName, type(row.Size)) == ("passwd", int), row
 '
-rm -rf /usr/lib/python3/dist-packages/__pycache__/kestra.*
+dpkg -i kestra.deb
+test "$(kestra '1 + 1')" = 2
+/usr/bin/python3 -c 'import kestra'
 dpkg -r kestra
 ! command -v kestra
 ! ldconfig -p | grep libkestra

@@ -20,6 +20,7 @@ class CHelper final : public CVThread {
  protected:
   void Run() override {
     try {
+      os::WidenThreadHeap();
       m_work();
     } catch (...) {
       Thrown = std::current_exception();

@@ -31,11 +31,6 @@ bool Matches(std::string_view text, std::string_view pattern) {
   return pattern.find_first_not_of('*', place) == std::string_view::npos;
 }
 
-std::string FirstSentence(const std::string& text) {
-  const size_t end = text.find(". ");
-  return end == std::string::npos ? text : text.substr(0, end + 1);
-}
-
 // Prints what a job makes of the session.
 template <class MakeText>
 bool PrintFromSession(CShellCore& core, MakeText makeText) {
@@ -58,7 +53,9 @@ std::string ListModules(kestra_session* session, const std::string& pattern, siz
   }
   CTextTable table;
   for (const auto& [name, line] : lines) table.AddLine({name, line});
-  if (table.IsEmpty()) throw CUnknownName("no module has such a name: .modules names them all");
+  if (table.IsEmpty()) {
+    throw CUnknownName("there is no module whose name is like that; .modules names them");
+  }
   return table.Text(width);
 }
 
@@ -92,13 +89,17 @@ std::string ExamplesOf(kestra_session* session, const std::string& name) {
 
 bool TakesOneName(const DotArguments& arguments, const char* command) {
   if (arguments.words.size() == 1) return true;
-  Tell(std::string(command) + " takes the name of a module: .modules names them");
+  Tell(std::string(command) + " takes the name of a module; .modules names them");
   return false;
 }
 
 }  // namespace
 
 bool ShowModules(CShellCore& core, const DotArguments& arguments) {
+  if (arguments.words.size() > 1) {
+    Tell(".modules takes one pattern");
+    return false;
+  }
   const std::string pattern = arguments.words.empty() ? "*" : FoldCase(arguments.words.front());
   const size_t width = TerminalWidth();
   return PrintFromSession(core, [pattern, width](kestra_session* session) {

@@ -111,7 +111,7 @@ CTextTable Actions(const CClassHandle& diagClass) {
 void AddChildren(const CClassHandle& diagClass, const std::string& module,
                  const std::string& indent, CTextTable& table) {
   for (const CClassHandle& child : ChildrenOf(diagClass)) {
-    table.AddLine({indent + module + "." + NameOf(child), DescriptionOf(child)});
+    table.AddLine({indent + module + "." + NameOf(child), FirstSentence(DescriptionOf(child))});
     AddChildren(child, module, indent + "  ", table);
   }
 }

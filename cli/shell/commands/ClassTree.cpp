@@ -1,5 +1,7 @@
 #include "cli/shell/commands/ClassTree.h"
 
+#include <algorithm>
+
 #include "cli/NearNames.h"
 #include "cli/Terminal.h"
 
@@ -10,10 +12,11 @@ namespace {
 constexpr const char* kIniSource = "inifiles";
 constexpr const char* kIniModule = "inifile";
 
-// All names below a class.
+// All names below a class, each once.
 void CollectNames(const CClassHandle& diagClass, std::vector<std::string>& names) {
   for (const CClassHandle& child : ChildrenOf(diagClass)) {
-    names.push_back(NameOf(child));
+    const std::string name = NameOf(child);
+    if (std::find(names.begin(), names.end(), name) == names.end()) names.push_back(name);
     CollectNames(child, names);
   }
 }
@@ -58,8 +61,8 @@ CClassHandle FindModule(kestra_session* session, const std::string& name) {
     if (FoldCase(names.back()) == folded) return std::move(module);
   }
   const std::string near = NearNamesSentence(name, names);
-  throw CUnknownName("there is no module " + name +
-                     (near.empty() ? ": .modules names them" : near));
+  throw CUnknownName("there is no module \"" + name + "\"" +
+                     (near.empty() ? "; .modules names them" : near));
 }
 
 CClassHandle FindClass(const CClassHandle& module, const std::string& name) {
@@ -68,9 +71,9 @@ CClassHandle FindClass(const CClassHandle& module, const std::string& name) {
   CollectNames(module, names);
   std::string rest = NearNamesSentence(name, names);
   if (rest.empty()) {
-    for (const std::string& each : names) rest += (rest.empty() ? ": it has " : ", ") + each;
+    for (const std::string& each : names) rest += (rest.empty() ? "; it has " : ", ") + each;
   }
-  throw CUnknownName(NameOf(module) + " has no class " + name + rest);
+  throw CUnknownName(NameOf(module) + " has no class \"" + name + "\"" + rest);
 }
 
 std::string StateOf(kestra_session* session, const std::string& module) {

@@ -4,6 +4,7 @@
 
 #include "cli/NearNames.h"
 #include "cli/Terminal.h"
+#include "cli/render/Width.h"
 #include "cli/shell/TextTable.h"
 #include "cli/shell/commands/ClassCommands.h"
 #include "cli/shell/commands/QueryCommands.h"
@@ -18,41 +19,51 @@ bool Quit(CShellCore& core, const DotArguments&) {
   return true;
 }
 
+constexpr size_t kUsualWidth = 80;
+constexpr const char* kSwitch = "on|off";
+
 constexpr DotCommand kCommands[] = {
-    {"help", "[COMMAND]", "Tell what there is, or all about one command", Help},
-    {"modules", "[PATTERN]", "Name the modules; * and ? are wildcards", ShowModules},
-    {"describe", "MODULE[.CLASS]", "Tell what a module or a class has", Describe},
-    {"examples", "MODULE", "Show queries over a module", ShowExamples},
+    {"help", "[COMMAND]", "Tell what there is, or all about one command", Takes::Command, "", Help},
+    {"modules", "[PATTERN]", "Name the modules; * and ? are wildcards", Takes::Module, "",
+     ShowModules},
+    {"describe", "MODULE[.CLASS]", "Tell what a module or a class has", Takes::Module, "",
+     Describe},
+    {"examples", "MODULE", "Show queries over a module", Takes::Module, "", ShowExamples},
     {"format", "[FORMAT]", "Show results as table, vertical, text, csv, json, jsonl or xml",
-     SetFormat},
-    {"wide", "[on|off]", "Do not cut tables to the width of the terminal", SetWide},
-    {"sort", "[COLUMN [desc]|off]", "Show the rows by a column of the result", SetSort},
-    {"limit", "[N|off]", "Show that many rows at most", SetLimit},
+     Takes::Words, "table|vertical|text|csv|json|jsonl|xml", SetFormat},
+    {"wide", "[on|off]", "Do not cut tables to the width of the terminal", Takes::Words, kSwitch,
+     SetWide},
+    {"sort", "[COLUMN [desc]|off]", "Show the rows by a column of the result", Takes::Column, "off",
+     SetSort},
+    {"limit", "[N|off]", "Show that many rows at most", Takes::Words, "off", SetLimit},
     {"timing", "[on|off]", "Tell after each query where its rows came from, and how long it took",
-     SetTiming},
-    {"timeout", "[MS|off]", "End a query after that many milliseconds", SetTimeOut},
-    {"active", "[on|off]", "Allow statements that change the machine", SetActive},
-    {"explain", "QUERY", "Tell how a query would be run", Explain},
+     Takes::Words, kSwitch, SetTiming},
+    {"timeout", "[MS|off]", "End a query after that many milliseconds", Takes::Words, "off",
+     SetTimeOut},
+    {"active", "[on|off]", "Allow statements that change the machine", Takes::Words, kSwitch,
+     SetActive},
+    {"explain", "QUERY", "Tell how a query would be run", Takes::Query, "", Explain},
     {"dump", "[MODULE[(ARGUMENTS)]|last] [FORMAT]",
      "Show the whole tree of a module, or of the last result, as xml, raw, lines, rawlines or "
      "sections",
-     Dump},
-    {"read", "FILE", "Run the queries and commands of a file; the first that fails ends it", Read},
-    {"output", "[FILE|off]", "Write results into a file", SetOutput},
+     Takes::Dump, "xml|raw|lines|rawlines|sections", Dump},
+    {"read", "FILE", "Run the queries and commands of a file; the first that fails ends it",
+     Takes::File, "", Read},
+    {"output", "[FILE|off]", "Write results into a file", Takes::File, "off", SetOutput},
     {"cache", "[DIR|off]",
-     "Keep results in a directory, for queries that ask for it: FROM Processes#60", SetCache},
-    {"plugins", "[DIR|off]", "Add the modules of the plug-ins in a directory", SetPlugins},
-    {"quit", "", "Leave; Ctrl-D does too", Quit},
-    {"exit", "", "The same", Quit},
+     "Keep results in a directory, for queries that ask for it: FROM Processes#60",
+     Takes::Directory, "off", SetCache},
+    {"plugins", "[DIR|off]", "Add the modules of the plug-ins in a directory", Takes::Directory,
+     "off", SetPlugins},
+    {"quit", "", "Leave; Ctrl-D does too", Takes::Nothing, "", Quit},
+    {"exit", "", "The same", Takes::Nothing, "", Quit},
 };
 
 constexpr const char* kHelpOfQueries =
-    "\nA query that is whole in one line is run at once. One of several lines ends with \";\" at "
-    "the "
-    "end\nof a line, or with an empty line. Tab completes what stands at the cursor, the arrow "
-    "keys "
-    "bring\nback what was typed, Ctrl-C ends a query that runs and gives up a line that is typed. "
-    "Commands\nmay be abbreviated.\n";
+    "A query that is whole in one line is run at once. One of several lines ends with \";\" at the "
+    "end of a line, or with an empty line. Tab completes what stands at the cursor, the arrow keys "
+    "bring back what was typed, Ctrl-C ends a query that runs and gives up a line that is typed. "
+    "Commands may be abbreviated.";
 
 std::string HeadOf(const DotCommand& command) {
   const std::string head = std::string(".") + command.name;
@@ -73,7 +84,9 @@ bool Help(CShellCore& core, const DotArguments& arguments) {
   }
   CTextTable table;
   for (const DotCommand& command : kCommands) table.AddLine({HeadOf(command), command.help});
-  core.Print(table.Text(TerminalWidth()) + kHelpOfQueries);
+  const size_t width = TerminalWidth();
+  core.Print(table.Text(width) + '\n' +
+             Wrapped(kHelpOfQueries, width == 0 ? kUsualWidth : width, 0) + '\n');
   return true;
 }
 
@@ -82,7 +95,7 @@ std::string Unknown(const std::string& name) {
   for (const DotCommand& command : kCommands) names.push_back(std::string(".") + command.name);
   const std::string wanted = "." + name;
   const std::string near = NearNamesSentence(wanted, names);
-  return "there is no command " + wanted + (near.empty() ? ": .help names them" : near);
+  return "there is no command " + wanted + (near.empty() ? "; .help names them" : near);
 }
 
 }  // namespace
@@ -107,30 +120,6 @@ const DotCommand* FindDotCommand(const std::string& name, std::string& why) {
   return nullptr;
 }
 
-DotArguments ParseArguments(const std::string& text) {
-  constexpr const char* kBlanks = " \t\r\n";
-  DotArguments arguments;
-  const size_t first = std::min(text.find_first_not_of(kBlanks), text.size());
-  const size_t behind = text.find_last_not_of(" \t\r\n;") + 1;
-  arguments.text = behind > first ? text.substr(first, behind - first) : std::string();
-  char quote = 0;
-  bool isInWord = false;
-  for (const char c : arguments.text) {
-    const bool isBlank = quote == 0 && std::string_view(kBlanks).find(c) != std::string::npos;
-    if (!isBlank && !isInWord) arguments.words.emplace_back();
-    const bool isOpening = !isInWord && (c == '\'' || c == '"');
-    isInWord = !isBlank;
-    if (isOpening) {
-      quote = c;
-    } else if (quote != 0 && c == quote) {
-      quote = 0;
-    } else if (isInWord) {
-      arguments.words.back() += c;
-    }
-  }
-  return arguments;
-}
-
 bool IsDotCommand(const std::string& line) {
   const size_t start = line.find_first_not_of(" \t");
   return start != std::string::npos && line[start] == '.';
@@ -145,7 +134,14 @@ bool RunDotCommand(CShellCore& core, const std::string& line) {
     Tell(why);
     return false;
   }
-  return pCommand->run(core, ParseArguments(line.substr(end)));
+  const DotArguments arguments = ParseArguments(line.substr(end));
+  // A query has quotes of its own, and so have the arguments of a module.
+  const bool hasOwnQuotes = pCommand->takes == Takes::Query || pCommand->takes == Takes::Dump;
+  if (!arguments.isWhole && !hasOwnQuotes) {
+    Tell("a quote is missing at the end");
+    return false;
+  }
+  return pCommand->run(core, arguments);
 }
 
 }  // namespace kestra::cli

@@ -3,21 +3,21 @@
 
 #include <span>
 #include <string>
-#include <vector>
 
 #include "cli/shell/ShellCore.h"
+#include "cli/shell/commands/DotArguments.h"
 
 namespace kestra::cli {
 
-struct DotArguments {
-  std::vector<std::string> words;  // without quotes
-  std::string text;                // all of them as they were typed
-};
+// What an argument is, for its completion.
+enum class Takes { Nothing, Words, Command, Module, Dump, Column, Query, File, Directory };
 
 struct DotCommand {
   const char* name;  // without the dot
   const char* arguments;
   const char* help;  // a sentence
+  Takes takes;
+  const char* words;  // that an argument may be beside that, parted by "|"
   // False when it failed, which it has told then.
   bool (*run)(CShellCore& core, const DotArguments& arguments);
 };
@@ -32,8 +32,5 @@ const DotCommand* FindDotCommand(const std::string& name, std::string& why);
 bool IsDotCommand(const std::string& line);
 // Runs such a line. False when it failed, which it has told then.
 bool RunDotCommand(CShellCore& core, const std::string& line);
-
-// Parts a text at its blanks; a part may be quoted by ' or ". A ";" at the end is left out.
-DotArguments ParseArguments(const std::string& text);
 
 }  // namespace kestra::cli

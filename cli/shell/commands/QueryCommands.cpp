@@ -9,6 +9,7 @@
 #include "cli/messages/ErrorText.h"
 #include "cli/shell/Script.h"
 #include "cli/shell/ShellOutput.h"
+#include "cli/shell/commands/ClassTree.h"
 
 namespace kestra::cli {
 namespace {
@@ -61,6 +62,7 @@ int32_t DumpItems(kestra_value* value, int32_t format, COutput& output) {
 CValueHandle ItemOfModule(ShellSession& session, const std::string& module,
                           const Settings& settings, const CCancellation& cancellation) {
   const std::string name = module.substr(0, module.find_first_of("(#"));
+  FindModule(session.handle.get(), name);  // throws a better sentence than the query would have
   const std::string query = "SELECT * FROM " + module + "." + name;
   auto value =
       Take<CValueHandle>(kestra_session_run_query_sync_n, session.handle.get(), query.data(),

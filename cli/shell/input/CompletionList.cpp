@@ -21,7 +21,7 @@ size_t ShownWidth() {
 std::string Described(const Completion& completion) {
   CTextTable table;
   for (const auto& candidate : completion.candidates) {
-    table.AddLine({"  " + candidate.text, candidate.description});
+    table.AddLine({"  " + candidate.text, FirstSentence(candidate.description)});
   }
   return table.Text(ShownWidth());
 }
@@ -57,7 +57,7 @@ std::string CommonBeginning(const Completion& completion) {
   std::string common = completion.candidates.front().text;
   const std::string folded = FoldCase(common);
   // Where a letter's small form has another length, nothing is compared without case.
-  const bool canFold = folded.size() == common.size();
+  const bool canFold = !completion.isExact && folded.size() == common.size();
   for (const auto& candidate : completion.candidates) {
     const std::string other = FoldCase(candidate.text);
     const bool isFolded = canFold && other.size() == candidate.text.size();
@@ -69,6 +69,21 @@ std::string CommonBeginning(const Completion& completion) {
     common.resize(same);
   }
   return common;
+}
+
+bool IsUsable(const Completion& completion, const std::string& line) {
+  return !completion.candidates.empty() && completion.offset <= line.size() &&
+         completion.length <= line.size() - completion.offset;
+}
+
+std::optional<std::string> TextToPutIn(const Completion& completion, const std::string& line) {
+  const std::string common = CommonBeginning(completion);
+  if (completion.candidates.size() > 1) {
+    return common.size() > completion.length ? std::optional(common) : std::nullopt;
+  }
+  const size_t behind = completion.offset + completion.length;
+  const bool isFollowed = line.compare(behind, completion.ending.size(), completion.ending) == 0;
+  return isFollowed ? common : common + completion.ending;
 }
 
 std::string CompletionList(const Completion& completion) {

@@ -3,94 +3,11 @@
 #include <algorithm>
 
 #include "cli/Terminal.h"
-#include "cli/shell/commands/ClassTree.h"
+#include "cli/shell/commands/CommandCompletions.h"
 #include "cli/shell/commands/DotCommands.h"
 
 namespace kestra::cli {
 namespace {
-
-using Candidates = std::vector<Completion::Candidate>;
-
-void CollectClasses(const CClassHandle& diagClass, const std::string& module, Candidates& names) {
-  for (const CClassHandle& child : ChildrenOf(diagClass)) {
-    names.push_back({module + "." + NameOf(child), DescriptionOf(child)});
-    CollectClasses(child, module, names);
-  }
-}
-
-// The modules, and behind a dot the classes of the one that is named before it.
-Candidates ModuleNames(kestra_session* session, const std::string& begun) {
-  Candidates names;
-  const size_t dot = begun.find('.');
-  if (dot != std::string::npos) {
-    const CClassHandle module = FindModule(session, begun.substr(0, dot));
-    CollectClasses(module, NameOf(module), names);
-    return names;
-  }
-  for (const CClassHandle& module : ModulesOf(session)) {
-    names.push_back({NameOf(module), DescriptionOf(module)});
-  }
-  return names;
-}
-
-Candidates CommandNames(const std::string& dot) {
-  Candidates names;
-  for (const DotCommand& command : AllDotCommands()) {
-    names.push_back({dot + command.name, command.help});
-  }
-  return names;
-}
-
-// The words that a command's arguments name: "[on|off]", "[MS|off]".
-Candidates FixedWords(const std::string& command) {
-  if (command == "format") {
-    return {{"table", ""}, {"vertical", ""}, {"text", ""}, {"csv", ""},
-            {"json", ""},  {"jsonl", ""},    {"xml", ""}};
-  }
-  const bool isSwitch = command == "wide" || command == "timing" || command == "active";
-  if (isSwitch) return {{"on", ""}, {"off", ""}};
-  return {{"off", ""}};
-}
-
-bool TakesModule(const std::string& command) {
-  return command == "describe" || command == "examples" || command == "modules" ||
-         command == "dump";
-}
-
-Candidates ArgumentsOf(CShellCore& core, const std::string& command, const std::string& begun) {
-  if (command == "help") return CommandNames("");
-  if (!TakesModule(command)) return FixedWords(command);
-  const auto names = std::make_shared<Candidates>();
-  core.Run([names, begun](ShellSession& session, const CCancellation&) {
-    try {
-      *names = ModuleNames(session.handle.get(), begun);
-    } catch (const CUnknownName&) {
-      // There is nothing below what there is not.
-    }
-  });
-  return *names;
-}
-
-Completion CompleteCommand(CShellCore& core, const std::string& line, size_t cursor) {
-  const std::string before = line.substr(0, cursor);
-  const size_t word = before.find_last_of(" \t") + 1;  // 0 where there is no blank
-  const size_t dot = before.find('.');
-  Completion completion{word, cursor - word, {}, " "};
-  const std::string begun = before.substr(word);
-  Candidates all;
-  if (word <= dot) {
-    all = CommandNames(".");
-  } else {
-    std::string why;
-    const size_t end = before.find_first_of(" \t", dot);
-    const DotCommand* pCommand = FindDotCommand(before.substr(dot + 1, end - dot - 1), why);
-    if (pCommand) all = ArgumentsOf(core, pCommand->name, begun);
-  }
-  const std::string folded = FoldCase(begun);
-  std::copy_if(all.begin(), all.end(), std::back_inserter(completion.candidates),
-               [&](const auto& each) { return FoldCase(each.text).starts_with(folded); });
-  return completion;
-}
 
 Completion ReadCompletions(kestra_completions* completions, size_t lineStart) {
   Completion completion;
@@ -121,9 +38,40 @@ Completion ReadCompletions(kestra_completions* completions, size_t lineStart) {
   return completion;
 }
 
-Completion CompleteQuery(CShellCore& core, const CStatement& before, const std::string& line,
+// Where the query begins in a command that takes one; npos for another command, and before it.
+size_t StartOfQuery(const std::string& begun) {
+  const size_t dot = begun.find('.');
+  const size_t end = begun.find_first_of(" \t", dot);
+  if (end == std::string::npos) return end;
+  std::string why;
+  const DotCommand* const pCommand = FindDotCommand(begun.substr(dot + 1, end - dot - 1), why);
+  return pCommand && pCommand->takes == Takes::Query ? end : std::string::npos;
+}
+
+// Where the string begins that is open at the end of a line; npos for none.
+size_t OpenString(const std::string& line) {
+  size_t open = std::string::npos;
+  for (size_t i = 0; i < line.size(); ++i) {
+    if (line[i] == '\'') open = open == std::string::npos ? i : std::string::npos;
+  }
+  return open;
+}
+
+// A path that is begun in a string.
+Completion CompletePathInString(const std::string& before) {
+  const size_t open = OpenString(before);
+  if (open == std::string::npos || !IsFullPath(before.substr(open + 1))) return {};
+  Completion completion = CompletePath(before.substr(open + 1), "'", false);
+  completion.offset = open + 1;
+  // They would end the string.
+  std::erase_if(completion.candidates,
+                [](const auto& each) { return each.text.find('\'') != std::string::npos; });
+  return completion;
+}
+
+// above is what stands before the line.
+Completion CompleteQuery(CShellCore& core, const std::string& above, const std::string& line,
                          size_t cursor) {
-  const std::string above = before.IsEmpty() ? std::string() : before.Text() + '\n';
   const auto completion = std::make_shared<Completion>();
   core.Run([completion, text = above + line, place = above.size() + cursor, start = above.size()](
                ShellSession& session, const CCancellation&) {
@@ -134,6 +82,11 @@ Completion CompleteQuery(CShellCore& core, const CStatement& before, const std::
   return *completion;
 }
 
+Completion Moved(Completion completion, size_t by) {
+  completion.offset += by;
+  return completion;
+}
+
 }  // namespace
 
 Completion Complete(CShellCore& core, const CStatement& before, const std::string& line,
@@ -141,8 +94,18 @@ Completion Complete(CShellCore& core, const CStatement& before, const std::strin
   const size_t start = line.find_first_not_of(" \t");
   const bool isCommand =
       before.IsEmpty() && start != std::string::npos && line[start] == '.' && start < cursor;
-  return isCommand ? CompleteCommand(core, line, cursor)
-                   : CompleteQuery(core, before, line, cursor);
+  const size_t query = isCommand ? StartOfQuery(line.substr(0, cursor)) : 0;
+  if (query == std::string::npos) {
+    return Moved(CompleteCommand(core, line.substr(start, cursor - start)), start);
+  }
+  const std::string above = before.IsEmpty() ? std::string() : before.Text() + '\n';
+  Completion completion = CompleteQuery(core, above, line.substr(query), cursor - query);
+  // The paths are this machine's.
+  const bool isHere = !core.CurrentOptions().imageDirectory && !before.IsInText();
+  if (completion.candidates.empty() && isHere) {
+    completion = CompletePathInString(line.substr(query, cursor - query));
+  }
+  return Moved(std::move(completion), query);
 }
 
 }  // namespace kestra::cli

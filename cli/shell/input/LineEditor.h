@@ -19,6 +19,8 @@ struct Completion {
   size_t length = 0;
   std::vector<Candidate> candidates;
   std::string ending;  // what follows a candidate that is the only one, such as a blank
+  // Whether candidates that differ in case alone are different things.
+  bool isExact = false;
 };
 
 // For a line and the cursor, a byte of it.

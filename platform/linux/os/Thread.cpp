@@ -10,6 +10,7 @@
 #include <atomic>
 #include <climits>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 
 #include "platform/os/Event.h"
@@ -140,6 +141,15 @@ uint32_t CurrentThreadId() {
 
 uint32_t OnlineProcessors() {
   return static_cast<uint32_t>(std::max(sysconf(_SC_NPROCESSORS_ONLN), 0L));
+}
+
+// The C library gives each thread an arena. A block that is freed stays in it as free room, unless
+// it was so large that it was mapped by itself; then this did nothing (M_MMAP_THRESHOLD in
+// mallopt(3)).
+void WidenThreadHeap() {
+  constexpr size_t kBytes = size_t{24} << 20;  // of the 64 MiB that a heap of an arena has at most
+  void* volatile const pRoom = std::malloc(kBytes);  // volatile: the compiler drops such pairs
+  std::free(pRoom);
 }
 
 size_t RemainingStack() {

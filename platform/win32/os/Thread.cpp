@@ -121,6 +121,8 @@ uint32_t OnlineProcessors() {
   return info.dwNumberOfProcessors;
 }
 
+void WidenThreadHeap() {}
+
 size_t RemainingStack() {
   const void* const pHere = __builtin_frame_address(0);
   const uintptr_t end = StackEnd(pHere);

@@ -1,6 +1,7 @@
 #include "query/diagnose/completion/Candidates.h"
 
 #include <algorithm>
+#include <map>
 
 #include "Modules/Files/FileClasses.h"
 #include "Modules/Registry/RegistryClasses.h"
@@ -44,9 +45,50 @@ void AddParams(const DiagParamDefs& defs, CompletionKind kind, bool onlyChangeab
   }
 }
 
+// A column that several classes may have.
+struct SharedColumn {
+  std::vector<std::string> classes;  // "Module.Class", each once
+  std::string description;           // of the first
+};
+using SharedColumns = std::map<std::string, SharedColumn>;
+
+template <class FitsPlace>
+void CollectColumns(const DiagClass& parent, const std::string& module, const FitsPlace& fits,
+                    SharedColumns& columns) {
+  for (const Ref<DiagClass>& child : parent.ChildClasses()) {
+    const std::string path = module + '.' + child->Name;
+    for (size_t i = 0; i < child->Params->Count(); ++i) {
+      const DiagParamDef& def = *child->Params->Get(i);
+      if (!fits(def)) continue;
+      SharedColumn& column = columns[def.Name];
+      if (column.classes.empty()) column.description = def.Description;
+      const auto known = std::find(column.classes.begin(), column.classes.end(), path);
+      if (known == column.classes.end()) column.classes.push_back(path);
+    }
+    CollectColumns(*child, module, fits, columns);
+  }
+}
+
+// "Module.Class, Module.Other: description".
+std::string DescriptionOf(const SharedColumn& column) {
+  constexpr size_t kMostClasses = 3;
+  std::string text;
+  for (size_t i = 0; i < std::min(column.classes.size(), kMostClasses); ++i) {
+    text += (i == 0 ? "" : ", ") + column.classes[i];
+  }
+  if (column.classes.size() > kMostClasses) text += ", ...";
+  return column.description.empty() ? text : text + ": " + column.description;
+}
+
 bool IsName(const std::string_view text) {
   return !text.empty() && (IsAsciiLetter(text[0]) || text[0] == '_') && text != "_" &&
          FindKeyword(text) == kNoKeyword;
+}
+
+bool HasColumn(const std::vector<Completion>& entries, std::string_view name) {
+  return std::any_of(entries.begin(), entries.end(), [&](const Completion& entry) {
+    return entry.kind == CompletionKind::Column && entry.text == name;
+  });
 }
 
 }  // namespace
@@ -151,6 +193,49 @@ void CCandidates::AddColumns(Entries& entries) {
     }
     before.push_back(&defs);
   }
+  if (IsSelectWithoutSource()) AddColumnsOfAnyClass(entries);
+}
+
+// Whether the place is in a SELECT whose FROM is not written yet: the usual case, since one writes
+// from left to right.
+bool CCandidates::IsSelectWithoutSource() const {
+  size_t closed = 0;  // groups behind the token and before the place
+  size_t open = 0;    // groups that the place is in
+  for (size_t i = m_place; i-- > 0;) {
+    const KeywordId keyword = KeywordAt(i);
+    if (keyword == kKwClose) ++closed;
+    if (keyword == kKwOpen) closed > 0 ? --closed : ++open;
+    if (closed > 0) continue;
+    if (keyword == kKwFrom) return false;
+    if (keyword == kKwSelect) return !HasSourceBehind(open);
+  }
+  return false;
+}
+
+// Whether a FROM follows the place, as many groups further out.
+bool CCandidates::HasSourceBehind(size_t groups) const {
+  size_t depth = groups;
+  for (size_t i = m_place; i < m_tokens.size(); ++i) {
+    const KeywordId keyword = KeywordAt(i);
+    if (keyword == kKwOpen) ++depth;
+    if (keyword == kKwClose && depth-- == 0) return false;
+    if (keyword == kKwFrom && depth == 0) return true;
+  }
+  return false;
+}
+
+void CCandidates::AddColumnsOfAnyClass(Entries& entries) const {
+  if (!m_context.Root) return;
+  SharedColumns columns;
+  for (const Ref<DiagClass>& module : m_context.RootClass->ChildClasses()) {
+    if (m_context.Root->StateOf(module->Name) != ModuleState::Ready) continue;
+    CollectColumns(
+        *module, module->Name, [this](const DiagParamDef& def) { return Fits(def); }, columns);
+  }
+  for (const auto& [name, column] : columns) {
+    if (!HasColumn(entries, name))
+      entries.push_back({name, CompletionKind::Column, DescriptionOf(column)});
+  }
 }
 
 void CCandidates::AddAliases(Entries& entries) {
@@ -158,10 +243,7 @@ void CCandidates::AddAliases(Entries& entries) {
                              m_expected.HasIn(NonTerminal::JoinChain, Predicate::Identifier);
   const bool isStatement = m_expected.HasIn(NonTerminal::ActiveStatement, Predicate::Identifier);
   const auto add = [&](std::string_view alias, std::string description) {
-    const bool isKnown = std::any_of(entries.begin(), entries.end(), [&](const Completion& entry) {
-      return entry.text == alias && entry.kind == CompletionKind::Column;
-    });
-    if (!isKnown && IsName(alias)) {
+    if (!HasColumn(entries, alias) && IsName(alias)) {
       entries.push_back({std::string(alias), CompletionKind::Column, std::move(description)});
     }
   };

@@ -32,12 +32,15 @@ class CCandidates {
   void AddModules(std::vector<Completion>& entries) const;
   void AddClasses(std::vector<Completion>& entries) const;
   void AddColumns(std::vector<Completion>& entries);
+  void AddColumnsOfAnyClass(std::vector<Completion>& entries) const;
   void AddAliases(std::vector<Completion>& entries);
   void AddArguments(std::vector<Completion>& entries) const;
   void AddTargetColumns(std::vector<Completion>& entries) const;
   void AddActions(std::vector<Completion>& entries) const;
 
   bool Fits(const DiagParamDef& def) const;
+  bool IsSelectWithoutSource() const;
+  bool HasSourceBehind(size_t groups) const;
   size_t OpenBefore(size_t i) const;
   const QuerySource* SourceWithArgumentsAt(size_t open) const;
   const DiagParamDef* ComparedWith();

@@ -51,6 +51,33 @@ bool LikeOfOtherType(CFailedText& text, Finding& finding) {
   return text.Say(finding, first, stop - 1, message + ": " + instead, {instead});
 }
 
+// ATTACHEDTO and ITEMID, which look like columns.
+bool ColumnOfJoin(CFailedText& text, Finding& finding) {
+  for (const size_t i : {text.Position(), text.Stop()}) {
+    if (text.KeywordAt(i) != kKwAttachedTo && text.KeywordAt(i) != kKwItemId) continue;
+    return text.Say(finding, i,
+                    fmt::format("{} is no column; the rows below another one are joined by JOIN "
+                                "... child ON child.ATTACHEDTO = parent.ITEMID",
+                                UpperCase(text.Text(i))));
+  }
+  return false;
+}
+
+// Module.Class.Column
+bool ColumnOfThreeNames(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  if (!text.IsUnknownName() || i < 2 || text.KeywordAt(i - 1) != kKwDot ||
+      text.KeywordAt(i + 1) != kKwDot || !text.IsWord(i + 2)) {
+    return false;
+  }
+  const std::string name(text.Text(i + 2));
+  return text.Say(finding, i - 2, i + 2,
+                  fmt::format("a column has only an alias before it; write {} alone, or give the "
+                              "source an alias",
+                              name),
+                  {name});
+}
+
 bool UnknownAlias(CFailedText& text, Finding& finding) {
   const size_t i = text.Position();
   if (!text.IsUnknownName() || i < 2 || text.KeywordAt(i - 1) != kKwDot) return false;
@@ -106,7 +133,7 @@ bool AliasAlone(CFailedText& text, Finding& finding) {
 }
 
 bool UnknownColumn(CFailedText& text, Finding& finding) {
-  if (!text.IsUnknownName()) return false;
+  if (!text.IsUnknownName() || text.IsClauseWord(text.Position())) return false;
   const size_t i = text.Position();
   const auto columns = VisibleColumns(text, i);
   if (columns.empty()) return false;
@@ -120,28 +147,32 @@ bool UnknownColumn(CFailedText& text, Finding& finding) {
     if (suggestions.empty() && isOneKind) message += "; " + wanted + " is wanted";
     return text.Say(finding, i, message + DidYouMean(suggestions), suggestions);
   }
-  const std::string quoted = AsString(name);
+  const std::string quoted = AsString(text.RunAt(i));
   const bool isNear = !suggestions.empty() && IsNearlyThe(name, suggestions.front());
   if (!isNear) suggestions.clear();
   message += suggestions.empty() ? "; text stands in quotes: " + quoted
                                  : DidYouMean(suggestions) + " Text stands in quotes: " + quoted;
+  const size_t last = suggestions.empty() ? text.EndOfRunAt(i) : i;
   suggestions.push_back(quoted);
-  return text.Say(finding, i, message, suggestions);
+  return text.Say(finding, i, last, message, suggestions);
 }
 
 // A name where columns belong to no source at all.
 bool NameWithoutSource(CFailedText& text, Finding& finding) {
   if (!text.IsUnknownName() || text.Stop() == 0) return false;
   const size_t i = text.Position();
-  if (text.IsComparison(i - 1) && text.Expected().Has(Predicate::StringLiteral)) {
-    const std::string quoted = AsString(text.Text(i));
-    return text.Say(finding, i, "text stands in quotes: " + quoted, {quoted});
+  const bool isTextAlone =
+      i > 0 && !text.Expected().Has(Predicate::IntegerLiteral) && text.Sources().empty();
+  if ((text.IsComparison(i - 1) || isTextAlone) && text.Expected().Has(Predicate::StringLiteral)) {
+    const std::string quoted = AsString(text.RunAt(i));
+    return text.Say(finding, i, text.EndOfRunAt(i), "text stands in quotes: " + quoted, {quoted});
   }
   return false;
 }
 
-constexpr FailureRule kColumnRules[] = {LikeOfOtherType, WrongType,     UnknownAlias,
-                                        AliasAlone,      UnknownColumn, NameWithoutSource};
+constexpr FailureRule kColumnRules[] = {LikeOfOtherType,    WrongType,        ColumnOfJoin,
+                                        ColumnOfThreeNames, UnknownAlias,     AliasAlone,
+                                        UnknownColumn,      NameWithoutSource};
 
 }  // namespace
 

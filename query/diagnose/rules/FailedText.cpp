@@ -45,6 +45,24 @@ bool CFailedText::IsString(size_t i) const {
   return i < Count() && Text(i)[0] == '\'';
 }
 
+bool CFailedText::IsClauseWord(size_t i) const {
+  switch (KeywordAt(i)) {
+    case kKwSelect:
+    case kKwFrom:
+    case kKwJoin:
+    case kKwOn:
+    case kKwWhere:
+    case kKwAnd:
+    case kKwOr:
+    case kKwIs:
+    case kKwIn:
+    case kKwLike:
+      return true;
+    default:
+      return false;
+  }
+}
+
 bool CFailedText::IsComparison(size_t i) const {
   for (const char* pMark : {"=", "<>", "<", "<=", ">", ">=", "LIKE"}) {
     if (Is(i, pMark)) return true;
@@ -58,6 +76,33 @@ bool CFailedText::AreJoined(size_t first, size_t last) const {
     if (Text(i).data() + Text(i).size() != Text(i + 1).data()) return false;
   }
   return true;
+}
+
+bool CFailedText::IsBeforeOperand(size_t i) const {
+  switch (KeywordAt(i)) {
+    case kKwWhere:
+    case kKwOn:
+    case kKwAnd:
+    case kKwOr:
+    case kKwNot:
+    case kKwOpen:
+      return true;
+    default:
+      return false;
+  }
+}
+
+size_t CFailedText::EndOfRunAt(size_t i) const {
+  while (AreJoined(i, i + 1) && KeywordAt(i + 1) != kKwComma && KeywordAt(i + 1) != kKwOpen &&
+         KeywordAt(i + 1) != kKwClose && !IsString(i + 1)) {
+    ++i;
+  }
+  return i;
+}
+
+std::string_view CFailedText::RunAt(size_t i) const {
+  const size_t last = EndOfRunAt(i), begin = OffsetOf(i);
+  return std::string_view(Query()).substr(begin, OffsetOf(last) + Text(last).size() - begin);
 }
 
 size_t CFailedText::OffsetOf(size_t i) const {

@@ -34,9 +34,17 @@ class CFailedText {
   bool IsWord(size_t i) const;                     // begins like a name
   bool IsInteger(size_t i) const;                  // digits alone
   bool IsString(size_t i) const;
+  // A word of clauses and conditions, which nobody means for a column where one is wanted.
+  bool IsClauseWord(size_t i) const;
   bool IsComparison(size_t i) const;  // an operator, LIKE or IN behind which a value stands
   // Whether nothing stands between the tokens from first to last.
   bool AreJoined(size_t first, size_t last) const;
+  // Whether what stands behind a token is the whole left side of a comparison, if it is one token.
+  bool IsBeforeOperand(size_t i) const;
+  // What stands without a blank from a token on, up to a comma or parenthesis; one who forgot the
+  // quotes meant all of it.
+  size_t EndOfRunAt(size_t i) const;  // its last token
+  std::string_view RunAt(size_t i) const;
   size_t OffsetOf(size_t i) const;  // of a token's first byte; behind the last token at the end
 
   const std::vector<QuerySource>& Sources() const { return m_sources; }

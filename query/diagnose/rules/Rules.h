@@ -14,7 +14,10 @@ std::span<const FailureRule> CharacterRules();    // characters outside of the l
 std::span<const FailureRule> MarkRules();         // marks of other languages
 std::span<const FailureRule> ForeignWordRules();  // words and functions of other languages
 std::span<const FailureRule> ValueRules();        // literals
+std::span<const FailureRule> SourceShapeRules();  // how a source is written
 std::span<const FailureRule> SourceRules();       // modules and classes
+std::span<const FailureRule> FunctionRules();     // functions and aggregates
+std::span<const FailureRule> ConditionRules();    // what conditions are made of
 std::span<const FailureRule> StructureRules();    // what a statement is made of
 std::span<const FailureRule> KeywordRules();      // words of the language, misspelt
 std::span<const FailureRule> ColumnRules();       // names of columns and aliases

@@ -61,9 +61,12 @@ bool SourceHidesName(CFailedText& text, Finding& finding) {
       return SayUnknownModule(text, source, finding);
     }
     if (source.className == kNoToken) continue;
-    if (!source.pClass) {
-      return SayUnknownClass(text, source, finding);
+    std::vector<std::string> classes;
+    if (const std::string message = UnknownBuiltInClassText(text.Tokens(), source, classes);
+        !message.empty()) {
+      return text.Say(finding, source.className, message, classes);
     }
+    if (!source.pClass) return SayUnknownClass(text, source, finding);
   }
   return false;
 }
@@ -117,7 +120,7 @@ bool NoClass(CFailedText& text, Finding& finding) {
       const std::string whole = fmt::format("{}.{}('...')", module, pClass);
       return text.Say(finding, source.module, "a class and a path are missing: " + whole, {whole});
     }
-    if (!pModule) continue;
+    if (!pModule) return SayUnknownModule(text, source, finding);
     std::vector<std::string_view> names;
     AddClasses(*pModule, names);
     std::vector<std::string> suggestions;
@@ -159,6 +162,10 @@ std::string UnknownModuleText(const TokenList& tokens, const QuerySource& source
   if (!IsBuiltInName(written)) {
     for (const char* pName : {"FILES", "REGISTRY", "INIFILES"}) names.emplace_back(pName);
   }
+  if (IsBuiltInName(written) && source.className != kNoToken) {
+    return fmt::format("{0}.{1} needs a path: {0}.{1}('...')", written,
+                       tokens[source.className].text);
+  }
   suggestions = NearestNames(written, names);
   std::string text = fmt::format("there is no module {}", InQuotes(written));
   for (const Ref<DiagClass>& module :
@@ -169,6 +176,21 @@ std::string UnknownModuleText(const TokenList& tokens, const QuerySource& source
                        module->Name);
   }
   return text + DidYouMean(suggestions);
+}
+
+std::string UnknownBuiltInClassText(const TokenList& tokens, const QuerySource& source,
+                                    std::vector<std::string>& classes) {
+  const std::string_view module = tokens[source.module].text;
+  if (!source.isBuiltIn || EqualsNoCase(module, "INIFILES")) return {};
+  const std::string_view name = tokens[source.className].text;
+  classes = EqualsNoCase(module, "FILES")
+                ? std::vector<std::string>{"FILE"}
+                : std::vector<std::string>{"REGISTRYKEY", "REGISTRYVALUE"};
+  for (const std::string& known : classes) {
+    if (EqualsNoCase(known, name)) return {};
+  }
+  return fmt::format("{} has no class {}; it has {}", module, InQuotes(name),
+                     ListOf(classes, " and "));
 }
 
 std::string UnknownClassText(const TokenList& tokens, const QuerySource& source,

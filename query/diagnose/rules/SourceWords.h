@@ -15,4 +15,9 @@ std::string UnknownModuleText(const TokenList& tokens, const QuerySource& source
 std::string UnknownClassText(const TokenList& tokens, const QuerySource& source,
                              std::vector<std::string>& suggestions);
 
+// Of a built-in source; empty for one that has the class, and for INIFILES, whose classes are those
+// of a module. The classes that there are become the suggestions.
+std::string UnknownBuiltInClassText(const TokenList& tokens, const QuerySource& source,
+                                    std::vector<std::string>& classes);
+
 }  // namespace kestra

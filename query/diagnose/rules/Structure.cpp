@@ -41,6 +41,70 @@ bool SelectWithoutColumns(CFailedText& text, Finding& finding) {
   return text.Say(finding, i - 1, "a column is missing behind the comma");
 }
 
+// SELECT ,x, (1, 2,), SET x = 1, WHERE
+bool CommaTooMany(CFailedText& text, Finding& finding) {
+  const size_t stop = text.Stop();
+  if (stop == 0) return false;
+  const KeywordId keyword = text.KeywordAt(stop), before = text.KeywordAt(stop - 1);
+  if (keyword == kKwComma && (before == kKwSelect || before == kKwOpen || before == kKwComma)) {
+    return text.Say(finding, stop, "something is missing before the comma");
+  }
+  const char* const pMissing = "something is missing behind the comma";
+  if (before == kKwComma && (keyword == kKwClose || stop >= text.Count())) {
+    return text.Say(finding, stop - 1, pMissing);
+  }
+  // WHERE was taken for the next name.
+  const bool isWhere = before == kKwWhere && stop > 1 && text.KeywordAt(stop - 2) == kKwComma;
+  return isWhere && text.Say(finding, stop - 2, pMissing);
+}
+
+// SET x.A = 1
+bool SetOfAlias(CFailedText& text, Finding& finding) {
+  const size_t stop = text.Stop();
+  if (stop == 0 || text.KeywordAt(stop) != kKwDot || !text.IsWord(stop + 1)) return false;
+  if (!text.ExpectedAtStop().HasIn(NonTerminal::Argument, kKwEquals)) return false;
+  const std::string name(text.Text(stop + 1));
+  return text.Say(finding, stop - 1, stop + 1, "a name is written without an alias here: " + name,
+                  {name});
+}
+
+// A SELECT for a value is one in parentheses, with one column.
+bool SelectAsValue(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position(), stop = text.Stop();
+  if (i > 0 && text.KeywordAt(i) == kKwSelect && text.Expected().HasColumn()) {
+    return text.Say(finding, i, "a SELECT in the place of a value stands in parentheses");
+  }
+  const bool isMore = text.KeywordAt(stop) == kKwComma || text.KeywordAt(stop) == kKwStar;
+  const size_t select = isMore ? SelectBefore(text, stop) : kNoToken;
+  if (select == kNoToken || select < 2 || text.KeywordAt(select - 1) != kKwOpen) return false;
+  if (text.KeywordAt(stop) == kKwStar && stop != select + 1) return false;
+  return text.Say(finding, stop, "a SELECT in the place of a value has one column");
+}
+
+// SELECT ... SELECT ...
+bool SecondSelect(CFailedText& text, Finding& finding) {
+  const size_t stop = text.Stop();
+  if (text.KeywordAt(stop) != kKwSelect || text.KeywordAt(0) != kKwSelect) return false;
+  if (!text.ExpectedAtStop().HasEnd()) return false;
+  return text.Say(finding, stop, "one text is one query, and another one begins here");
+}
+
+// A list of columns in parentheses, and one without commas.
+bool ColumnsWithoutComma(CFailedText& text, Finding& finding) {
+  const size_t i = text.Stop();
+  if (i == 0 || !text.IsWord(i) || text.KeywordAt(i) != kNoKeyword) return false;
+  const CExpected& expected = text.ExpectedAtStop();
+  if (!expected.Has(kKwFrom) || text.KeywordAt(i - 1) == kKwStar) return false;
+  const size_t select = SelectBefore(text, i);
+  if (select == kNoToken) return false;
+  if (text.Column(i).pDef && expected.Has(kKwComma)) {
+    return text.Say(finding, i, fmt::format("a comma is missing before {}", text.Text(i)), {","});
+  }
+  const bool isLast = text.KeywordAt(i + 1) == kKwFrom || text.KeywordAt(i + 1) == kKwComma;
+  if (!isLast || IsNearlyThe(text.Text(i), "FROM")) return false;
+  return text.Say(finding, i, "columns have no alias");
+}
+
 // SELECT 1, and every SELECT that nothing says where from.
 bool SelectWithoutFrom(CFailedText& text, Finding& finding) {
   const size_t stop = text.Stop();
@@ -57,7 +121,7 @@ bool SelectWithoutFrom(CFailedText& text, Finding& finding) {
           {"FROM"});
     }
   }
-  if (text.IsUnknownName() || select + 1 >= text.Count()) {
+  if (text.IsUnknownName() || select + 1 >= text.Count() || text.KeywordAt(stop - 1) == kKwStar) {
     return text.Say(finding, stop, "a SELECT needs FROM Module.Class");
   }
   return text.Say(finding, stop,
@@ -70,6 +134,11 @@ bool JoinWithoutAlias(CFailedText& text, Finding& finding) {
       "both sources of a JOIN need an alias: FROM A.B x JOIN C.D y ON x.Column = y.Column";
   if (text.KeywordAt(stop) == kKwJoin && !text.ExpectedAtStop().Has(kKwJoin)) {
     return text.Say(finding, stop, pAdvice);
+  }
+  // JOIN was taken for the alias of the source before it.
+  const bool isAfterJoin = stop > 0 && text.KeywordAt(stop - 1) == kKwJoin;
+  if (isAfterJoin && !text.ExpectedAtStop().Has(Predicate::ModuleName)) {
+    return text.Say(finding, stop - 1, pAdvice);
   }
   // ON was taken for the alias.
   if (text.KeywordAt(stop - 1) == kKwOn && text.ExpectedAtStop().Has(kKwOn)) {
@@ -143,6 +212,14 @@ bool Parentheses(CFailedText& text, Finding& finding) {
   if (text.KeywordAt(stop) == kKwClose && balance.extra == stop) {
     return text.Say(finding, stop, "there is no \"(\" for this \")\"");
   }
+  // A parenthesis without a partner hides the FROM clause from the columns before it.
+  const size_t name = text.IsUnknownName() ? text.Position() : kNoToken;
+  if (name != kNoToken && balance.extra != kNoToken && balance.extra > name) {
+    return text.Say(finding, balance.extra, "there is no \"(\" for this \")\"");
+  }
+  if (name != kNoToken && balance.unclosed != kNoToken && balance.unclosed < name) {
+    return text.Say(finding, balance.unclosed, "there is no \")\" for this \"(\"");
+  }
   const bool waits = text.ExpectedAtStop().Has(kKwClose);
   if (balance.unclosed != kNoToken && waits && balance.unclosed < stop) {
     if (stop < text.Count() && text.KeywordAt(stop) != kKwFrom) return false;
@@ -165,23 +242,23 @@ bool InsertIncomplete(CFailedText& text, Finding& finding) {
   return false;
 }
 
-// A clause that begins where a value is still wanted.
+// A clause or comparison that begins where a value is still wanted.
 bool NothingBeforeClause(CFailedText& text, Finding& finding) {
   const size_t i = text.Position();
-  const KeywordId keyword = text.KeywordAt(i);
-  const bool isClause = keyword == kKwFrom || keyword == kKwWhere || keyword == kKwJoin ||
-                        keyword == kKwOn || keyword == kKwAnd || keyword == kKwOr;
+  const bool isClause = text.IsClauseWord(i) || text.IsComparison(i);
   if (i == 0 || !isClause || !text.Expected().HasColumn()) return false;
-  return text.Say(
-      finding, i,
-      fmt::format("something is missing between {} and {}; expected {}", InQuotes(text.Text(i - 1)),
-                  InQuotes(text.Text(i)), text.Expected().Sentence()));
+  std::string message = fmt::format("something is missing between {} and {}",
+                                    InQuotes(text.Text(i - 1)), InQuotes(text.Text(i)));
+  // Behind a WHERE that may be an alias too, everything is expected.
+  if (!text.Expected().HasEnd()) message += "; expected " + text.Expected().Sentence();
+  return text.Say(finding, i, message);
 }
 
 constexpr FailureRule kStructureRules[] = {
-    SelectWithoutColumns, SelectBehindFrom,  CommaBetweenSources,
-    Parentheses,          SelectWithoutFrom, JoinWithoutAlias,
-    JoinWithoutOn,        InsertIncomplete,  NothingBeforeClause};
+    SelectWithoutColumns, CommaTooMany,       SetOfAlias,       SelectBehindFrom,
+    CommaBetweenSources,  Parentheses,        SelectAsValue,    SelectWithoutFrom,
+    JoinWithoutAlias,     JoinWithoutOn,      InsertIncomplete, NothingBeforeClause,
+    SecondSelect,         ColumnsWithoutComma};
 
 }  // namespace
 

@@ -1,6 +1,8 @@
 // Literals that cannot stand where they do.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "VLib/src/text/Text.h"
 #include "query/diagnose/Wording.h"
 #include "query/diagnose/rules/Rules.h"
@@ -16,15 +18,6 @@ std::string LeftColumn(CFailedText& text, size_t literal) {
   if (!text.IsWord(name)) return {};
   const DiagParamDef* const pDef = text.Column(name).pDef;
   return pDef ? fmt::format("{} holds {}; ", pDef->Name, HoldsWhat(pDef->Type)) : std::string();
-}
-
-bool ComparedNull(CFailedText& text, Finding& finding) {
-  const size_t i = text.Position();
-  if (text.KeywordAt(i) != kKwNull) return false;
-  const bool isEqual = text.Is(i - 1, "="), isUnequal = text.Is(i - 1, "<>");
-  if (!isEqual && !isUnequal) return false;
-  const char* const pInstead = isEqual ? "IS NULL" : "IS NOT NULL";
-  return text.Say(finding, i - 1, i, fmt::format("NULL is asked for by {}", pInstead), {pInstead});
 }
 
 // The last token of a run of numbers and marks without a blank in it.
@@ -46,6 +39,9 @@ bool PlainVersion(CFailedText& text, Finding& finding) {
   if (first > 1 && text.KeywordAt(first - 1) == kKwDot) return false;
   const size_t last = EndOfRun(text, first, ".");
   if (last == first) return false;
+  for (size_t i = first; i <= last; i += 2) {
+    if (!IsAsciiDigit(text.Text(i)[0]) || (i == first && !text.IsInteger(i))) return false;
+  }
   const std::string version(text.Query().substr(
       text.OffsetOf(first), text.OffsetOf(last) + text.Text(last).size() - text.OffsetOf(first)));
   return text.Say(finding, first, last,
@@ -179,18 +175,66 @@ bool LiteralOfOtherKind(CFailedText& text, Finding& finding) {
   return false;
 }
 
-// '2024-01-01' < GETDATE(): what stands on the left decides the kind.
-bool DateOnTheLeft(CFailedText& text, Finding& finding) {
+// '2024-01-01' < GETDATE(), '1.2' < FileVersion: what stands on the left decides the kind.
+bool LiteralOnTheLeft(CFailedText& text, Finding& finding) {
   const size_t i = text.Position();
   if (i < 2 || !text.IsComparison(i - 1) || !text.IsString(i - 2)) return false;
-  const bool isDate =
-      text.KeywordAt(i) == kKwGetDate || text.KeywordAt(i) == kKwDateAdd ||
-      (text.IsWord(i) && text.Column(i).pDef && text.Column(i).pDef->Type == ParamType::Datime);
-  Value scratch;
-  if (!isDate || !ReadDatimeLiteral(text.Text(i - 2), scratch)) return false;
-  return text.Say(finding, i - 2,
-                  "a date in quotes stands on the right side of a comparison: x > " +
-                      std::string(text.Text(i - 2)));
+  const std::string literal(text.Text(i - 2));
+  const DiagParamDef* const pDef = text.IsWord(i) ? text.Column(i).pDef : nullptr;
+  const bool isDate = text.KeywordAt(i) == kKwGetDate || text.KeywordAt(i) == kKwDateAdd ||
+                      (pDef && pDef->Type == ParamType::Datime);
+  const bool isVersion = pDef && pDef->Type == ParamType::Version;
+  Value value;
+  if (isDate && ReadDatimeLiteral(literal, value)) {
+    return text.Say(finding, i - 2,
+                    "a date in quotes stands on the right side of a comparison: x > " + literal);
+  }
+  if (isVersion && IsVersionLiteral(literal)) {
+    return text.Say(finding, i - 2,
+                    "a version in quotes stands on the right side of a comparison: x > " + literal);
+  }
+  return false;
+}
+
+// '1' = PID, 1 = ImageName
+bool LiteralOfOtherKindOnTheLeft(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  if (i < 2 || !text.IsComparison(i - 1) || !text.IsWord(i)) return false;
+  const DiagParamDef* const pDef = text.Column(i).pDef;
+  if (!pDef || (i > 2 && !text.IsBeforeOperand(i - 3))) return false;
+  Value value, number;
+  if (pDef->Type == ParamType::Dword && ReadStringLiteral(text.Text(i - 2), value) &&
+      ReadIntegerLiteral(value.asString(), number)) {
+    return text.Say(finding, i - 2,
+                    fmt::format("{} holds a number; one is written without quotes: {}", pDef->Name,
+                                value.asString()),
+                    {value.asString()});
+  }
+  if (pDef->Type == ParamType::String && text.IsInteger(i - 2)) {
+    const std::string quoted = AsString(text.Text(i - 2));
+    return text.Say(finding, i - 2, fmt::format("{} holds text: {}", pDef->Name, quoted), {quoted});
+  }
+  return false;
+}
+
+// DATE '2024-01-31'
+bool DateWord(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  const bool isWord = text.Is(i, "DATE") || text.Is(i, "TIMESTAMP") || text.Is(i, "DATETIME");
+  if (!isWord || !text.IsString(i + 1)) return false;
+  const std::string literal(text.Text(i + 1));
+  return text.Say(finding, i, i + 1, "a date is written in quotes alone: " + literal, {literal});
+}
+
+// = /etc/passwd
+bool UnquotedPath(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  const bool isMark = text.Is(i, "/") || text.Is(i, "\\") || text.Is(i, ".") || text.Is(i, "*");
+  if (!isMark || !text.Expected().Has(Predicate::StringLiteral) || i == 0) return false;
+  const bool isArgument = text.KeywordAt(i - 1) == kKwOpen && text.KeywordAt(i - 3) == kKwDot;
+  if (!text.IsComparison(i - 1) && !isArgument) return false;
+  const std::string quoted = AsString(text.RunAt(i));
+  return text.Say(finding, i, text.EndOfRunAt(i), "text stands in quotes: " + quoted, {quoted});
 }
 
 struct DatePartRow {
@@ -202,6 +246,11 @@ constexpr DatePartRow kDateParts[] = {
     {"ww", "wk"},     {"day", "dd"},  {"d", "dd"},      {"weekday", "dw"}, {"hour", "hh"},
     {"minute", "mi"}, {"min", "mi"},  {"second", "ss"}, {"sec", "ss"},     {"s", "ss"}};
 
+bool IsDatePart(std::string_view word) {
+  return std::any_of(std::begin(kDateParts), std::end(kDateParts),
+                     [&](const DatePartRow& row) { return EqualsNoCase(row.name, word); });
+}
+
 bool DatePart(CFailedText& text, Finding& finding) {
   if (!text.Expected().Has(Predicate::DatePartName)) return false;
   for (const DatePartRow& row : kDateParts) {
@@ -209,12 +258,20 @@ bool DatePart(CFailedText& text, Finding& finding) {
     return text.Say(finding, text.Position(),
                     fmt::format("this part of a date is called {}", row.name), {row.name});
   }
+  Value value;
+  if (ReadStringLiteral(text.Text(text.Position()), value) && IsDatePart(value.asString())) {
+    return text.Say(finding, text.Position(),
+                    "a part of a date is written without quotes: " + value.asString(),
+                    {value.asString()});
+  }
   return false;
 }
 
-constexpr FailureRule kValueRules[] = {DatePart,     ComparedNull,  PlainDate,
-                                       PlainVersion, MalformedDate, MalformedVersion,
-                                       BadNumber,    DateOnTheLeft, LiteralOfOtherKind};
+constexpr FailureRule kValueRules[] = {
+    DatePart,           DateWord,         PlainDate,
+    PlainVersion,       MalformedDate,    MalformedVersion,
+    BadNumber,          LiteralOnTheLeft, LiteralOfOtherKindOnTheLeft,
+    LiteralOfOtherKind, UnquotedPath};
 
 }  // namespace
 

@@ -57,6 +57,7 @@ Verdict Outcome(uint8_t outcomes, int order) {
 // What an operator gives whose operand is not ready.
 Verdict Pass(Known known) {
   if (known == Known::Null) return Verdict::Null;
+  if (known == Known::Failed) return Verdict::Failed;
   return known == Known::Any ? Verdict::Any : Verdict::Unknown;
 }
 
@@ -91,14 +92,13 @@ Verdict TestTexts(QueryContext& context, const CCompiledOperand& left,
 
 Verdict TestNull(QueryContext& context, const CCompiledOperand& operand, bool wanted) {
   const Known known = operand.Look(context);
-  if (known == Known::Any) return Verdict::Any;
-  if (known == Known::Unknown) return Verdict::Unknown;
+  if (known != Known::Ready && known != Known::Null) return Pass(known);
   return Truth((known == Known::Null) == wanted);
 }
 
 Verdict TestPlain(ParseNode& node) {
   Value value;
-  if (!RunNode(node, value)) return Verdict::Unknown;
+  if (!RunNode(node, value)) return Verdict::Failed;
   if (value.IsBoolean()) return Truth(value.asBool());
   if (value.IsUndefined()) return Verdict::Null;
   return value.IsAny() ? Verdict::Any : Verdict::Unknown;
@@ -192,8 +192,9 @@ Verdict CCompiledCondition::TestChain(QueryContext& context, const Part& part,
                                       Verdict deciding) const {
   Verdict verdict = TestPart(context, m_parts[part.first]);
   for (uint32_t i = 1; i < part.count; ++i) {
-    if (verdict == Verdict::Null || verdict == Verdict::Unknown || verdict == deciding)
-      return verdict;
+    const bool isOpen =
+        verdict == Verdict::True || verdict == Verdict::False || verdict == Verdict::Any;
+    if (!isOpen || verdict == deciding) return verdict;
     const Verdict next = TestPart(context, m_parts[part.first + i]);
     const bool staysOpen = verdict == Verdict::Any &&
                            (next == Verdict::True || next == Verdict::False) && next != deciding;

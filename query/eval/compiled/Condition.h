@@ -1,6 +1,6 @@
 // Conditions that are tried on many rows, in a form that says at once where each value is found. It
-// answers what the condition's actions would, or that they have to be asked: whatever fails, it
-// does not know.
+// answers what the condition's actions would, or that they have to be asked. Where an action of a
+// part was asked and failed, the whole fails, and nothing is asked again.
 #pragma once
 
 #include <cstdint>
@@ -12,14 +12,14 @@
 
 namespace kestra {
 
-enum class Verdict : uint8_t { False, True, Null, Any, Unknown };
+enum class Verdict : uint8_t { False, True, Null, Any, Unknown, Failed };
 
 // What a WHERE's verdict means for its row: whether it stays, and decided becomes false where that
-// is not known yet. False if the verdict says nothing.
+// is not known yet. False if the verdict says nothing of the row.
 inline bool Decides(Verdict verdict, bool& passes, bool& decided) {
   passes = verdict == Verdict::True || verdict == Verdict::Any;
   if (verdict == Verdict::Any) decided = false;
-  return verdict != Verdict::Unknown;
+  return verdict != Verdict::Unknown && verdict != Verdict::Failed;
 }
 
 class CCompiledCondition {

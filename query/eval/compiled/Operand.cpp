@@ -70,7 +70,7 @@ Known CCompiledOperand::ReadPlain(QueryContext&, Value& value) const {
   if (m_kind == Kind::Constant) {
     value = m_value;
   } else if (!Child(m_node, value, m_symbol)) {
-    return Known::Unknown;
+    return Known::Failed;
   }
   return KindOf(value);
 }
@@ -154,7 +154,10 @@ Known CCompiledOperand::Look(QueryContext& context) const {
 }
 
 bool CCompiledOperand::Read(QueryContext& context, Value& out) const {
-  if (m_kind != Kind::Column) return ReadPlain(context, out) != Known::Unknown;
+  if (m_kind != Kind::Column) {
+    const Known known = ReadPlain(context, out);
+    return known != Known::Unknown && known != Known::Failed;
+  }
   const CVDiagItem& item = *context.Scope[m_slot].Item;
   if (item.Params.Defs().get() != m_pDefs) return false;
   DiagParam* pParam = item.Params.Find(*m_pDef);

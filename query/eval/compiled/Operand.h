@@ -12,8 +12,9 @@
 
 namespace kestra {
 
-// How far an operand is known. Unknown: only its action can tell, and whether that fails.
-enum class Known : uint8_t { Ready, Null, Any, Unknown };
+// How far an operand is known. Unknown: only its action can tell, and whether that fails. Failed:
+// its action was asked, and failed.
+enum class Known : uint8_t { Ready, Null, Any, Unknown, Failed };
 
 // What a text that was read lies in, unless it lies in the row.
 struct CTextHolder {

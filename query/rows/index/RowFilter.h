@@ -19,7 +19,8 @@ class CRowFilter {
     passes = true;
     if (!m_pFilter) return true;
     const Verdict verdict = m_pCompiled ? m_pCompiled->Test(m_context) : Verdict::Unknown;
-    return Decides(verdict, passes, decided) || TestPlainly(passes, decided);
+    if (Decides(verdict, passes, decided)) return true;
+    return verdict != Verdict::Failed && TestPlainly(passes, decided);
   }
 
  private:

@@ -73,7 +73,9 @@ void CRepeatedSource::Prepare(ParseNode* pFilter) {
 bool CRepeatedSource::TestRow(ParseNode* pFilter, CVDiagItem& item, bool& passes) {
   QueryContext& context = *m_node.Context;
   const CBoundItem bound(context, m_descriptor.alias, item);
-  return Decides(m_pFinder->Test(), passes, m_decided) || TestFilter(pFilter, passes, m_decided);
+  const Verdict verdict = m_pFinder->Test();
+  if (Decides(verdict, passes, m_decided)) return true;
+  return verdict != Verdict::Failed && TestFilter(pFilter, passes, m_decided);
 }
 
 // The time is looked at where a walk would look: at each item that has children.

@@ -76,6 +76,11 @@ void CSourceRun::EndFill(bool isFilled) {
     SetFillSource(Entry());
   }
   if (isFilled && m_pModule->IsCutShort) SetCutShort();
+  // Of content that was there before, it is only known how much could not be read.
+  if (isFilled && m_isNew && Entry().fill != FillSource::Machine) {
+    Entry().problemCount += m_pModule->ProblemCount;
+    Entry().hidingCount += m_pModule->HidingCount;
+  }
 }
 
 void CSourceRun::SetFailed() {

@@ -25,6 +25,8 @@ constinit ClassDecl kCounted{.name = "Counted", .children = kChildren, .args = k
 int g_fills = 0;
 std::string g_label = "first";
 bool g_cancelAfterFill = false;
+bool g_cutsShort = false;
+bool g_cannotReadAll = false;
 Ref<os::CEvent> g_event;
 
 // Tells by what it holds which filling it was.
@@ -32,9 +34,14 @@ class CCountedModule : public DiagModule {
  public:
   using CVDiagItem::Init;
   using DiagModule::DiagModule;
-  bool Init(bool) override {
+  bool Init(bool, QueryMessage& message) override {
     DropContent();
     ++g_fills;
+    if (g_cutsShort) message.NoteCutShort();
+    if (g_cannotReadAll) {
+      message.NoteProblem("a", kErrorAccessDenied);
+      message.NoteProblem("b", kErrorAccessDenied, Missing::Properties);
+    }
     for (uint32_t i = 0; i < 3; ++i) {
       auto row = MakeRef<CFilledItem>(kRow.Get());
       row->Params.SetText("Label", g_label);
@@ -66,7 +73,7 @@ class ResultCacheTest : public testing::Test {
   void SetUp() override {
     g_fills = 0;
     g_label = "first";
-    g_cancelAfterFill = false;
+    g_cancelAfterFill = g_cutsShort = g_cannotReadAll = false;
     machine->files.AddDirectory("/var/cache");
     machine->files.now = os::SystemTimeAsFileTime();
   }
@@ -123,6 +130,38 @@ TEST_F(ResultCacheTest, ReadsBackWhatItWrote) {
   ASSERT_TRUE(module->CachedInit(true, false, 60, false, true, *root, message));
   EXPECT_EQ(g_fills, 2);
   EXPECT_FALSE(module->FromCache);
+}
+
+// What a limit ended is an answer, but not one for those who ask later.
+TEST_F(ResultCacheTest, KeepsOnlyWhatIsWhole) {
+  g_cutsShort = true;
+  EXPECT_EQ(How(Ask()), "filled first");
+  EXPECT_EQ(How(Ask()), "filled first");
+  g_cutsShort = false;
+  EXPECT_EQ(How(Ask()), "filled first");
+  g_cutsShort = true;
+  g_label = "second";
+  EXPECT_EQ(How(Ask("", 0)), "filled second");
+  EXPECT_EQ(How(Ask()), "read first") << "the older one, which is whole, stays";
+}
+
+TEST_F(ResultCacheTest, RemembersWhatCouldNotBeRead) {
+  g_cannotReadAll = true;
+  Ask();
+  g_cannotReadAll = false;
+  auto root = MakeRef<DiagRoot>("*", ModuleTable(kTable), machine);
+  ASSERT_TRUE(root->SetCacheDir("/var/cache/k"));
+  const Ref<DiagModule> module = root->GetDiagModule("Counted", "");
+  QueryMessage message;
+  ASSERT_TRUE(module->CachedInit(true, false, 60, false, false, *root, message));
+  EXPECT_TRUE(module->FromCache);
+  EXPECT_EQ(module->ProblemCount, 2u);
+  EXPECT_EQ(module->HidingCount, 1u);
+  const std::string good = File("Counted_0.cfg");
+  std::string changed = good;
+  changed[changed.find('2')] = '0';
+  Put("Counted_0.cfg", {.content = changed});
+  EXPECT_EQ(How(Ask()), "filled first") << "the numbers are part of what is believed";
 }
 
 TEST_F(ResultCacheTest, KeepsApartWhatDiffers) {

@@ -38,7 +38,7 @@ TEST(Explain, TellsSourcesJoinsAndWhereConditionsAreTested) {
        "  read Test.Row a\n"
        "    content: what is in memory, else filled\n"
        "    where, on each row while it is read: (a.Id > 1)\n"
-       "  join Many.Entry b: rows found by index\n"
+       "  join Many.Entry b: rows found by index if there are many\n"
        "    content: what is in memory, else filled\n"
        "    on: (a.Id = b.Id)\n"
        "    where, on each row while it is read: b.Id < 3\n"
@@ -96,7 +96,7 @@ TEST(Explain, TellsSourcesJoinsAndWhereConditionsAreTested) {
        "      SELECT b.Group: of the only row; an Error unless there is exactly one\n"
        "        read Many.Entry b\n"
        "          content: what is in memory, else filled\n"
-       "          from the second run on: rows found by index\n"
+       "          from the second run on: rows found by index if there are many\n"
        "          where, on each row while it is read: b.Group > 3 AND b.Id = a.Id\n"},
       {"2 * (SELECT COUNT(*) FROM FILES.FILE('/etc/*'))",
        "value: 2 * (SELECT COUNT(*) FROM FILES.FILE('/etc/*'))\n"

@@ -165,6 +165,37 @@ TEST_F(Report, TellsWhatWasCutShort) {
   EXPECT_EQ(Run(none), "Files(DirPath='C:\\d',Timeout=0) memory 0/0 cut;");
 }
 
+// A condition that fails is not asked again, and so its sub-select is counted once.
+TEST_F(Report, CountsOnceWhatFails) {
+  const std::string query =
+      "SELECT COUNT(*) FROM Many(Count=20).Entry a WHERE (SELECT COUNT(*) FROM Many(Count=3).Entry "
+      "b "
+      "WHERE b.Id < a.Id + 100) = 3 AND 1 / (";
+  Run(query + "99 - a.Id) < 100");
+  ASSERT_EQ(outcome, "20");
+  const uint64_t seen = report.sources[1].rowsSeen;
+  Run(query + "19 - a.Id) < 100");
+  ASSERT_EQ(outcome, "<ERROR>");
+  EXPECT_EQ(report.sources[1].rowsSeen, seen);
+}
+
+// What could not be read stays known while the content is there, though not what it was.
+TEST_F(Report, RemembersHowMuchCouldNotBeRead) {
+  const char* const query =
+      "SELECT COUNT(*) FROM Files(DirPath='C:\\', Levels=1).Directory a JOIN Files(DirPath='C:\\', "
+      "Levels=1).Directory b ON a.Path = b.Path";
+  Run(query);
+  ASSERT_EQ(report.sources.size(), 1u);
+  const uint64_t problems = report.sources[0].problemCount, hiding = report.sources[0].hidingCount;
+  EXPECT_EQ(report.sources[0].problems.size(), problems);
+  EXPECT_GT(hiding, 0u);
+  Run(query);
+  EXPECT_EQ(report.sources[0].fill, FillSource::Memory);
+  EXPECT_EQ(report.sources[0].problemCount, problems);
+  EXPECT_EQ(report.sources[0].hidingCount, hiding);
+  EXPECT_TRUE(report.sources[0].problems.empty());
+}
+
 TEST_F(Report, KnowsTheAgeOfWhatWasThere) {
   const char* const query = "SELECT COUNT(*) FROM Many(Count=3).Entry";
   Run(query);

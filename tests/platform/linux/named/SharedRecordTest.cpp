@@ -1,12 +1,10 @@
+// What lies behind a shared record on Linux: files that everybody who has it open holds.
 #include <gtest/gtest.h>
 #include <sched.h>
 #include <unistd.h>
 
-#include <atomic>
 #include <cstring>
 #include <filesystem>
-#include <thread>
-#include <vector>
 
 #include "platform/os/Clock.h"
 #include "platform/os/Event.h"
@@ -30,68 +28,6 @@ std::string Content(const SharedRecord& record) {
   return {static_cast<const char*>(record.memory->Data()), 16};
 }
 
-TEST(SharedRecord, IsTheSameForAllWhoHaveItOpen) {
-  const CUniqueName name;
-  SharedRecord first;
-  SharedRecord second;
-  ASSERT_EQ(Open(name, first), kErrorSuccess);
-  EXPECT_EQ(Content(first), std::string(16, '\0'));
-  ASSERT_EQ(Open(name, second), kErrorSuccess);
-  std::memcpy(first.memory->Data(), "0123456789abcdef", 16);
-  EXPECT_EQ(Content(second), "0123456789abcdef");
-  first.event->Set();
-  EXPECT_EQ(WaitAny({second.event.get()}, 0), 0);
-  EXPECT_EQ(WaitAny({first.event.get()}, 0), kWaitTimeOut);  // taken by the other
-  first.event->Set();
-  first.event->Set();
-  EXPECT_EQ(WaitAny({first.event.get()}, 0), 0);
-  EXPECT_EQ(WaitAny({second.event.get()}, 0), kWaitTimeOut);  // two signals were one
-}
-
-TEST(SharedRecord, IsKeptWhileAnybodyHasItOpen) {
-  const CUniqueName name;
-  SharedRecord first;
-  SharedRecord second;
-  ASSERT_EQ(Open(name, first), kErrorSuccess);
-  ASSERT_EQ(Open(name, second), kErrorSuccess);
-  std::memcpy(first.memory->Data(), "0123456789abcdef", 16);
-  first.event->Set();
-  first = {};
-  ASSERT_EQ(Open(name, first), kErrorSuccess);
-  EXPECT_EQ(Content(first), "0123456789abcdef");
-  EXPECT_EQ(WaitAny({first.event.get()}, 0), 0);
-}
-
-TEST(SharedRecord, BeginsAfreshWhenAllAreGone) {
-  const CUniqueName name;
-  SharedRecord record;
-  ASSERT_EQ(Open(name, record), kErrorSuccess);
-  std::memcpy(record.memory->Data(), "0123456789abcdef", 16);
-  record.event->Set();
-  record = {};
-  ASSERT_EQ(Open(name, record), kErrorSuccess);
-  EXPECT_EQ(Content(record), std::string(16, '\0'));
-  EXPECT_EQ(WaitAny({record.event.get()}, 0), kWaitTimeOut);
-  // Of one that is being left the event may live a little longer than the memory.
-  record.event->Set();
-  record.memory.reset();
-  SharedRecord fresh;
-  ASSERT_EQ(Open(name, fresh), kErrorSuccess);
-  EXPECT_EQ(WaitAny({fresh.event.get()}, 0), kWaitTimeOut);
-}
-
-TEST(SharedRecord, RefusesSizesThatDoNotFit) {
-  const CUniqueName name;
-  SharedRecord record;
-  EXPECT_EQ(Open(name, record, 0), kErrorInvalidParameter);
-  EXPECT_EQ(Open(name, record, 4097), kErrorInvalidParameter);
-  ASSERT_EQ(Open(name, record, 4096), kErrorSuccess);
-  SharedRecord other;
-  EXPECT_EQ(Open(name, other, 16), kErrorInvalidParameter);
-  EXPECT_EQ(other.memory, nullptr);
-  EXPECT_EQ(other.event, nullptr);
-}
-
 int FilesOf(const std::string& name) {
   int count = 0;
   for (const char* base : {"/dev/shm/kestra-", "/tmp/kestra-locks-"}) {
@@ -103,7 +39,7 @@ int FilesOf(const std::string& name) {
   return count;
 }
 
-TEST(SharedRecord, LeavesNoFiles) {
+TEST(SharedRecordFiles, LeavesNoFiles) {
   const CUniqueName name;
   SharedRecord first;
   SharedRecord second;
@@ -124,7 +60,7 @@ TEST(SharedRecord, LeavesNoFiles) {
 }
 
 // The event's name may be in use with another memory: who waits there must still be reached.
-TEST(SharedRecord, KeepsAnEventThatAnotherMemoryGoesWith) {
+TEST(SharedRecordFiles, KeepsAnEventThatAnotherMemoryGoesWith) {
   const CUniqueName name;
   SharedRecord other;
   ASSERT_EQ(OpenSharedRecord(std::string(name) + "other", 16, name, other), kErrorSuccess);
@@ -136,7 +72,7 @@ TEST(SharedRecord, KeepsAnEventThatAnotherMemoryGoesWith) {
   EXPECT_EQ(WaitAny({other.event.get()}, 0), 0);
 }
 
-TEST(SharedRecord, IsKeptForAForkedChild) {
+TEST(SharedRecordFiles, IsKeptForAForkedChild) {
   const CUniqueName name;
   SharedRecord record;
   ASSERT_EQ(Open(name, record), kErrorSuccess);
@@ -151,7 +87,7 @@ TEST(SharedRecord, IsKeptForAForkedChild) {
   EXPECT_EQ(WaitAny({again.event.get()}, 0), 0);
 }
 
-TEST(SharedRecord, IsAnotherInAnotherPidNamespace) {
+TEST(SharedRecordFiles, IsAnotherInAnotherPidNamespace) {
   const CUniqueName name;
   SharedRecord record;
   ASSERT_EQ(Open(name, record), kErrorSuccess);
@@ -170,7 +106,7 @@ TEST(SharedRecord, IsAnotherInAnotherPidNamespace) {
   EXPECT_EQ(Content(record), "0123456789abcdef");
 }
 
-TEST(SharedRecord, DoesNotWaitForEverForItsTurn) {
+TEST(SharedRecordFiles, DoesNotWaitForEverForItsTurn) {
   if (!test::IsRoot()) GTEST_SKIP() << "would hold up other tests";
   std::unique_ptr<CNamedLock> turn;  // two such tests at once would hold up each other
   ASSERT_EQ(AcquireNamedLock("test.held-guard", nullptr, 20'000, turn), NamedLockResult::Held);
@@ -199,53 +135,6 @@ TEST(SharedRecord, DoesNotWaitForEverForItsTurn) {
     record = {};
     return isGood && FilesOf(name) == 0;
   }));
-}
-
-TEST(SharedRecord, OneSignalLetsOneWaiterThrough) {
-  const CUniqueName name;
-  std::atomic<int> woken{0};
-  CEvent stop;
-  std::vector<std::thread> waiters;
-  for (int i = 0; i < 4; ++i) {
-    waiters.emplace_back([&] {
-      SharedRecord record;
-      ASSERT_EQ(Open(name, record), kErrorSuccess);
-      while (WaitAny({record.event.get(), &stop}, kInfinite) == 0) ++woken;
-    });
-  }
-  SharedRecord record;
-  ASSERT_EQ(Open(name, record), kErrorSuccess);
-  for (int signal = 1; signal <= 200; ++signal) {
-    record.event->Set();
-    for (int i = 0; i < 5000 && woken != signal; ++i) WaitAny({&stop}, 1);
-    ASSERT_EQ(woken, signal);
-  }
-  stop.Set();
-  for (std::thread& waiter : waiters) waiter.join();
-  EXPECT_EQ(woken, 200);
-}
-
-// Everybody who comes writes his mark; nobody may find another's gone while he is there.
-TEST(SharedRecord, OpeningsAtOnceDoNotResetEachOther) {
-  const CUniqueName name;
-  std::vector<std::thread> threads;
-  // Two, so that the last one often goes while the other comes.
-  for (int i = 0; i < 2; ++i) {
-    threads.emplace_back([&, i] {
-      for (int round = 0; round < 2000; ++round) {
-        SharedRecord record;
-        ASSERT_EQ(Open(name, record), kErrorSuccess);
-        auto* const words = static_cast<uint32_t*>(record.memory->Data());
-        const std::atomic_ref<uint32_t> word(words[i]);
-        word.store(1);
-        SharedRecord another;
-        ASSERT_EQ(Open(name, another), kErrorSuccess);
-        ASSERT_EQ(word.load(), 1u);
-        word.store(0);
-      }
-    });
-  }
-  for (std::thread& thread : threads) thread.join();
 }
 
 }  // namespace

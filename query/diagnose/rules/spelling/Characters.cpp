@@ -75,12 +75,26 @@ struct LikenessRow {
   const char* instead;
 };
 constexpr LikenessRow kMarksAlike[] = {
-    {0x2010, 0x2015, "-"},  {0x2212, 0x2212, "-"},  {0x00D7, 0x00D7, "*"},  {0x00F7, 0x00F7, "/"},
-    {0x2260, 0x2260, "<>"}, {0x2264, 0x2264, "<="}, {0x2265, 0x2265, ">="}, {0xFF0C, 0xFF0C, ","}};
+    {0x2010, 0x2015, "-"},  {0x2212, 0x2212, "-"},  {0x00D7, 0x00D7, "*"}, {0x00F7, 0x00F7, "/"},
+    {0x2260, 0x2260, "<>"}, {0x2264, 0x2264, "<="}, {0x2265, 0x2265, ">="}};
+
+// What a character is mistaken for; empty if that is nothing.
+std::string MarkAlike(uint32_t c) {
+  // The wide forms that an input method for East Asian texts gives of ASCII.
+  constexpr uint32_t kFirstWide = 0xFF01, kLastWide = 0xFF5E, kFirstPlain = '!';
+  if (c >= kFirstWide && c <= kLastWide) {
+    return std::string(1, static_cast<char>(c - kFirstWide + kFirstPlain));
+  }
+  for (const LikenessRow& row : kMarksAlike) {
+    if (c >= row.first && c <= row.last) return row.instead;
+  }
+  return {};
+}
 
 // The quotes that word processors put in place of plain ones.
 bool IsQuote(uint32_t c) {
-  return (c >= 0x2018 && c <= 0x201F) || c == 0xAB || c == 0xBB || c == 0xB4;
+  return (c >= 0x2018 && c <= 0x201F) || c == 0xAB || c == 0xBB || c == 0xB4 || c == 0xFF02 ||
+         c == 0xFF07;
 }
 
 std::string NameOf(const Foreign& foreign, std::string_view query) {
@@ -119,11 +133,10 @@ bool ForeignCharacter(CFailedText& text, Finding& finding) {
     finding.suggestions = {"'"};
     return true;
   }
-  for (const LikenessRow& row : kMarksAlike) {
-    if (foreign.character < row.first || foreign.character > row.last) continue;
+  if (const std::string mark = MarkAlike(foreign.character); !mark.empty()) {
     finding.message = fmt::format("{} is no mark of the language; did you mean {}?",
-                                  NameOf(foreign, query), row.instead);
-    finding.suggestions = {row.instead};
+                                  NameOf(foreign, query), mark);
+    finding.suggestions = {mark};
     return true;
   }
   const size_t i = text.Position();

@@ -23,6 +23,30 @@ std::string_view StringWithPlainQuote(std::string_view text, size_t quote) {
   return text.substr(start - 1, quote + 1 - (start - 1));
 }
 
+// U+2018 to U+201F, which word processors put in place of plain quotes, as UTF-8.
+constexpr std::string_view kTypographicHead = "\xE2\x80";
+constexpr size_t kTypographicBytes = 3;
+
+// The first between two places; the end if there is none.
+size_t FindTypographicQuote(std::string_view text, size_t begin, size_t end) {
+  for (size_t at = text.find(kTypographicHead, begin); at != text.npos && at + 2 < end;
+       at = text.find(kTypographicHead, at + 1)) {
+    const auto last = static_cast<unsigned char>(text[at + 2]);
+    if (last >= 0x98 && last <= 0x9F) return at;
+  }
+  return end;
+}
+
+// /etc/*: the comment begins inside of a path.
+bool IsInPath(std::string_view text, size_t comment) {
+  size_t begin = comment;
+  while (begin > 0 && (IsWordByte(text[begin - 1]) || text[begin - 1] == '.' ||
+                       text[begin - 1] == '/' || text[begin - 1] == '-')) {
+    --begin;
+  }
+  return begin < comment && text.substr(begin, comment - begin).find('/') != text.npos;
+}
+
 Finding OpenString(std::string_view text, size_t quote) {
   Finding finding;
   if (const std::string_view whole = StringWithPlainQuote(text, quote); !whole.empty()) {
@@ -34,6 +58,13 @@ Finding OpenString(std::string_view text, size_t quote) {
     return finding;
   }
   const size_t end = std::min(text.find('\n', quote), text.size());
+  if (const size_t typographic = FindTypographicQuote(text, quote, end); typographic < end) {
+    finding.offset = typographic;
+    finding.length = kTypographicBytes;
+    finding.suggestions = {"'"};
+    finding.message = "the quote here is a typographic one; a text ends with a plain one: '";
+    return finding;
+  }
   finding.offset = quote;
   finding.length = 1;
   const std::string_view rest = TrimRight(text.substr(quote, end - quote), " \t\r");
@@ -55,6 +86,7 @@ Finding LexicalFinding(std::string_view text, size_t faultOffset) {
   finding.message = isOpen ? "the comment that begins here has no \"*/\""
                            : "the text is too long: a query has at most " +
                                  std::to_string(kMaxTokens) + " words and marks";
+  if (isOpen && IsInPath(text, faultOffset)) finding.message += "; a path stands in quotes";
   return finding;
 }
 

@@ -1,4 +1,6 @@
 // Marks that other query languages have.
+#include <algorithm>
+
 #include "VLib/src/text/Text.h"
 #include "query/diagnose/Wording.h"
 #include "query/diagnose/rules/Rules.h"
@@ -30,7 +32,9 @@ constexpr MarkRow kMarks[] = {
      nullptr},
     {"`", nullptr, "names are written without quotes", nullptr},
     {"[", nullptr, "names are written without brackets", nullptr},
-    {"%", nullptr, "there is no operator %", nullptr},
+    {"%", nullptr, "there is no operator %; the rest of x / n is x - x / n * n", nullptr},
+    {"<<", nullptr, "there is no operator <<; multiply by a power of two", nullptr},
+    {">>", nullptr, "there is no operator >>; divide by a power of two", nullptr},
     {"@", nullptr, "there are no variables in a query", nullptr},
 };
 
@@ -38,6 +42,21 @@ constexpr MarkRow kMarks[] = {
 bool StandsAt(const CFailedText& text, const MarkRow& row, size_t i) {
   if (text.Text(i) != row.first) return false;
   return !row.second || (text.Text(i + 1) == row.second && text.AreJoined(i, i + 1));
+}
+
+// IN [1, 2]
+bool BracketsAroundList(CFailedText& text, Finding& finding) {
+  const size_t stop = text.Stop();
+  if (text.Text(stop) != "[" || text.KeywordAt(stop - 1) != kKwIn) return false;
+  return text.Say(finding, stop, "the list of IN stands in parentheses: IN (1, 2)", {"("});
+}
+
+// A place that another program would have filled in: ?, :name, $1, {name}.
+bool Placeholder(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  const bool isMark = text.Is(i, "?") || text.Is(i, ":") || text.Is(i, "$") || text.Is(i, "{");
+  if (i == 0 || !isMark || !text.Expected().HasColumn()) return false;
+  return text.Say(finding, i, "there are no parameters in a query; write the value itself");
 }
 
 bool ForeignMark(CFailedText& text, Finding& finding) {
@@ -53,6 +72,24 @@ bool ForeignMark(CFailedText& text, Finding& finding) {
   return false;
 }
 
+// Whether what stands in double quotes at a token is a name of something.
+bool IsNameInQuotes(CFailedText& text, size_t i, std::string_view inner, std::string_view behind) {
+  if (behind.starts_with('.')) return true;
+  switch (text.KeywordAt(i - 1)) {
+    case kKwSelect:
+    case kKwFrom:
+    case kKwJoin:
+    case kKwDot:
+      return true;
+    default:
+      break;
+  }
+  if (text.IsComparison(i - 1)) return false;
+  return std::any_of(text.Sources().begin(), text.Sources().end(), [&](const QuerySource& source) {
+    return source.pClass && source.pClass->Params->Find(inner, true);
+  });
+}
+
 bool DoubleQuotes(CFailedText& text, Finding& finding) {
   const size_t stop = text.Stop();
   if (text.Text(stop) != "\"") return false;
@@ -62,8 +99,7 @@ bool DoubleQuotes(CFailedText& text, Finding& finding) {
   if (!isClosed) return text.Say(finding, stop, "text stands in single quotes: '...'");
   const std::string inner = text.Query().substr(start + 1, end - start - 1);
   const bool isName =
-      !text.IsComparison(stop - 1) && !text.Expected().Has(kKwWhere) &&
-      (text.KeywordAt(stop - 1) == kKwSelect || text.KeywordAt(stop - 1) == kKwFrom);
+      IsNameInQuotes(text, stop, inner, std::string_view(text.Query()).substr(end + 1));
   const std::string instead = isName ? inner : AsString(inner);
   finding.offset = start;
   finding.length = end + 1 - start;
@@ -78,6 +114,7 @@ bool NegativeNumber(CFailedText& text, Finding& finding) {
   if (text.Text(stop) != "-" || text.ExpectedAtStop().Has(Predicate::AddOperator)) return false;
   if (!text.ExpectedAtStop().Has(Predicate::IntegerLiteral)) return false;
   if (!text.IsInteger(stop + 1) && !text.IsWord(stop + 1)) return false;
+  if (text.KeywordAt(stop - 1) == kKwHash) return false;  // an age has no sign at all
   const std::string number = "0 - " + std::string(text.Text(stop + 1));
   if (!text.IsInteger(stop + 1)) {
     return text.Say(finding, stop, "there is no negative sign; subtract from 0: " + number);
@@ -86,7 +123,19 @@ bool NegativeNumber(CFailedText& text, Finding& finding) {
                   {"(" + number + ")"});
 }
 
-constexpr FailureRule kMarkRules[] = {DoubleQuotes, ForeignMark, NegativeNumber};
+bool PlusSign(CFailedText& text, Finding& finding) {
+  const size_t stop = text.Stop();
+  if (text.Text(stop) != "+" || !text.IsInteger(stop + 1)) return false;
+  if (text.ExpectedAtStop().Has(Predicate::AddOperator) || text.ExpectedAtStop().Has(kKwPlus)) {
+    return false;
+  }
+  const std::string number(text.Text(stop + 1));
+  return text.Say(finding, stop, stop + 1, "a number is written without a sign: " + number,
+                  {number});
+}
+
+constexpr FailureRule kMarkRules[] = {DoubleQuotes, BracketsAroundList, Placeholder,
+                                      ForeignMark,  NegativeNumber,     PlusSign};
 
 }  // namespace
 

@@ -31,10 +31,13 @@ constexpr WordRow kWords[] = {
     {"NATURAL", "there is no NATURAL JOIN; write JOIN ... ON a.Column = b.Column"},
     {"USING", "there is no USING; write ON a.Column = b.Column"},
     {"UNION", "there is no UNION; run two queries"},
-    {"EXCEPT", "there is no EXCEPT; use WHERE NOT x IN (SELECT ...)"},
-    {"INTERSECT", "there is no INTERSECT; use WHERE x IN (SELECT ...)"},
+    {"EXCEPT", "there is no EXCEPT; write WHERE (SELECT COUNT(*) FROM ... WHERE ...) = 0"},
+    {"INTERSECT", "there is no INTERSECT; write WHERE (SELECT COUNT(*) FROM ... WHERE ...) > 0"},
     {"EXISTS", "there is no EXISTS; write (SELECT COUNT(*) FROM ...) > 0"},
     {"CASE", "there is no CASE"},
+    {"XOR", "there is no XOR; write (a) <> (b)"},
+    {"MOD", "there is no MOD; the rest of x / n is x - x / n * n"},
+    {"FOR", "there is no FOR"},
     {"ILIKE", "write LIKE"},
     {"RLIKE", "there are no regular expressions; LIKE knows * and ?"},
     {"REGEXP", "there are no regular expressions; LIKE knows * and ?"},
@@ -56,10 +59,13 @@ constexpr WordRow kWords[] = {
     {"MERGE", "there is no MERGE; use UPDATE and INSERT"},
     {"ALTER", "there is no ALTER; modules are as they are"},
     {"TRUNCATE", "there is no TRUNCATE; use DELETE"},
-    {"BEGIN", "there are no transactions"},
+    {"BEGIN", "there is no BEGIN, and there are no transactions"},
     {"COMMIT", "there are no transactions"},
     {"ROLLBACK", "there are no transactions"},
     {"DECLARE", "there are no variables"},
+    {"EXEC", "write EXECUTE ACTION(SELECT * FROM ..., 'name')"},
+    {"USE", "there is no USE; every source is written Module.Class"},
+    {"TABLE", "there are no tables; what a query reads is a Module.Class"},
 };
 
 constexpr WordRow kFunctions[] = {
@@ -94,6 +100,9 @@ constexpr WordRow kFunctions[] = {
     {"DATE_ADD", "the function is called DATEADD(part, n, x)", "DATEADD"},
     {"DATEDIFF", "there is no DATEDIFF; compare with DATEADD(part, n, x)"},
     {"RANDOM", "write RAND() * n"},
+    {"ANY", "there is no ANY; write (SELECT COUNT(*) FROM ... WHERE ...) > 0"},
+    {"SOME", "there is no SOME; write (SELECT COUNT(*) FROM ... WHERE ...) > 0"},
+    {"ALL", "there is no ALL; write (SELECT COUNT(*) FROM ... WHERE ...) = 0"},
     {"IF", "there is no IF"},
     {"IIF", "there is no IIF"},
 };
@@ -151,6 +160,14 @@ bool BooleanLiteral(CFailedText& text, Finding& finding) {
                   {pNumber});
 }
 
+bool SelectAll(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  if (i == 0 || !text.Is(i, "ALL") || text.KeywordAt(i - 1) != kKwSelect) return false;
+  return text.Column(i).pDef
+             ? false
+             : text.Say(finding, i, "there is no ALL; a SELECT gives every row that matches");
+}
+
 // A shell's command, or half of a name.
 bool LeadingDot(CFailedText& text, Finding& finding) {
   if (text.Stop() != 0 || text.KeywordAt(0) != kKwDot) return false;
@@ -166,17 +183,21 @@ bool DeleteFrom(CFailedText& text, Finding& finding) {
   return text.Say(finding, stop - 1, "write DELETE Module.Class without FROM");
 }
 
-// UPDATE, DELETE and SELECT with more than the language has.
+// A "*" beside columns, and DELETE * FROM.
 bool StarAmongColumns(CFailedText& text, Finding& finding) {
   const size_t stop = text.Stop();
   const bool isBehindStar = text.KeywordAt(stop) == kKwComma && text.KeywordAt(stop - 1) == kKwStar;
   const bool isStarBehind = text.KeywordAt(stop) == kKwStar && text.KeywordAt(stop - 1) == kKwComma;
+  if (text.KeywordAt(stop) == kKwStar && text.KeywordAt(stop - 1) == kKwDelete) {
+    return text.Say(finding, stop, "write DELETE Module.Class WHERE ..., without \"*\"");
+  }
   if (!isBehindStar && !isStarBehind) return false;
   return text.Say(finding, stop, "\"*\" stands alone in a SELECT; name the columns instead");
 }
 
-constexpr FailureRule kForeignWordRules[] = {LeadingDot,      DeleteFrom,  BooleanLiteral,
-                                             ForeignFunction, ForeignWord, StarAmongColumns};
+constexpr FailureRule kForeignWordRules[] = {LeadingDot,      SelectAll,       DeleteFrom,
+                                             BooleanLiteral,  ForeignFunction, ForeignWord,
+                                             StarAmongColumns};
 
 }  // namespace
 
