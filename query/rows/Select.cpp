@@ -81,7 +81,7 @@ bool ValuePerRow(Value& out, ParseNode& node) {
     const CBoundRow bound(reader, *node.Context, r);
     if (r == kFewRows && node.Context->UsesShortcuts)
       pRow = std::make_unique<CCompiledRow>(node, 1, CScopeShape(node.Context->Scope));
-    if (!(pRow && pRow->Read(*node.Context, out)) && !Child(node, out, 1))
+    if (!(pRow ? pRow->Read(*node.Context, out) : Child(node, out, 1)))
       return FailKeepingMessage(out);
     if (out.IsAny()) return true;
     values->Append(std::move(out));

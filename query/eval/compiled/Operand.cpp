@@ -153,20 +153,17 @@ Known CCompiledOperand::Look(QueryContext& context) const {
   return ReadPlain(context, value);
 }
 
-bool CCompiledOperand::Read(QueryContext& context, Value& out) const {
-  if (m_kind != Kind::Column) {
-    const Known known = ReadPlain(context, out);
-    return known != Known::Unknown && known != Known::Failed;
-  }
+Known CCompiledOperand::Read(QueryContext& context, Value& out) const {
+  if (m_kind != Kind::Column) return ReadPlain(context, out);
   const CVDiagItem& item = *context.Scope[m_slot].Item;
-  if (item.Params.Defs().get() != m_pDefs) return false;
+  if (item.Params.Defs().get() != m_pDefs) return Known::Unknown;
   DiagParam* pParam = item.Params.Find(*m_pDef);
   if (pParam) {
     out.SetParameter(Ref<DiagParam>(pParam));
-  } else {
-    out.Clear();
+    return Known::Ready;
   }
-  return true;
+  out.Clear();
+  return Known::Null;
 }
 
 }  // namespace kestra

@@ -34,8 +34,8 @@ class CCompiledOperand {
   Known ReadText(QueryContext& context, CTextHolder& holder, std::string_view& text) const;
   // Only whether it is there.
   Known Look(QueryContext& context) const;
-  // The value itself. False: its action has to be asked.
-  bool Read(QueryContext& context, Value& out) const;
+  // The value itself, or the Error of one that failed.
+  Known Read(QueryContext& context, Value& out) const;
 
   // A constant's value; null for what is none.
   const Value* Constant() const { return m_kind == Kind::Constant ? &m_value : nullptr; }

@@ -4,7 +4,8 @@
 
 namespace kestra {
 
-CCompiledRow::CCompiledRow(ParseNode& node, size_t symbol, const CScopeShape& shape) {
+CCompiledRow::CCompiledRow(ParseNode& node, size_t symbol, const CScopeShape& shape)
+    : m_node(node), m_symbol(symbol) {
   ParseNode* pList = node.ChildNode(symbol);
   // What fails here is evaluated again by the actions. A call would be made twice.
   if (pList && NeedsOf(*pList).hasCall) return;
@@ -22,17 +23,24 @@ CCompiledRow::CCompiledRow(ParseNode& node, size_t symbol, const CScopeShape& sh
   for (ParseNode* pNode : chain) m_operands.emplace_back(*pNode, pNode->Rule->Length - 1u, shape);
 }
 
-bool CCompiledRow::Read(QueryContext& context, Value& out) const {
-  if (m_operands.empty()) return false;
+Known CCompiledRow::ReadOperands(QueryContext& context, Value& out) const {
+  if (m_operands.empty()) return Known::Unknown;
   if (!m_isList) return m_operands.front().Read(context, out);
   auto list = ValueVector::WithRoomFor(static_cast<uint32_t>(m_operands.size()));
-  Value value;
   for (const CCompiledOperand& operand : m_operands) {
-    if (!operand.Read(context, value)) return false;
-    list->Append(std::move(value));
+    const Known known = operand.Read(context, out);
+    if (known == Known::Unknown || known == Known::Failed) return known;
+    list->Append(std::move(out));
   }
   out.SetVector(std::move(list));
-  return true;
+  return Known::Ready;
+}
+
+// What failed was asked already.
+bool CCompiledRow::Read(QueryContext& context, Value& out) const {
+  const Known known = ReadOperands(context, out);
+  if (known == Known::Unknown) return Child(m_node, out, m_symbol);
+  return known != Known::Failed || FailKeepingMessage(out);
 }
 
 }  // namespace kestra

@@ -13,10 +13,16 @@ class CCompiledRow {
   // For symbol i of node: one expression, or a list that makes a Vector of each row.
   CCompiledRow(ParseNode& node, size_t symbol, const CScopeShape& shape);
 
-  // What the symbol's action would make of the rows that are bound. False: it has to be asked.
+  // What the symbol's action makes of the rows that are bound. False for a failure, whose Error
+  // stands in out.
   bool Read(QueryContext& context, Value& out) const;
 
  private:
+  // Unknown: the action has to be asked.
+  Known ReadOperands(QueryContext& context, Value& out) const;
+
+  ParseNode& m_node;
+  const size_t m_symbol;
   bool m_isList = false;
   std::vector<CCompiledOperand> m_operands;  // none: it is left to the action
 };

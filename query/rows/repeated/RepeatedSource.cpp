@@ -112,7 +112,7 @@ bool CRepeatedSource::ValueOfFound(Value& out, ParseNode& select, size_t symbol)
   QueryContext& context = *m_node.Context;
   const CBoundItem bound(context, m_descriptor.alias, *m_found.front());
   if (!m_value) m_value.emplace(select, symbol, m_shape);
-  return m_value->Read(context, out) || Child(select, out, symbol);
+  return m_value->Read(context, out);
 }
 
 }  // namespace kestra

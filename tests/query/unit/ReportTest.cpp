@@ -165,18 +165,34 @@ TEST_F(Report, TellsWhatWasCutShort) {
   EXPECT_EQ(Run(none), "Files(DirPath='C:\\d',Timeout=0) memory 0/0 cut;");
 }
 
-// A condition that fails is not asked again, and so its sub-select is counted once.
+// A condition or a value that fails, here at the last of twenty rows, is not asked again, and so
+// its sub-select is counted once.
 TEST_F(Report, CountsOnceWhatFails) {
-  const std::string query =
-      "SELECT COUNT(*) FROM Many(Count=20).Entry a WHERE (SELECT COUNT(*) FROM Many(Count=3).Entry "
-      "b "
-      "WHERE b.Id < a.Id + 100) = 3 AND 1 / (";
-  Run(query + "99 - a.Id) < 100");
-  ASSERT_EQ(outcome, "20");
-  const uint64_t seen = report.sources[1].rowsSeen;
-  Run(query + "19 - a.Id) < 100");
-  ASSERT_EQ(outcome, "<ERROR>");
-  EXPECT_EQ(report.sources[1].rowsSeen, seen);
+  const std::string rows = "Many(Count=20).Entry a";
+  const std::string count = "(SELECT COUNT(*) FROM Many(Count=3).Entry b WHERE b.Id < a.Id + 100)";
+  const struct {
+    std::string before, after;  // the number from which Id is taken for a divisor
+  } cases[] = {
+      {"SELECT COUNT(*) FROM " + rows + " WHERE " + count + " = 3 AND 1 / (", " - a.Id) < 100"},
+      {"SELECT COUNT(*) FROM " + rows + " WHERE (SELECT " + count + " + 1 / (",
+       " - a.Id) FROM Many(Count=2).Entry c WHERE c.Id = 1) < 100"},
+  };
+  const auto rowsOfCount = [this] {
+    uint64_t seen = 0;
+    for (const SourceReport& source : report.sources) {
+      if (source.arguments == "Count=3") seen += source.rowsSeen;
+    }
+    return seen;
+  };
+  for (const auto& [before, after] : cases) {
+    Run(before + "99" + after);
+    ASSERT_NE(outcome, "<ERROR>") << before;
+    const uint64_t seen = rowsOfCount();
+    EXPECT_GE(seen, 3u) << before;
+    Run(before + "19" + after);
+    ASSERT_EQ(outcome, "<ERROR>") << before;
+    EXPECT_EQ(rowsOfCount(), seen) << before;
+  }
 }
 
 // What could not be read stays known while the content is there, though not what it was.
