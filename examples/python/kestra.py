@@ -23,14 +23,16 @@ and one that is no query QuerySyntaxError, which tells where and why.
 A session belongs to the thread that made it; threads that ask at the same time have a session each.
 With asyncio, run a function that makes its session by asyncio.to_thread.
 
-This file is all of it: it needs libkestra.so.0 (or what KESTRA_LIBRARY names) and Python 3.9.
+Ctrl-C ends a query that runs on the main thread, and so does any other signal with a handler in
+Python: the handler is called then, and the query raises Ended unless the handler raises something.
+
+This file is all of it: it needs libkestra.so.0 (or what KESTRA_LIBRARY names) and Python 3.8.
 """
 from __future__ import annotations
 
 import ctypes
 import datetime
 import os
-import select
 import signal
 import threading
 import time
@@ -80,7 +82,7 @@ class QuerySyntaxError(QueryError):
 
 
 class Ended(QueryError):
-    """A query was cancelled, or its time was over."""
+    """A query was cancelled, also by a signal, or its time was over."""
 
 
 class MachineWarning(UserWarning):
@@ -111,6 +113,9 @@ class _Handle:
 
     def __init__(self, kind, pointer):
         self.kind, self.pointer = kind, pointer
+
+    def __reduce__(self):
+        raise TypeError("what belongs to the library cannot be copied or pickled; dict(item) can")
 
     def __del__(self):
         if self.pointer:
@@ -255,6 +260,8 @@ class Item:
     """An item of the tree: its properties by name or as attributes (None where one is not set), and
     the items below it."""
 
+    __slots__ = ("_handle", "_properties")
+
     def __init__(self, handle):
         self._handle = handle
         self._properties = None
@@ -336,15 +343,15 @@ def _declared_names(declared):
 
 
 class _Termination:
-    """What ends a running query: cancel, from any thread, and on the main thread a signal of Python's,
-    whose handler could not run before the query has ended."""
+    """What ends one query that runs: cancel, from any thread, and on the main thread a signal of
+    Python's, whose handler could not run before the query has ended."""
 
     _CANCEL = b"\xff"  # the number of no signal
 
     def __init__(self):
         self._lock = threading.Lock()  # guards the pipe, whose end makes the query end
         self._ends = None
-        self.has_come = False  # whether the last query was ended so
+        self.has_come = False  # whether the query was ended so
 
     def cancel(self):
         with self._lock:
@@ -355,7 +362,6 @@ class _Termination:
                     pass  # it is full of what ends the query
 
     def __enter__(self):
-        self.has_come = False
         with self._lock:
             self._ends = os.pipe()
         for end in self._ends:
@@ -371,11 +377,14 @@ class _Termination:
             signal.set_wakeup_fd(self._former, warn_on_full_buffer=False)
         with self._lock:
             ends, self._ends = self._ends, None
-        self.has_come = bool(select.select([ends[0]], [], [], 0)[0])
-        if self.has_come:
-            self._pass_on(os.read(ends[0], 4096).replace(self._CANCEL, b""))
+        try:
+            came = os.read(ends[0], 4096)
+        except BlockingIOError:
+            came = b""
         for end in ends:
             os.close(end)
+        self.has_come = bool(came)
+        self._pass_on(came.replace(self._CANCEL, b""))
 
     def _pass_on(self, signals):
         """An event loop waits for the numbers of the signals, too."""
@@ -394,6 +403,22 @@ class _Options(ctypes.Structure):
 
 _Path = Union[str, bytes, os.PathLike]
 _FILLS = ("machine", "memory", "cache file")
+
+
+def _encoded(name):
+    """A path or a name of a user, for the library; None for None."""
+    if name is None:
+        return None
+    encoded = os.fsencode(name)
+    if b"\0" in encoded:  # the library would take what stands before it
+        raise ValueError(f"a NUL in {name!r}")
+    return encoded
+
+
+def _query_text(query):
+    if not isinstance(query, str):
+        raise TypeError(f"a query is a str, not {type(query).__name__}")
+    return query.encode("utf-8", "surrogateescape")
 
 
 class _SourceInfo(ctypes.Structure):
@@ -418,15 +443,13 @@ class Session:
                  log: Optional[_Path] = None, active: bool = False):
         self._thread = threading.get_ident()
         self._pointer = ctypes.c_void_p()
-        self._termination = _Termination()
-        options = _Options(ctypes.sizeof(_Options),
-                           *(os.fsencode(d) if d is not None else None for d in (log, cache, image)),
-                           image_user.encode() if image_user is not None else None)
+        self._termination = _Termination()  # of the last query
+        options = _Options(ctypes.sizeof(_Options), *map(_encoded, (log, cache, image, image_user)))
         if _call("session_create", ctypes.byref(options), ctypes.byref(self._pointer)) != 0:
             raise Error(_decoded(_library.kestra_create_error()) or "no session could be made")
         self.allow_active(active)
         if plugins is not None and _call("session_set_plugins_dir", self._pointer,
-                                         os.fsencode(plugins)) != 0:
+                                         _encoded(plugins)) != 0:
             self.close()
             raise Error(f"{os.fsdecode(plugins)}: no directory that plug-ins could be read from")
 
@@ -439,10 +462,19 @@ class Session:
     def close(self) -> None:
         """Rows and items that are held stay as they are."""
         if self._pointer:
-            _call("session_destroy", self._pointer)
-            self._pointer = ctypes.c_void_p()
+            self._destroy(self._own())
 
-    __del__ = close
+    def _destroy(self, pointer):
+        address, pointer.value = pointer.value, None
+        _call("session_destroy", ctypes.c_void_p(address))
+
+    def __del__(self):
+        # From whichever thread drops it last: none uses it any more.
+        if self._pointer:
+            self._destroy(self._pointer)
+
+    def __reduce__(self):
+        raise TypeError("a session cannot be copied or pickled")
 
     def _own(self):
         if not self._pointer:
@@ -486,7 +518,7 @@ class Session:
 
     def explain(self, query: str) -> str:
         """How a query would be run, in lines for a reader. Nothing is run."""
-        text = query.encode("utf-8", "surrogateescape")
+        text = _query_text(query)
         plan = ctypes.c_char_p()
         if _call("session_explain", self._own(), text, ctypes.c_size_t(len(text)),
                  ctypes.byref(plan)) != 0:
@@ -494,33 +526,35 @@ class Session:
         return _decoded(plan.value)
 
     def _run(self, query, timeout):
-        if not isinstance(query, str):
-            raise TypeError(f"a query is a str, not {type(query).__name__}")
+        text = _query_text(query)
         milliseconds = _NO_TIMEOUT
-        if timeout is not None and timeout * 1000 < _NO_TIMEOUT:
+        if timeout is not None and not timeout * 1000 >= _NO_TIMEOUT:
             milliseconds = max(1, int(timeout * 1000))
-        text = query.encode("utf-8", "surrogateescape")
         session = self._own()
         start = time.monotonic()
-        with self._termination as event:
-            result = ctypes.c_void_p()
+        # A handler of a signal may ask the session before this query returns, and finds one of its own.
+        termination = self._termination = _Termination()
+        result = ctypes.c_void_p()
+        value = _Handle("value", result)
+        with termination as event:
             status = _library.kestra_session_run_query_sync_n(
                 session, text, ctypes.c_size_t(len(text)), event, ctypes.c_uint32(milliseconds),
                 ctypes.byref(result))
         if status != 0:
             raise Error(f"kestra_session_run_query_sync_n: {status}")
-        value = _Handle("value", result)
         self._warn()
         if _is("error", value):
             is_over = (time.monotonic() - start + _CLOCKS_DIFFER) * 1000 >= milliseconds
-            raise self._error(text, value, is_over or self._termination.has_come)
-        return value, self._columns()
+            raise self._error(text, value, is_over or termination.has_come)
+        return value, self.columns()
 
     def _warn(self):
         while (notice := _ask(ctypes.c_char_p, "session_next_notice", self._own())) is not None:
             warnings.warn(_decoded(notice), MachineWarning, stacklevel=4)
 
-    def _columns(self):
+    def columns(self) -> List[str]:
+        """The names of the columns of the last result, also of one without rows: what
+        pandas.DataFrame(rows, columns=...) wants. None of a result that is no SELECT list."""
         columns = _take("columns", "session_columns", self._own())
         count = _ask(ctypes.c_int32, "columns_count", columns)
         names = []

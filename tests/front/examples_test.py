@@ -8,7 +8,9 @@ import copy
 import datetime
 import os
 import pathlib
+import pickle
 import re
+import resource
 import signal
 import subprocess
 import sys
@@ -91,6 +93,7 @@ class InPython(unittest.TestCase):
             with self.assertRaises(AttributeError):
                 row.filename
             self.assertEqual(copy.deepcopy(row), row)
+            self.assertEqual(session.columns(), list(row.keys()))
             twice, = session.query("SELECT Size, Size FROM FILES.FILE('/etc/passwd')")
             self.assertEqual(dict(twice), {"Size": stat.st_size, "Size_2": stat.st_size})
 
@@ -103,6 +106,8 @@ class InPython(unittest.TestCase):
             top, = session.query(f"SELECT * FROM Files(DirPath='{root}').Directory")
             files = list(top.children)
         self.assertEqual({f.FileName for f in files}, names)  # they outlive their session
+        with self.assertRaises(AttributeError):
+            files[0].FileName = "other"
         self.assertEqual([f.Attributes for f in files if f.FileName == "plain"],
                          [frozenset({"ReadOnly"})])
         self.assertIn("<I", files[0].xml())
@@ -130,16 +135,56 @@ class InPython(unittest.TestCase):
             self.assertNotIsInstance(wrong.exception, kestra.Ended)
             with self.assertRaises(TypeError):
                 session.value(b"1")
-            refused = []
-            stranger = threading.Thread(target=lambda: refused.append(
-                self.assertRaisesRegex(kestra.Error, "thread", session.value, "1")))
-            stranger.start()
-            stranger.join()
-            self.assertEqual(len(refused), 1)
         with self.assertRaises(kestra.Error):
             session.value("1")
         with self.assertRaisesRegex(kestra.Error, "."):
             kestra.Session(image="/proc")
+        for option in "image", "image_user", "cache", "plugins", "log":
+            with self.assertRaises(ValueError):
+                kestra.Session(**{option: "/tmp\0"})
+
+    def test_two_owners_are_refused(self):
+        with kestra.Session() as session:
+            item, = session.query("SELECT * FROM FILES.FILE('/etc/passwd')")
+            for owned in session, item:
+                for again in copy.deepcopy, pickle.dumps:
+                    self.assertRaises(TypeError, again, owned)
+            self.assertRaises(TypeError, copy.copy, session)
+            refused = []
+
+            def meddle():
+                for call in lambda: session.value("1"), session.close:
+                    refused.append(self.assertRaisesRegex(kestra.Error, "thread", call))
+                session.cancel()
+
+            timer = threading.Timer(0.3, meddle)
+            timer.start()
+            with self.assertRaises(kestra.Ended):
+                session.value(SLOW)
+            timer.join()
+            self.assertEqual(len(refused), 2)
+
+    def test_host_with_many_descriptors(self):
+        limits = resource.getrlimit(resource.RLIMIT_NOFILE)
+        resource.setrlimit(resource.RLIMIT_NOFILE, (min(2000, limits[1]), limits[1]))
+        held = [os.open("/dev/null", os.O_RDONLY) for _ in range(1024)]
+        try:
+            with kestra.Session() as session:
+                self.assertEqual(session.value("1 + 1"), 2)
+        finally:
+            for descriptor in held:
+                os.close(descriptor)
+            resource.setrlimit(resource.RLIMIT_NOFILE, limits)
+
+    def test_handler_of_a_signal_may_ask(self):
+        answers = []
+        with kestra.Session() as session, self.assertRaises(kestra.Ended):
+            former = signal.signal(signal.SIGUSR1,
+                                   lambda *_: answers.append(session.value("1 + 1")))
+            self.addCleanup(signal.signal, signal.SIGUSR1, former)
+            threading.Timer(0.3, os.kill, (os.getpid(), signal.SIGUSR1)).start()
+            session.value(SLOW)
+        self.assertEqual(answers, [2])
 
     def test_ends(self):
         with kestra.Session() as session:
