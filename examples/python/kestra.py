@@ -34,6 +34,7 @@ import ctypes
 import datetime
 import os
 import signal
+import sysconfig
 import threading
 import time
 import warnings
@@ -51,8 +52,13 @@ _DWORD, _BITMASK, _DATIME = 2, 4, 5
 def _library_path():
     """That of KESTRA_LIBRARY, else the one that was installed with this file, else the system's."""
     name = "libkestra.so.0"
-    installed = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..", name)
-    return os.environ.get("KESTRA_LIBRARY") or (installed if os.path.exists(installed) else name)
+    if "KESTRA_LIBRARY" in os.environ:
+        return os.environ["KESTRA_LIBRARY"]
+    above = os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "..")
+    for folder in "", sysconfig.get_config_var("MULTIARCH") or "":
+        if os.path.exists(os.path.join(above, folder, name)):
+            return os.path.join(above, folder, name)
+    return name
 
 
 _library = ctypes.CDLL(_library_path())

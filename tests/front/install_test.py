@@ -10,6 +10,10 @@ import subprocess
 import sys
 import tempfile
 
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.abspath(__file__)), "..", "packaging"))
+sys.dont_write_bytecode = True
+from documents import broken_links  # noqa: E402
+
 build, client = sys.argv[1:]
 
 CMAKE_LISTS = """
@@ -52,6 +56,13 @@ with tempfile.TemporaryDirectory() as root:
     check_pkg_config(root, os.path.dirname(library))
     check_cmake_package(root)
     assert run(prefix + "/bin/kestra", "1 + 1") == "2\n"
+    documents = prefix + "/share/doc/kestra"
+    assert os.path.exists(documents + "/README.md")
+    assert not broken_links(documents), broken_links(documents)
     # The whole tree may be moved.
     os.rename(prefix, prefix + "2")
     assert run(prefix + "2/bin/kestra", "1 + 1") == "2\n"
+    modules = os.path.join(prefix + "2", "lib", "python3", "dist-packages")
+    environment = {"PYTHONPATH": modules, "PYTHONDONTWRITEBYTECODE": "1"}
+    assert run(sys.executable, "-c", "import kestra; print(kestra.Session().value('1 + 1'))",
+               env=environment) == "2\n"

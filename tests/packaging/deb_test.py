@@ -37,10 +37,12 @@ test "$(kestra '1 + 1')" = 2
 test "$(kestra --version)" = "kestra $VERSION"
 man -w kestra
 test -s /usr/share/bash-completion/completions/kestra
-test -s /usr/share/doc/kestra/language.md
-test -s /usr/share/doc/kestra/modules/Processes.md
+for page in $(zgrep -o '/usr/share/doc/.*' /usr/share/man/man1/kestra.1.gz); do test -s "$page"; done
 cc client.c -o client $(pkg-config --cflags --libs kestra)
 ./client
+mkdir debian
+printf 'Source: client\n\nPackage: client\nArchitecture: any\n' > debian/control
+dpkg-shlibdeps -O ./client | grep -F "kestra (>= $VERSION)"
 cc -std=c99 /usr/share/doc/kestra/examples/c/synchronous.c -o synchronous $(pkg-config --cflags --libs kestra)
 test "$(./synchronous "SELECT FileName FROM FILES.FILE('/etc/passwd')" | tail -n 1)" = passwd
 /usr/bin/python3 -c '

@@ -10,9 +10,11 @@ import sys
 import tempfile
 import zipfile
 
+from documents import broken_links
+
 build, wine = sys.argv[1:]
 WANTED = {"KESTRA.DLL", "kestra.exe", "register.cmd", "unregister.cmd", "example.vbs", "README.txt",
-          "docs/language.md", "docs/modules/Processes.md"}
+          "docs/language.md", "docs/modules/Processes.md", "include/SORRELLib.h"}
 
 
 def run(directory, *command):
@@ -37,6 +39,7 @@ with tempfile.TemporaryDirectory() as root:
     there = {os.path.relpath(path, directory)
              for path in glob.glob(directory + "/**", recursive=True)}
     check(WANTED <= there, f"missing in the zip: {WANTED - there}")
+    check(not broken_links(directory), f"links to nothing: {broken_links(directory)}")
     check(os.path.getsize(directory + "/KESTRA.DLL") < 8 << 20, "the DLL has debug information")
     status, out = run(directory, directory + "/kestra.exe", "1 + 1")
     check((status, out) == (0, "2\n"), f"kestra.exe: {status}, {out}")
