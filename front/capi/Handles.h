@@ -9,6 +9,8 @@
 #include <utility>
 #include <vector>
 
+#include "front/capi/Barrier.h"
+#include "front/capi/SessionUse.h"
 #include "front/session/SorrelCOM.h"
 #include "include/kestra/kestra.h"
 #include "platform/machine/Machine.h"
@@ -20,6 +22,8 @@ struct kestra_session {
         session(std::move(setup)) {}
   const kestra::Ref<kestra::CNotices> notices;  // null for a machine that says nothing
   const bool isReadOnly;
+  // Shared: the session may be destroyed by a callback, while a thread is in it.
+  const kestra::Ref<kestra::CSessionUse> use = kestra::MakeRef<kestra::CSessionUse>();
   kestra::CSorrelCOM session;
   std::string lastNotice{};
   std::string lastMessage;
@@ -85,6 +89,36 @@ namespace kestra {
 
 // The option texts of an Enum or Bitmask, joined by "|"; empty for other types.
 std::string JoinedOptions(const DiagParamDef& def);
+
+// The barrier of what may be called by one thread at a time; KESTRA_E_BUSY for another one. Chosen
+// wherever a session is the first of the pointers.
+class CSessionBarrier {
+ public:
+  CSessionBarrier(const kestra_session* pSession, bool isAnyNull)
+      : m_barrier(isAnyNull), m_use(pSession ? pSession->use : nullptr) {}
+
+  template <class Body>
+  kestra_status operator()(Body&& body) const noexcept {
+    if (m_use && !m_use->Enter()) return KESTRA_E_BUSY;
+    const kestra_status status = m_barrier(body);
+    if (m_use) m_use->Leave();
+    return status;
+  }
+
+ private:
+  CBarrier m_barrier;
+  Ref<CSessionUse> m_use;
+};
+
+template <class... Pointers>
+CSessionBarrier Barrier(kestra_session* pSession, const Pointers*... pointers) {
+  return {pSession, !pSession || ((pointers == nullptr) || ...)};
+}
+
+// The barrier of what any thread may call at any time.
+inline CBarrier BarrierOfAnyThread(const kestra_session* pSession) {
+  return CBarrier(pSession == nullptr);
+}
 
 // A session over a machine and modules of the caller's choice, to be destroyed like any other.
 kestra_session* MakeSession(SessionSetup setup);

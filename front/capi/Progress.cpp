@@ -25,7 +25,7 @@ void CopyText(const std::string& text, char* place, size_t size) {
 
 kestra_status kestra_session_progress(kestra_session* session, char* what, size_t size,
                                       uint64_t* done, uint64_t* total) {
-  return Barrier(session)([&] {
+  return BarrierOfAnyThread(session)([&] {
     std::string text;
     uint64_t doneNow = 0, totalNow = 0;
     if (!session->session.Progress().Read(text, doneNow, totalNow)) return KESTRA_E_NOTFOUND;

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -30,6 +31,15 @@ const char* TextOption(const kestra_options* options, size_t offset) {
 std::string& CreateError() {
   static os::CThreadLocal<std::string> texts;
   return texts.Get();
+}
+
+// Whether a member is set that the caller's header had and this library does not know.
+bool IsForALaterLibrary(const kestra_options& options) {
+  constexpr size_t kLongest = 4096;
+  if (options.struct_size > kLongest) return true;
+  const auto* const pBytes = reinterpret_cast<const unsigned char*>(&options);
+  const auto* const pEnd = pBytes + std::max(options.struct_size, sizeof options);
+  return std::any_of(pBytes + sizeof options, pEnd, [](unsigned char byte) { return byte != 0; });
 }
 
 kestra_status Refuse(const char* sentence) {
@@ -89,6 +99,8 @@ kestra_status kestra_session_create(const kestra_options* options, kestra_sessio
     // A caller that leaves the size out would get another machine than the one it names.
     if (options && options->struct_size < sizeof options->struct_size)
       return Refuse("struct_size of the options is not set");
+    if (options && IsForALaterLibrary(*options))
+      return Refuse("the options say something that only a later version knows");
     const char* log = TextOption(options, offsetof(kestra_options, log_directory));
     if (log) OpenGlobalLog(log);
     SessionSetup setup;
@@ -111,7 +123,8 @@ kestra_status kestra_session_next_notice(kestra_session* session, const char** t
 }
 
 kestra_status kestra_session_destroy(kestra_session* session) {
-  return ReleaseHandle(session);
+  if (!session) return KESTRA_OK;
+  return Barrier(session)([&] { return ReleaseHandle(session); });
 }
 
 kestra_status kestra_session_allow_active(kestra_session* session, int32_t allow) {
@@ -146,7 +159,7 @@ kestra_status kestra_session_check_query_syntax(kestra_session* session, const c
 }
 
 kestra_status kestra_session_cancel_query(kestra_session* session) {
-  return Barrier(session)([&] {
+  return BarrierOfAnyThread(session)([&] {
     session->session.CancelQuery();
     return KESTRA_OK;
   });

@@ -25,7 +25,8 @@
  *   released before the items that were taken from it, and a session before its values.
  * - Handles of results (values, items, params and their lists) may be read from any thread, one
  *   thread at a time per handle. A session's functions are called from the thread that made it;
- *   only kestra_session_cancel_query and kestra_session_progress may be called from any thread.
+ *   only kestra_session_cancel_query and kestra_session_progress may be called from any thread. Any
+ *   other that is called while another thread is in the session does nothing: KESTRA_E_BUSY.
  * - Nothing is thrown across this interface, and no input ends the process.
  *
  * The interface is versioned: KESTRA_ABI_VERSION is raised when something is taken away or changes
@@ -57,6 +58,7 @@ typedef int32_t kestra_status;
 #define KESTRA_E_INVALIDARG (-3) /* an index outside, an option that does not exist */
 #define KESTRA_E_OUTOFMEMORY (-4)
 #define KESTRA_E_NOTFOUND (-5) /* no such name */
+#define KESTRA_E_BUSY (-6)     /* another thread is in a function of the session */
 
 typedef struct kestra_session kestra_session;
 typedef struct kestra_value kestra_value;
@@ -86,7 +88,8 @@ KESTRA_API int32_t kestra_abi_version(void);
 
 /* Where a session's results come from. Null in place of the struct, and null members, mean the
  * defaults. struct_size is sizeof(kestra_options), so that members can be added;
- * KESTRA_E_INVALIDARG where it was left at 0. */
+ * KESTRA_E_INVALIDARG where it was left at 0, and where a member is set that a later header has and
+ * this library does not know. */
 typedef struct kestra_options {
   size_t struct_size;
   const char* log_directory; /* of this process's log; takes effect for the first session only */
@@ -116,7 +119,8 @@ KESTRA_API const char* kestra_create_error(void);
  * a registry hive that is damaged, or that was not closed. KESTRA_E_NOTFOUND when there is nothing
  * new. Valid until the next call for the session. Worth a look after each query. */
 KESTRA_API kestra_status kestra_session_next_notice(kestra_session* session, const char** text);
-/* Waits up to ten seconds for what still runs. A null session is allowed. */
+/* Waits up to ten seconds for what still runs. A null session is allowed. No other function of the
+ * session may be called from then on, from no thread. */
 KESTRA_API kestra_status kestra_session_destroy(kestra_session* session);
 
 /* Whether active statements may change the machine. 0 at first. */
@@ -305,7 +309,8 @@ KESTRA_API kestra_status kestra_columns_name(const kestra_columns* columns, int3
  * first time; behind a thousand entries those of one name share one, whose arguments are "...". A
  * join by parent has no entry for its right side, which is children of the rows on its left.
  * struct_size is sizeof(kestra_source_info), set by the caller: members that it has no room for are
- * left out. The texts are valid until the session's next query. */
+ * left out, and members that the library does not know yet stay as they are. The texts are valid
+ * until the session's next query. */
 typedef struct kestra_source_info {
   size_t struct_size;
   const char* name;      /* "Processes", "FILES.FILE" */

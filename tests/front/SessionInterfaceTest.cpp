@@ -193,6 +193,34 @@ TEST_F(SessionInterface, ReInitForgetsWhatWasFilled) {
   kestra_session_destroy(other);
 }
 
+TEST(SessionOptions, ArePartlyUnknownToOneOfTheTwo) {
+  struct {
+    kestra_options known;
+    const char* later[1000];
+  } options{};
+  const struct {
+    size_t size;
+    const char* later;
+    kestra_status expected;
+  } cases[] = {
+      {sizeof(size_t), nullptr, KESTRA_OK},  // an early header
+      {sizeof(kestra_options), "beyond the size", KESTRA_OK},
+      {sizeof(kestra_options) + sizeof(char*), nullptr, KESTRA_OK},
+      {sizeof(kestra_options) + sizeof(char*), "a member of a later header", KESTRA_E_INVALIDARG},
+      {sizeof(options), nullptr, KESTRA_E_INVALIDARG},  // never set, as it seems
+      {0, nullptr, KESTRA_E_INVALIDARG},
+  };
+  for (const auto& [size, later, expected] : cases) {
+    options.known.struct_size = size;
+    options.later[0] = later;
+    kestra_session* made = nullptr;
+    EXPECT_EQ(kestra_session_create(&options.known, &made), expected) << size;
+    EXPECT_EQ(made != nullptr, expected == KESTRA_OK) << size;
+    EXPECT_EQ(*kestra_create_error() == '\0', expected == KESTRA_OK) << size;
+    kestra_session_destroy(made);
+  }
+}
+
 TEST(CapiBarrier, LetsNothingThrough) {
   const int place = 0;
   const int* const pNone = nullptr;

@@ -82,6 +82,30 @@ TEST_F(SessionThread, TimeOutEndsTheQuery) {
   kestra_value_release(value);
 }
 
+TEST_F(SessionThread, ASecondThreadIsRefusedWhileOneIsIn) {
+  kestra_status run = KESTRA_OK, destroy = KESTRA_OK, progress = KESTRA_E_BUSY;
+  kestra_value* none = nullptr;
+  std::thread stranger([&] {
+    while ((progress = kestra_session_progress(session, nullptr, 0, nullptr, nullptr)) ==
+           KESTRA_E_NOTFOUND) {
+      os::Sleep(1);
+    }
+    run = kestra_session_run_query_sync(session, "1 + 1", nullptr, KESTRA_NO_TIMEOUT, &none);
+    destroy = kestra_session_destroy(session);
+    kestra_session_cancel_query(session);
+  });
+  kestra_value* value = Run(kLongQueries[0]);
+  stranger.join();
+  EXPECT_EQ(progress, KESTRA_OK);
+  EXPECT_EQ(run, KESTRA_E_BUSY);
+  EXPECT_EQ(none, nullptr);
+  EXPECT_EQ(destroy, KESTRA_E_BUSY);
+  EXPECT_TRUE(Is(kestra_value_is_error, value));
+  kestra_value_release(value);
+  std::thread heir([&] { EXPECT_EQ(TextOf("1 + 1"), "2"); });  // one after the other
+  heir.join();
+}
+
 TEST_F(SessionThread, TwoSessionsOnTwoThreads) {
   const auto work = [] {
     kestra_session* own =

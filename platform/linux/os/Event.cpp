@@ -4,6 +4,8 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include "platform/linux/os/Descriptor.h"
+
 namespace kestra::os {
 namespace {
 
@@ -78,7 +80,7 @@ bool CAutoResetEvent::Consume() const {
 }
 
 CKeptEvent::CKeptEvent(const CWaitable& event)
-    : m_handle(fcntl(static_cast<int>(event.Native()), F_DUPFD_CLOEXEC, 0)) {}
+    : m_handle(fcntl(DescriptorOf(event.Native()), F_DUPFD_CLOEXEC, 0)) {}
 
 CKeptEvent::~CKeptEvent() {
   if (m_handle != kNoHandle) close(static_cast<int>(m_handle));

@@ -7,6 +7,8 @@
 #include <cerrno>
 #include <vector>
 
+#include "platform/linux/os/Descriptor.h"
+
 namespace kestra::os {
 namespace {
 
@@ -54,9 +56,9 @@ int WaitAny(std::span<const CWaitable* const> objects, uint32_t timeOutMs) {
   }
   bool hasObject = false;
   for (size_t i = 0; i < objects.size(); ++i) {
-    const NativeHandle handle = objects[i] ? objects[i]->Native() : kNoHandle;
-    pPolls[i] = {static_cast<int>(handle), POLLIN, 0};
-    hasObject = hasObject || handle >= 0;
+    const int descriptor = objects[i] ? DescriptorOf(objects[i]->Native()) : -1;
+    pPolls[i] = {descriptor, POLLIN, 0};
+    hasObject = hasObject || descriptor >= 0;
   }
   if (!hasObject && timeOutMs == kInfinite) return kWaitFailed;
   const int64_t deadline =

@@ -50,6 +50,8 @@ TEST(WaitAny, ABorrowedDescriptorIsNeverRead) {
   ASSERT_EQ(write(ends[1], "x", 1), 1);
   EXPECT_EQ(WaitAny({&event}, 0), 0);
   EXPECT_EQ(WaitAny({&event}, 0), 0);
+  const CBorrowedEvent noDescriptor((NativeHandle{1} << 32) + ends[0]);
+  EXPECT_EQ(WaitAny({&noDescriptor}, 0), kWaitTimeOut);
   char byte = 0;
   EXPECT_EQ(read(ends[0], &byte, 1), 1);
   close(ends[1]);
