@@ -119,8 +119,8 @@ KESTRA_API const char* kestra_create_error(void);
  * a registry hive that is damaged, or that was not closed. KESTRA_E_NOTFOUND when there is nothing
  * new. Valid until the next call for the session. Worth a look after each query. */
 KESTRA_API kestra_status kestra_session_next_notice(kestra_session* session, const char** text);
-/* Waits up to ten seconds for what still runs. A null session is allowed. No other function of the
- * session may be called from then on, from no thread. */
+/* Waits up to ten seconds for what still runs. A null session is allowed. KESTRA_E_BUSY, and
+ * nothing is destroyed, while another thread is in the session. */
 KESTRA_API kestra_status kestra_session_destroy(kestra_session* session);
 
 /* Whether active statements may change the machine. 0 at first. */
