@@ -3,6 +3,7 @@ import os
 import signal
 import subprocess
 import sys
+import time
 import unittest
 
 COMMAND = os.path.abspath(sys.argv.pop(1))
@@ -12,6 +13,22 @@ SYNTAX_ERROR = b"<ERROR: Syntax error>\n"
 SLOW_QUERY = ("SELECT COUNT(*) FROM FILES.FILE('/usr/bin/*') a "
               "JOIN FILES.FILE('/usr/bin/*') b ON LEN(a.FileName) + LEN(b.FileName) > 20 "
               "JOIN FILES.FILE('/usr/bin/*') c ON LEN(a.FileName) + LEN(c.FileName) = 0")
+
+
+def cpu_ticks(pid):
+    with open(f"/proc/{pid}/stat", encoding="utf-8", errors="replace") as file:
+        fields = file.read().rpartition(")")[2].split()
+    return int(fields[11]) + int(fields[12])
+
+
+def await_work(pid, seconds=30):
+    """Until a process has computed for three tenths of a second from now on, as in a slow query."""
+    enough = cpu_ticks(pid) + os.sysconf("SC_CLK_TCK") * 3 // 10
+    end = time.monotonic() + seconds
+    while cpu_ticks(pid) < enough:
+        if time.monotonic() > end:
+            raise AssertionError("it does not work")
+        time.sleep(0.01)
 
 
 class CommandTest(unittest.TestCase):

@@ -4,7 +4,7 @@ import signal
 import termios
 import time
 
-from kestra_command import SLOW_QUERY, main
+from kestra_command import SLOW_QUERY, await_work, main
 from pty_shell import PROMPT
 from shell_case import DOWN, INTERRUPT, LEFT, MORE, UP, ShellTest
 
@@ -78,11 +78,20 @@ class Completions(ShellTest):
 
 
 class Interrupts(ShellTest):
+    @staticmethod
+    def begin(shell, running, words):
+        """A query that goes on for minutes, or words that stand at the prompt."""
+        shell.type(SLOW_QUERY + "\r" if running else words)
+        if running:
+            await_work(shell.pid)
+        else:
+            shell.expect(words)
+
     def test_a_long_query(self):
         shell = self.start()
         for _ in range(3):
             shell.type(SLOW_QUERY + "\r")
-            time.sleep(0.4)
+            await_work(shell.pid)
             pressed = time.monotonic()
             shell.type(INTERRUPT)
             shell.expect("\n" + PROMPT)
@@ -93,10 +102,8 @@ class Interrupts(ShellTest):
     def test_what_is_typed_meanwhile(self):
         shell = self.start()
         shell.type(SLOW_QUERY + "\r")
-        time.sleep(0.4)
-        shell.type("20 + 2")
-        time.sleep(0.1)
-        shell.type(INTERRUPT)
+        await_work(shell.pid)
+        shell.type("20 + 2" + INTERRUPT)
         shell.expect("\n" + PROMPT)
         shell.expect("20 + 2")
         shell.type("2\r")
@@ -146,8 +153,7 @@ class Interrupts(ShellTest):
             for running in (False, True):
                 with self.subTest(number=number, running=running):
                     shell = self.start()
-                    shell.type(SLOW_QUERY + "\r" if running else "half a line")
-                    time.sleep(0.4)
+                    self.begin(shell, running, "half a line")
                     os.kill(shell.pid, number)
                     self.assertEqual(shell.wait(), -number)
                     self.assertEqual(shell.mode()[3] & (termios.ICANON | termios.ECHO),
@@ -164,8 +170,7 @@ class Interrupts(ShellTest):
         for running in (False, True):
             with self.subTest(running=running):
                 shell = self.start()
-                shell.type(SLOW_QUERY + "\r" if running else "6 *")
-                time.sleep(0.4)
+                self.begin(shell, running, "6 *")
                 raw = shell.mode()[3]
                 shell.type("\x1a")
                 end = time.monotonic() + 10
@@ -175,8 +180,9 @@ class Interrupts(ShellTest):
                     time.sleep(0.02)
                 self.assertEqual(shell.mode()[3] & termios.ICANON, termios.ICANON)
                 os.kill(shell.pid, signal.SIGCONT)
-                time.sleep(0.3)
-                self.assertEqual(shell.mode()[3], raw)
+                while shell.mode()[3] != raw:
+                    self.assertLess(time.monotonic(), end, "it does not go on")
+                    time.sleep(0.02)
                 if running:
                     shell.type(INTERRUPT)
                     shell.expect("\n" + PROMPT)

@@ -2,9 +2,8 @@
 import os
 import subprocess
 import termios
-import time
 
-from kestra_command import COMMAND, SLOW_QUERY, main
+from kestra_command import COMMAND, SLOW_QUERY, await_work, main
 from pty_shell import CONTROL, PROMPT
 from shell_case import END, INTERRUPT, MORE, ShellTest
 
@@ -222,7 +221,7 @@ class WithoutEditing(ShellTest):
         shell.expect("\n" + PROMPT)
         self.assertRegex(shell.ask("1 + 1"), r"\n2$")
         shell.type(SLOW_QUERY + "\r")
-        time.sleep(0.4)
+        await_work(shell.pid)
         shell.type("3 + 4\r" + INTERRUPT)
         shell.expect("7\n")
         self.leave(shell)

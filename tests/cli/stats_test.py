@@ -11,7 +11,7 @@ import tempfile
 import termios
 import time
 
-from kestra_command import COMMAND, SLOW_QUERY, CommandTest, main
+from kestra_command import COMMAND, SLOW_QUERY, CommandTest, await_work, main
 
 NOBODY = 65534
 
@@ -172,7 +172,7 @@ class Stats(CommandTest):
         self.assertIn(", cut short\n", over)
         self.assertIn("kestra: no result, parsed in T ms", over)
         process = self.start("--stats", "--", SLOW_QUERY)
-        time.sleep(0.5)
+        await_work(process.pid)
         process.send_signal(signal.SIGINT)
         out, err = process.communicate(timeout=10)
         self.assertEqual((process.returncode, out), (130, b""))

@@ -4,7 +4,7 @@ import signal
 import subprocess
 import time
 
-from kestra_command import COMMAND, SLOW_QUERY, CommandTest, main
+from kestra_command import COMMAND, SLOW_QUERY, CommandTest, await_work, main
 
 LONG_RESULT = "SELECT a.Path, b.Path FROM FILES.FILE('/usr/bin/*') a JOIN FILES.FILE('/etc/*') b " \
               "ON LEN(a.FileName) > LEN(b.FileName)"
@@ -52,8 +52,7 @@ class Interrupts(CommandTest):
         process = self.start(*arguments)
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
-        time.sleep(0.5)
-        self.assertIsNone(process.poll(), "the query was to take longer")
+        await_work(process.pid)
         return process
 
     def test_first_cancels_the_query(self):
@@ -74,14 +73,14 @@ class Interrupts(CommandTest):
 
     def test_ignored_interrupts_stay_ignored(self):
         process = subprocess.Popen(
-            [COMMAND, "--timeout", "2000", SLOW_QUERY], stdout=subprocess.PIPE,
+            [COMMAND, "--timeout", "60000", SLOW_QUERY], stdout=subprocess.PIPE,
             stderr=subprocess.PIPE, stdin=subprocess.DEVNULL,
             preexec_fn=lambda: signal.signal(signal.SIGINT, signal.SIG_IGN))
         self.addCleanup(process.communicate)
         self.addCleanup(process.kill)
-        time.sleep(0.3)
+        await_work(process.pid)
         process.send_signal(signal.SIGINT)
-        time.sleep(0.3)
+        await_work(process.pid)
         self.assertIsNone(process.poll())
 
     def test_time_out_is_an_error_and_no_cancel(self):
