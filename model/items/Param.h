@@ -158,14 +158,15 @@ class DiagParams : public CCounted<DiagParams> {
   DiagParam* FindKnown(const DiagParamDef& def) const;
   void ForgetKnown();
 
+  // What each look reads stands together: the less of the processor's cache it takes.
   // Whose declarations have a value among m_values, by their place. The top bit says that they do
   // not tell where it stands: m_values is in another order, has one twice, or one without a place.
   uint32_t m_places = 0;
-  Values m_values;
-  const CKnownValues* m_pKnown = nullptr;       // null for most items
-  mutable std::atomic<Made*> m_pMade{nullptr};  // null until somebody looks; owned
-  std::unique_ptr<Late> m_pLate;                // null for nearly every item
   Ref<const DiagParamDefs> m_poDefs;
+  const CKnownValues* m_pKnown = nullptr;  // null for most items
+  std::unique_ptr<Late> m_pLate;           // null for nearly every item
+  Values m_values;
+  mutable std::atomic<Made*> m_pMade{nullptr};  // null until somebody looks; owned
 };
 
 }  // namespace kestra
