@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <memory>
 
 #include "VLib/src/log/Log.h"
 #include "front/capi/Barrier.h"
@@ -105,7 +106,12 @@ kestra_status kestra_session_create(const kestra_options* options, kestra_sessio
     if (log) OpenGlobalLog(log);
     SessionSetup setup;
     if (const kestra_status status = MakeSetup(options, setup); status != KESTRA_OK) return status;
-    *session = MakeSession(std::move(setup));
+    std::unique_ptr<kestra_session> made(MakeSession(std::move(setup)));
+    if (!made->session.IsReady()) {
+      CreateError() = "no descriptor is left: the process has too many open";
+      return KESTRA_E_FAIL;
+    }
+    *session = made.release();
     return KESTRA_OK;
   });
 }

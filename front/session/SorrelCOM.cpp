@@ -63,7 +63,7 @@ Ref<QueryMessage> CSorrelCOM::MakeMessage(const std::optional<os::NativeHandle>&
 SessionStatus CSorrelCOM::RunQuerySync(const std::string& query,
                                        const std::optional<os::NativeHandle>& hostEvent,
                                        uint32_t timeOut, QueryOutcome& outcome) {
-  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  if (!IsReady()) return SessionStatus::Fail;
   if (IsAsyncModeUsed()) g_Log.Error("CSorrelCOM::RunQuerySync, window handle is not NULL");
   const int queryId = static_cast<int>(++g_lastQueryId);
   g_Log.Info("CSorrelCOM::RunQuerySync, started. q_id = %d, query = %s", queryId, query.c_str());
@@ -191,14 +191,14 @@ SessionStatus CSorrelCOM::CheckQuerySyntax(const std::string& query, int32_t& go
 
 SessionStatus CSorrelCOM::DiagnoseText(const std::string& query,
                                        std::optional<Diagnosis>& diagnosis) {
-  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  if (!IsReady()) return SessionStatus::Fail;
   return m_pSorrel->DiagnoseText(query, MakeMessage({}), diagnosis) ? SessionStatus::Ok
                                                                     : SessionStatus::Fail;
 }
 
 SessionStatus CSorrelCOM::CompleteText(const std::string& text, size_t cursor,
                                        kestra::Completions& completions) {
-  if (!m_poCancelEvent->IsValid()) return SessionStatus::Fail;
+  if (!IsReady()) return SessionStatus::Fail;
   return m_pSorrel->CompleteText(text, cursor, MakeMessage({}), completions) ? SessionStatus::Ok
                                                                              : SessionStatus::Fail;
 }

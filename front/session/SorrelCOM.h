@@ -40,6 +40,8 @@ class CSorrelCOM {
   CSorrelCOM(const CSorrelCOM&) = delete;
   CSorrelCOM& operator=(const CSorrelCOM&) = delete;
 
+  // Whether it could get what a query needs of the system. Every query fails without it.
+  bool IsReady() const { return m_poCancelEvent->IsValid(); }
   // Whether queries that are accepted afterwards may change the machine.
   void AllowActive(bool allow);
   // Runs a query on the calling thread. hostEvent is a termination event of the caller's, which is

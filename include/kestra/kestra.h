@@ -108,8 +108,9 @@ typedef struct kestra_options {
   const char* image_user;
 } kestra_options;
 
-/* KESTRA_E_NOTFOUND for an image_directory that holds no Windows system, and for an image_user that
- * it does not know: kestra_create_error tells. */
+/* KESTRA_E_FAIL while the process has no descriptor left, KESTRA_E_NOTFOUND for an image_directory
+ * that holds no Windows system, and for an image_user that it does not know: kestra_create_error
+ * tells. */
 KESTRA_API kestra_status kestra_session_create(const kestra_options* options,
                                                kestra_session** session);
 /* Why the last kestra_session_create of this thread failed, as a sentence; empty if there is

@@ -171,6 +171,9 @@ class InPython(unittest.TestCase):
         try:
             with kestra.Session() as session:
                 self.assertEqual(session.value("1 + 1"), 2)
+            resource.setrlimit(resource.RLIMIT_NOFILE, (len(held), limits[1]))
+            with self.assertRaisesRegex(kestra.Error, "descriptor"):
+                kestra.Session()
         finally:
             for descriptor in held:
                 os.close(descriptor)
