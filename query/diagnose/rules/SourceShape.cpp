@@ -45,6 +45,16 @@ bool UnclosedArguments(CFailedText& text, Finding& finding) {
   return false;
 }
 
+// The parenthesis that closes one, or the last token.
+size_t CloseOf(const CFailedText& text, size_t open) {
+  size_t depth = 0;
+  for (size_t i = open; i < text.Count(); ++i) {
+    if (text.KeywordAt(i) == kKwOpen) ++depth;
+    if (text.KeywordAt(i) == kKwClose && --depth == 0) return i;
+  }
+  return text.Count() - 1;
+}
+
 // Module.Class(Argument=1), FILES.FILE(Path='...')
 bool ArgumentsBehindClass(CFailedText& text, Finding& finding) {
   for (const QuerySource& source : text.Sources()) {
@@ -56,13 +66,29 @@ bool ArgumentsBehindClass(CFailedText& text, Finding& finding) {
           finding, open + 1, open + 2,
           fmt::format("the path stands alone: {}.{}('...')", module, text.Text(source.className)));
     }
-    size_t close = open + 1;
-    while (close + 1 < text.Count() && text.KeywordAt(close) != kKwClose) ++close;
+    const size_t close = CloseOf(text, open);
     const std::string instead = fmt::format("{}{}.{}", text.Text(source.module),
                                             Piece(text, open, close), text.Text(source.className));
     return text.Say(finding, open, close,
                     "arguments stand behind the module: " + std::string(InQuotes(instead)),
                     {instead});
+  }
+  return false;
+}
+
+// Module#60(Argument=1).Class
+bool ArgumentsBehindAge(CFailedText& text, Finding& finding) {
+  for (const QuerySource& source : text.Sources()) {
+    const size_t hash = source.module + 1;
+    if (text.KeywordAt(hash) != kKwHash || !text.IsInteger(hash + 1)) continue;
+    const size_t open = hash + (text.KeywordAt(hash + 2) == kKwStar ? 3 : 2);
+    if (text.KeywordAt(open) != kKwOpen) continue;
+    if (text.Stop() != open && !text.IsUnknownName()) continue;
+    const size_t close = CloseOf(text, open);
+    const std::string instead = fmt::format("{}{}{}", text.Text(source.module),
+                                            Piece(text, open, close), Piece(text, hash, open - 1));
+    return text.Say(finding, source.module, close,
+                    "arguments stand before the age: " + std::string(InQuotes(instead)), {instead});
   }
   return false;
 }
@@ -138,8 +164,8 @@ bool ThreeNames(CFailedText& text, Finding& finding) {
 }
 
 constexpr FailureRule kSourceShapeRules[] = {
-    NothingBehindFrom, UnclosedArguments, ArgumentsBehindClass, ArgumentWithoutName, DropOfClass,
-    ThreeNames,        AgeOfCache};
+    NothingBehindFrom,   UnclosedArguments, ArgumentsBehindClass, ArgumentsBehindAge,
+    ArgumentWithoutName, DropOfClass,       ThreeNames,           AgeOfCache};
 
 }  // namespace
 
