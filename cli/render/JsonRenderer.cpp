@@ -115,6 +115,10 @@ std::string Dump(const Json& json) {
 
 }  // namespace
 
+std::string JsonText(kestra_value* value) {
+  return Dump(CJsonRows({}).ValueOf(value, 1));
+}
+
 void RenderJson(kestra_value* value, const std::vector<std::string>& columns,
                 const CRowOrder& order, bool lines, COutput& output) {
   CJsonRows rows(columns);

@@ -66,6 +66,8 @@ void RenderCsv(kestra_value* value, const std::vector<std::string>& columns, con
 // A JSON document; with lines, one document per row.
 void RenderJson(kestra_value* value, const std::vector<std::string>& columns,
                 const CRowOrder& order, bool lines, COutput& output);
+// A value with all that is in it, as JSON on one line: what a cell shows that holds a list.
+std::string JsonText(kestra_value* value);
 // An XML document; items with all that is below them. What XML has no character for is U+FFFD.
 void RenderXml(kestra_value* value, const std::vector<std::string>& columns, const CRowOrder& order,
                COutput& output);

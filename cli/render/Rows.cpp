@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include "cli/render/Render.h"
+
 namespace kestra::cli {
 namespace {
 
@@ -23,6 +25,12 @@ std::vector<CValueHandle> ElementsOf(CValueHandle row) {
 std::string UnitOf(kestra_value* value) {
   const auto param = Take<CParamHandle>(kestra_value_as_param, value);
   return param ? Ask<const char*>(kestra_param_unit, param.get()) : "";
+}
+
+// A list in a list, as a procedure's rows are.
+Cell CellOf(kestra_value* value) {
+  if (!Is(kestra_value_is_vector, value)) return ReadCell(value);
+  return {CellKind::Nothing, 0, JsonText(value)};
 }
 
 }  // namespace
@@ -86,7 +94,7 @@ std::vector<Cell> CRows::Read(int32_t number) {
   }
   const auto elements = ElementsOf(std::move(row));
   for (size_t i = 0; i < elements.size() && i < cells.size(); ++i) {
-    cells[i] = ReadCell(elements[i].get());
+    cells[i] = CellOf(elements[i].get());
   }
   return cells;
 }

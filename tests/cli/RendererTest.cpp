@@ -79,6 +79,12 @@ TEST_F(Renderers, Csv) {
        "Id + 1,\"Text + ', \"\"'\"\r\n2,\"Alpha one, \"\"\"\r\n"},
       {"SELECT * FROM Test.Part WHERE Owner = 2", "Number,Owner,Label,Grade\r\n3,2,,High\r\n"},
       {"SELECT Id, Text FROM Test.Row WHERE Id = 99", "Id,Text\r\n"},
+      // a list in a cell
+      {"CREATE PROCEDURE a AS SELECT Id, Text FROM Test.Row WHERE Id < 3 CREATE PROCEDURE b AS 7",
+       "Value1,Value2\r\na,\"[[1,\"\"Alpha one\"\"],[2,\"\"beta TWO\"\"]]\"\r\nb,7\r\n"},
+      {"CREATE PROCEDURE a AS SELECT * FROM Test.Part WHERE Owner = 2",
+       "Value1,Value2\r\na,\"[{\"\"Number\"\":3,\"\"Owner\"\":2,\"\"Label\"\":null,"
+       "\"\"Grade\"\":\"\"High\"\"}]\"\r\n"},
       // a record is never an empty line
       {"SELECT Size FROM Test.Row WHERE Id < 3", "Size\r\n10\r\n\"\"\r\n"},
   };
