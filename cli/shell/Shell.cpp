@@ -96,7 +96,7 @@ void CShell::TakeLineOfQuery(const std::string& line, bool wasHeld) {
   const bool isOpen = m_statement.IsInText() || m_statement.IsInComment();
   // A line that is a query by itself is run at once, and so is one that can never become one; from
   // the second line on the user says where the query ends.
-  if ((m_statement.LineCount() == 1 || wasHeld) && !isOpen && !m_statement.WaitsForSource()) {
+  if ((m_statement.LineCount() == 1 || wasHeld) && !isOpen && !m_statement.WaitsForMore()) {
     const TextState state = m_core.Judge(m_statement.Text());
     const bool hasMore = m_editor->HasPendingInput();
     m_isHeld = state == TextState::Whole && hasMore;

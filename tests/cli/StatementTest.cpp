@@ -45,7 +45,7 @@ TEST(Statement, WhereItEnds) {
   }
 }
 
-TEST(Statement, WaitsForSource) {
+TEST(Statement, WaitsForMore) {
   const std::pair<const char*, bool> cases[] = {
       {"SELECT PID", true},
       {"select PID, ' from '", true},
@@ -54,11 +54,13 @@ TEST(Statement, WaitsForSource) {
       {"1 + 1", false},
       {"SELECT fromage", true},
       {"SELECT 1 FROM x.y", false},
+      {"SELECT 1 FROM x.y Where ", true},
+      {"SELECT 1 FROM x.y WHERE a", false},
   };
   for (const auto& [text, expected] : cases) {
     CStatement statement;
     statement.AddLine(text);
-    EXPECT_EQ(statement.WaitsForSource(), expected) << text;
+    EXPECT_EQ(statement.WaitsForMore(), expected) << text;
   }
 }
 

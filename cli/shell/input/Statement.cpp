@@ -58,10 +58,11 @@ void CStatement::Scan(size_t start) {
   }
 }
 
-bool CStatement::WaitsForSource() const {
+bool CStatement::WaitsForMore() const {
   const std::vector<std::string> words = WordsOf(m_text);
-  return !words.empty() && words.front() == "select" &&
-         std::find(words.begin(), words.end(), "from") == words.end();
+  if (words.empty() || words.front() != "select") return false;
+  // The language would take a last WHERE for an alias, and give all rows.
+  return words.back() == "where" || std::find(words.begin(), words.end(), "from") == words.end();
 }
 
 }  // namespace kestra::cli

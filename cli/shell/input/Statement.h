@@ -21,8 +21,8 @@ class CStatement {
   bool IsInComment() const { return m_inside == Inside::Comment; }
   // Whether the last thing that is no blank and no comment is ";".
   bool EndsWithSemicolon() const { return m_inside == Inside::Nothing && m_endsWithSemicolon; }
-  // A SELECT that names its columns and not yet where they come from.
-  bool WaitsForSource() const;
+  // A SELECT that names its columns and not yet where they come from, or ends with WHERE.
+  bool WaitsForMore() const;
 
  private:
   enum class Inside { Nothing, Text, Comment };
