@@ -7,6 +7,7 @@
 #include <limits>
 #include <sstream>
 
+#include "cli/NearNames.h"
 #include "cli/Terminal.h"
 #include "cli/render/Width.h"
 
@@ -120,6 +121,21 @@ std::optional<std::string> ValueIfGiven(const CLI::App& app, const char* name,
   return app.count(name) != 0 ? std::optional(value) : std::nullopt;
 }
 
+// Why there are words that are no option and not the query.
+std::string ExtraWordsText(const CLI::App& app) {
+  for (const std::string& word : app.remaining()) {
+    if (word.size() < 2 || word.front() != '-') continue;
+    const std::string name = word.substr(0, word.find('='));
+    std::vector<std::string> names;
+    for (const CLI::Option* pOption : app.get_options()) {
+      for (const std::string& known : pOption->get_lnames()) names.push_back("--" + known);
+    }
+    return "there is no option " + name + NearNamesSentence(name, names) +
+           "\nkestra: a query that begins with \"-\" stands behind --";
+  }
+  return "the query is one argument: put it in quotes";
+}
+
 int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
   if (error.get_exit_code() == 0) {
     std::ostringstream text;
@@ -129,10 +145,8 @@ int TellParseError(const CLI::ParseError& error, const CLI::App& app) {
     output.Flush();
     return kExitResult;
   }
-  std::cerr << "kestra: " << error.what() << '\n';
-  if (dynamic_cast<const CLI::ExtrasError*>(&error)) {
-    std::cerr << "kestra: the query is one argument: put it in quotes\n";
-  }
+  const bool hasExtraWords = dynamic_cast<const CLI::ExtrasError*>(&error) != nullptr;
+  std::cerr << "kestra: " << (hasExtraWords ? ExtraWordsText(app) : error.what()) << '\n';
   std::cerr << "Try 'kestra --help'.\n";
   return kExitUsage;
 }

@@ -65,6 +65,17 @@ class Usage(CommandTest):
             result = self.check(arguments, status=2, out=b"")
             self.assertTrue(result.stderr.startswith(b"kestra: "), result)
 
+    def test_words_that_are_too_many(self):
+        cases = [
+            (["--fromat", "csv", "1"], b"there is no option --fromat; did you mean --format?"),
+            (["1", "--stat=x"], b"there is no option --stat; did you mean --stats or --sort?"),
+            (["-x"], b"stands behind --"),
+            (["SELECT", "PID"], b"the query is one argument"),
+            (["1", "-"], b"the query is one argument"),
+        ]
+        for arguments, piece in cases:
+            self.assertIn(piece, self.check(arguments, status=2, out=b"").stderr, arguments)
+
     def test_help_and_version(self):
         self.assertIn(b"--timeout", self.check(["--help"], err=b"").stdout)
         self.assertRegex(self.check(["--version"], err=b"").stdout, rb"^kestra \d+\.\d+\.\d+\n$")
