@@ -78,6 +78,26 @@ bool ColumnOfThreeNames(CFailedText& text, Finding& finding) {
                   {name});
 }
 
+// The alias of a source whose FROM comes later, outside of the parentheses that the name stands in.
+bool AliasOfLaterSource(CFailedText& text, Finding& finding) {
+  const size_t i = text.Position();
+  if (!text.IsUnknownName() || i < 2 || text.KeywordAt(i - 1) != kKwDot) return false;
+  const std::string_view alias = text.Text(i - 2);
+  const auto visible = text.SourcesFor(i);
+  const auto& sources = text.Sources();
+  const bool isSeen = std::any_of(visible.begin(), visible.end(),
+                                  [&](const auto& source) { return source.alias == alias; });
+  const bool comesLater =
+      std::any_of(sources.begin(), sources.end(), [&](const QuerySource& source) {
+        return source.alias != kNoToken && source.alias > i && text.Text(source.alias) == alias;
+      });
+  if (isSeen || !comesLater) return false;
+  return text.Say(finding, i - 2,
+                  fmt::format("a sub-select sees the sources that stand before it, and {} comes "
+                              "behind it; join the two, or ask in WHERE",
+                              alias));
+}
+
 bool UnknownAlias(CFailedText& text, Finding& finding) {
   const size_t i = text.Position();
   if (!text.IsUnknownName() || i < 2 || text.KeywordAt(i - 1) != kKwDot) return false;
@@ -170,9 +190,9 @@ bool NameWithoutSource(CFailedText& text, Finding& finding) {
   return false;
 }
 
-constexpr FailureRule kColumnRules[] = {LikeOfOtherType,    WrongType,        ColumnOfJoin,
-                                        ColumnOfThreeNames, UnknownAlias,     AliasAlone,
-                                        UnknownColumn,      NameWithoutSource};
+constexpr FailureRule kColumnRules[] = {LikeOfOtherType,    WrongType,          ColumnOfJoin,
+                                        ColumnOfThreeNames, AliasOfLaterSource, UnknownAlias,
+                                        AliasAlone,         UnknownColumn,      NameWithoutSource};
 
 }  // namespace
 

@@ -97,6 +97,8 @@ inline constexpr DiagnosisCase kWrong[] = {
      "there is no column \"name\" here; did you mean ImageName,", "ImageName"},
     {"SELECT r.Txt FROM Test.Row r", 1, 10, 3,
      "there is no column \"Txt\" here; did you mean Text?", "Text"},
+    {"SELECT (SELECT COUNT(*) FROM Test.Row b WHERE b.Id = a.Id) FROM Test.Row a", 1, 54, 1,
+     "a sub-select sees the sources that stand before it, and a comes behind it", ""},
     {"SELECT x.Text FROM Test.Row r", 1, 8, 1, "there is no alias \"x\" here; there is r", ""},
     {"SELECT Row.Text FROM Test.Row", 1, 8, 3,
      "a column has only an alias before it; write Text alone, or", ""},
