@@ -77,14 +77,8 @@ bool StandsBefore(const SortKey& left, const SortKey& right, bool isDescending) 
   return isDescending && !isEitherUnset ? order > 0 : order < 0;
 }
 
-[[noreturn]] void FailUnknown(const std::vector<Column>& columns, const std::string& wanted) {
-  std::vector<std::string> names;
-  for (const Column& column : columns) names.push_back(column.name);
-  throw CUnknownColumn("the result has no column \"" + wanted + "\" to sort by" +
-                       NearNamesSentence(wanted, names));
-}
-
-size_t FindColumn(const std::vector<Column>& columns, const std::string& wanted) {
+// The number of the column of that name, columns.size() without one.
+size_t Named(const std::vector<Column>& columns, const std::string& wanted) {
   const auto isNamed = [&](const Column& column) { return column.name == wanted; };
   auto found = std::find_if(columns.begin(), columns.end(), isNamed);
   if (found == columns.end()) {
@@ -92,8 +86,25 @@ size_t FindColumn(const std::vector<Column>& columns, const std::string& wanted)
     found = std::find_if(columns.begin(), columns.end(),
                          [&](const Column& column) { return FoldCase(column.name) == folded; });
   }
-  if (found == columns.end()) FailUnknown(columns, wanted);
   return static_cast<size_t>(found - columns.begin());
+}
+
+// What was probably meant by a name that no column has.
+std::string Advice(const std::vector<Column>& columns, const std::string& wanted) {
+  const std::string beforeColon = wanted.substr(0, wanted.rfind(':'));
+  if (beforeColon != wanted && Named(columns, beforeColon) != columns.size()) {
+    return "; behind " + beforeColon + " can stand :asc or :desc";
+  }
+  std::vector<std::string> names;
+  for (const Column& column : columns) names.push_back(column.name);
+  return NearNamesSentence(wanted, names);
+}
+
+size_t FindColumn(const std::vector<Column>& columns, const std::string& wanted) {
+  const size_t found = Named(columns, wanted);
+  if (found != columns.size()) return found;
+  throw CUnknownColumn("the result has no column \"" + wanted + "\" to sort by" +
+                       Advice(columns, wanted));
 }
 
 std::vector<int32_t> Sorted(kestra_value* vector, const std::vector<std::string>& names,

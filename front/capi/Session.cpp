@@ -55,6 +55,7 @@ kestra_status MakeSetup(const kestra_options* options, SessionSetup& setup) {
   const char* user = TextOption(options, offsetof(kestra_options, image_user));
   if (user && !image) return Refuse("image_user needs an image_directory");
   if (image) {
+    if (!*image) return Refuse("image_directory is empty");
     if (cache) return Refuse("cache_directory does not go with an image_directory");
     return ImageSetup(image, user ? user : "", setup, CreateError()) ? KESTRA_OK
                                                                      : KESTRA_E_NOTFOUND;

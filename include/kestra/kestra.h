@@ -101,7 +101,7 @@ typedef struct kestra_options {
   /* Ask about the Windows system whose volume is in this directory (a mounted disk, a prefix of
    * Wine, the drive_c of one) instead of this machine. It is only read: every change fails with
    * system error 19. There are no plug-ins and no cache then, since both speak of this machine:
-   * KESTRA_E_INVALIDARG with a cache_directory. */
+   * KESTRA_E_INVALIDARG with a cache_directory, and for an empty text. */
   const char* image_directory;
   /* Whose registry HKEY_CURRENT_USER is there: a user's name or SID. Null: the only user's.
    * KESTRA_E_INVALIDARG without an image_directory. */

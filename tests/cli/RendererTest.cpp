@@ -219,14 +219,25 @@ TEST_F(Renderers, Limit) {
 }
 
 TEST_F(Renderers, UnknownColumnToSortBy) {
+  const struct {
+    const char* sort;
+    const char* advice;
+  } kCases[] = {
+      {"Txt", "; did you mean Text?"},
+      {"Text:down", "; behind Text can stand :asc or :desc"},
+  };
   RowSelection rows;
-  rows.sort = ParseSortOrder("Txt");
-  for (const char* query : {"SELECT * FROM Test.Row", "SELECT Text FROM Test.Row WHERE Id = 99"}) {
-    try {
-      Show(query, Format::Text, 0, rows);
-      ADD_FAILURE() << query;
-    } catch (const CUnknownColumn& error) {
-      EXPECT_STREQ(error.what(), "the result has no column \"Txt\" to sort by; did you mean Text?");
+  for (const auto& [sort, advice] : kCases) {
+    rows.sort = ParseSortOrder(sort);
+    for (const char* query :
+         {"SELECT * FROM Test.Row", "SELECT Text FROM Test.Row WHERE Id = 99"}) {
+      try {
+        Show(query, Format::Text, 0, rows);
+        ADD_FAILURE() << query;
+      } catch (const CUnknownColumn& error) {
+        EXPECT_EQ(error.what(),
+                  "the result has no column \"" + std::string(sort) + "\" to sort by" + advice);
+      }
     }
   }
   // Without rows nothing is known of the columns.

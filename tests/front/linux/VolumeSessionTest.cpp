@@ -22,6 +22,8 @@ TEST(SessionOverAVolume, IsMadeOrRefusedWithASentence) {
     EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_NOTFOUND) << none;
     EXPECT_NE(std::string_view(kestra_create_error()).find(none), std::string_view::npos);
   }
+  options.image_directory = "";
+  EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
   options.image_directory = volume.c_str();
   options.cache_directory = empty.c_str();
   EXPECT_EQ(kestra_session_create(&options, &session), KESTRA_E_INVALIDARG);
