@@ -114,16 +114,21 @@ bool CFilesModule::ReadPaths(const FilesOptions& options, std::string& directory
     message.RaiseMessage(11008, {"LineFrom, CharFrom", "wildcards in DirPath, FilePath"});
     return false;
   }
-  return directory.empty() != file.empty() &&
-         (file.empty() || HasSeparator(file, Machine().System().PathSeparator()));
+  if (directory.empty() == file.empty())
+    return message.RefuseArguments(GetName(), "exactly one of DirPath and FilePath is to be given");
+  if (!file.empty() && !HasSeparator(file, Machine().System().PathSeparator()))
+    return message.RefuseArguments(GetName(), "FilePath names no directory");
+  return true;
 }
 
 bool CFilesModule::ReadStart(Start& start, QueryMessage& message) {
   auto options = MakeRef<FilesOptions>();
   std::string directory, file, path;
-  if (!ReadFilesOptions(*this, *options) || !ReadPaths(*options, directory, file, message) ||
-      !ExpandPath(file.empty() ? directory : file, path, Machine()))
+  if (!ReadFilesOptions(*this, *options, message) || !ReadPaths(*options, directory, file, message))
     return false;
+  if (!ExpandPath(file.empty() ? directory : file, path, Machine()))
+    return message.RefuseArguments(
+        GetName(), "the path begins with a %name% that is no folder of this machine");
   const char separator = Machine().System().PathSeparator();
   options->isLfLineEnd = Machine().System().Family() == SystemFamily::Linux;
   start.deadline.emplace(options->timeOutMs);

@@ -11,6 +11,7 @@
 namespace kestra {
 
 class DiagModule;
+class QueryMessage;
 
 // Shared by the items of one filling, and not changed any more then, but for the last member.
 struct FilesOptions : CCounted<FilesOptions> {
@@ -40,7 +41,8 @@ struct FilesOptions : CCounted<FilesOptions> {
   bool MatchesName(const std::string& name) const;
 };
 
-// Reads all but pathPattern and isLfLineEnd. False when one is outside its limit.
-bool ReadFilesOptions(DiagModule& module, FilesOptions& options);
+// Reads all but pathPattern and isLfLineEnd. False when one is outside its limit; the message's
+// notes tell which.
+bool ReadFilesOptions(DiagModule& module, FilesOptions& options, QueryMessage& message);
 
 }  // namespace kestra

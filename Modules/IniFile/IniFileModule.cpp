@@ -30,8 +30,11 @@ bool CIniFileModule::ReadPath(std::string& path, QueryMessage& message) {
   const CSystemFacts& system = Machine().System();
   const char separator = system.PathSeparator();
   std::string text;
-  if (!GetArg("Path", text) || text.empty() || !ExpandPath(text, path, Machine()))
+  if (!GetArg("Path", text) || text.empty()) {
+    message.RefuseArguments(GetName(), "Path is to be given");
     return message.Fail(kErrorInvalidName);
+  }
+  if (!ExpandPath(text, path, Machine())) return message.Fail(kErrorInvalidName);
   const bool isWindows = separator == '\\';
   if (isWindows && path.find_first_of("\\/:") == std::string::npos) {
     const std::optional<std::string> folder = MachineFolder(Folder::Windows, Machine());

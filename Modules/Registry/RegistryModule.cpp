@@ -4,6 +4,7 @@
 #include <optional>
 #include <utility>
 
+#include "Modules/ArgumentLimit.h"
 #include "Modules/Registry/FillLimit.h"
 #include "Modules/Registry/RegistryChanges.h"
 #include "Modules/Registry/RegistryClasses.h"
@@ -24,21 +25,28 @@ bool CRegistryModule::ReadKey(const std::string& text, RegistryHive& hive, std::
 
 // Exactly one of the two paths. A value's name begins behind the last backslash, even though names
 // may have some.
-bool CRegistryModule::ReadOptions(RegistryOptions& options, std::string& keyPath) {
+bool CRegistryModule::ReadOptions(RegistryOptions& options, std::string& keyPath,
+                                  QueryMessage& message) {
   std::string key, value;
-  if (!GetArg("KeyPath", key) || !GetArg("ValuePath", value) || key.empty() == value.empty() ||
+  if (!GetArg("KeyPath", key) || !GetArg("ValuePath", value) ||
       !GetArg("ValueName", options.valuePattern) || !GetArg("Timeout", options.timeOutMs) ||
       !GetArg("Levels", options.levels) || !GetArg("MultiSZSeparator", options.multiSzSeparator) ||
-      options.timeOutMs > RegistryOptions::kMostTimeOutMs ||
-      options.levels > RegistryOptions::kMostLevels)
+      !FitsLimit(*this, "Timeout", options.timeOutMs, RegistryOptions::kMostTimeOutMs, message) ||
+      !FitsLimit(*this, "Levels", options.levels, RegistryOptions::kMostLevels, message))
     return false;
+  if (key.empty() == value.empty()) {
+    return message.RefuseArguments(GetName(),
+                                   "exactly one of KeyPath and ValuePath is to be given");
+  }
   if (!value.empty()) {
     const size_t last = value.rfind('\\');
-    if (last == std::string::npos) return false;
+    if (last == std::string::npos)
+      return message.RefuseArguments(GetName(), "ValuePath names no key");
     options.valuePattern = value.substr(last + 1);
     key = value.substr(0, last);
   }
-  return ReadKey(key, options.hive, keyPath);
+  return ReadKey(key, options.hive, keyPath) ||
+         message.RefuseArguments(GetName(), "the path does not begin with a hive, such as HKLM");
 }
 
 bool CRegistryModule::Init(bool bInitChild, QueryMessage& message) {
@@ -47,7 +55,7 @@ bool CRegistryModule::Init(bool bInitChild, QueryMessage& message) {
   IsInitialized = false;
   auto options = MakeRef<RegistryOptions>();
   std::string keyPath;
-  if (!ReadOptions(*options, keyPath)) return false;
+  if (!ReadOptions(*options, keyPath, message)) return false;
   if (!Machine().Registry()) return IsInitialized = true;
   const CFillDeadline deadline(options->timeOutMs);
   CFillLimit limit(deadline, message);

@@ -13,7 +13,7 @@ class CRegistryModule : public DiagModule {
  public:
   using DiagModule::DiagModule;
 
-  // False for arguments that do not fit, without a message; when the time is over
+  // False for arguments that do not fit, with a note but without a message; when the time is over
   // (kErrorTimeout), with what was found until then; when a key that is named without wildcards may
   // not be read; and when the query was cancelled. A key that is not there is a filling without
   // items, and so is a machine without a registry.
@@ -28,7 +28,7 @@ class CRegistryModule : public DiagModule {
                    QueryMessage& message) override;
 
  private:
-  bool ReadOptions(RegistryOptions& options, std::string& keyPath);
+  bool ReadOptions(RegistryOptions& options, std::string& keyPath, QueryMessage& message);
   bool ReadKey(const std::string& text, RegistryHive& hive, std::string& path);
 };
 

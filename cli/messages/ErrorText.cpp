@@ -104,8 +104,9 @@ bool IsNothing(kestra_value* value) {
          Ask<int32_t>(kestra_value_as_long, only.get()) == 0;
 }
 
-// Why the query has none of a source's rows; empty if it was filled, as were all.
-std::string UnfilledSource(kestra_session* session) {
+// Why the query has none of a source's rows; empty if it was filled, as were all, and where no more
+// is known than the message says.
+std::string UnfilledSource(kestra_session* session, const std::string& message) {
   const int32_t count = Ask<int32_t>(kestra_session_source_count, session);
   for (int32_t i = 0; i < count; ++i) {
     kestra_source_info info{};
@@ -118,10 +119,11 @@ std::string UnfilledSource(kestra_session* session) {
     const char* subject = nullptr;
     const char* reason = nullptr;
     // Where nothing is known of the cause, the reason says what was said here.
-    if (kestra_session_source_problem(session, i, 0, &subject, &reason) == KESTRA_OK &&
-        std::string_view(reason) != "it could not be filled")
-      sentence += std::string(": ") + reason;
-    return sentence;
+    const bool isKnown =
+        kestra_session_source_problem(session, i, 0, &subject, &reason) == KESTRA_OK &&
+        std::string_view(reason) != "it could not be filled" && message != OneLine(reason);
+    if (isKnown) sentence += std::string(": ") + reason;
+    return isKnown || message.empty() ? sentence : std::string();
   }
   return {};
 }
@@ -136,7 +138,7 @@ std::string HintForNoText(kestra_session* session, const Settings& settings) {
   if (hasLimit && total / 1000 + kClockStepMs >= settings.timeOut) {
     return "the query's time, " + std::to_string(settings.timeOut) + " ms, was over";
   }
-  if (std::string source = UnfilledSource(session); !source.empty()) return source;
+  if (std::string source = UnfilledSource(session, {}); !source.empty()) return source;
   return "a value could not be computed: a number outside of 32 bits, a division by zero, a text "
          "that is no number or date, a sub-select that gives not exactly one row, a library of "
          "CALLDLL that is not there, or nesting that goes too deep";
@@ -160,7 +162,9 @@ void TellError(kestra_session* session, const QueryPiece& query, kestra_value* e
   if (!isExplained) {
     hint = MessageHint(text, place);
     if (hint.empty()) hint = MessageHint(message, place);
-    if (text == "<ERROR>" && message.empty()) hint = HintForNoText(session, settings);
+    if (text == "<ERROR>" && hint.empty()) {
+      hint = message.empty() ? HintForNoText(session, settings) : UnfilledSource(session, message);
+    }
     TellHint(hint);
     TellLine(query);
   }

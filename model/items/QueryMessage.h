@@ -56,6 +56,12 @@ class QueryMessage : public DiagMessage, public CCounted<QueryMessage> {
                    Missing missing = Missing::Items) {
     if (Notes) Notes->NoteProblem(subject, error, missing);
   }
+  // Why the arguments of a module do not fit, where a failure says no more than that it is one.
+  // Answers false, so that a hook can return it.
+  bool RefuseArguments(std::string_view module, std::string_view reason) {
+    if (Notes) Notes->NoteProblem(module, reason);
+    return false;
+  }
   // A limit of the module's own ends the filling, and what was found until then stays.
   void NoteCutShort() {
     if (Notes) Notes->NoteCutShort();

@@ -7,11 +7,11 @@
 
 namespace kestra {
 
-// The query goes on without it.
+// The query goes on without it. The module may have said why.
 void IniRowSource::NoteFailure(bool isFilled, const std::string& path) {
   const QueryMessage& message = *Context().Message;
   if (isFilled || message.SystemError == kErrorCancelled || !message.Notes) return;
-  message.Notes->NoteProblem(path, message.GetText());
+  if (!message.Notes->HasProblems()) message.Notes->NoteProblem(path, message.GetText());
 }
 
 bool IniRowSource::Find(CSourceRun& run, Value& error) {

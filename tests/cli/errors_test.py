@@ -68,9 +68,35 @@ class Errors(CommandTest):
         for text in ("DROP MODULE Processes.Process", "SELECT * FROM .Process"):
             self.assertNotIn(hint, "\n".join(self.lines_behind_error(text)))
 
-    def test_a_source_that_was_not_filled_is_named(self):
-        self.assertEqual(self.lines_behind_error("SELECT * FROM Files(Levels=1).File"),
-                         ["kestra: Files(Levels=1) could not be read with these arguments"])
+    def test_a_source_that_was_not_filled_is_named_with_the_reason(self):
+        one_path = "exactly one of DirPath and FilePath is to be given"
+        one_key = "exactly one of KeyPath and ValuePath is to be given"
+        cases = {
+            "Files(Levels=1).File": one_path,
+            "Files(DirPath='/a',FilePath='/b').File": one_path,
+            "Files(DirPath='/',Levels=101).File": "Levels is 100 at the most",
+            "Files(DirPath='/',Timeout=3600001).File": "Timeout is 3600000 at the most",
+            "Files(FilePath='passwd').File": "FilePath names no directory",
+            "Files(DirPath='%no%').File":
+                "the path begins with a %name% that is no folder of this machine",
+            "Registry.RegistryKey": one_key,
+            "Registry(KeyPath='HKLM',ValuePath='HKLM\\a').RegistryKey": one_key,
+            "Registry(ValuePath='HKLM').RegistryKey": "ValuePath names no key",
+            "Registry(KeyPath='HKXX\\a').RegistryKey":
+                "the path does not begin with a hive, such as HKLM",
+            "Registry(KeyPath='HKLM',Levels=101).RegistryKey": "Levels is 100 at the most",
+        }
+        for source, reason in cases.items():
+            name = source[:source.rindex(".")]
+            with self.subTest(source):
+                self.assertEqual(
+                    self.lines_behind_error("SELECT * FROM " + source)[0],
+                    f"kestra: {name} could not be read with these arguments: {reason}")
+        # Beside a message of the system's.
+        self.assertEqual(self.lines_behind_error("SELECT * FROM IniFile.IniKey"),
+                         ["kestra: The filename, directory name, or volume label syntax is incorrect.",
+                          "kestra: IniFile could not be read with these arguments: "
+                          "Path is to be given"])
 
     def test_result_of_nothing_is_doubted(self):
         result = self.check(["--format", "text", "SELECT COUNT(*) FROM Processes.Proces"],

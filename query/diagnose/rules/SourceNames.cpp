@@ -1,6 +1,8 @@
 // Modules and classes.
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "VLib/src/text/Text.h"
 #include "query/diagnose/Wording.h"
 #include "query/diagnose/rules/Rules.h"
@@ -11,9 +13,11 @@ namespace {
 
 constexpr size_t kMostClasses = 6;
 
+// Each name once: a class can stand in two places of a module.
 void AddClasses(const DiagClass& parent, std::vector<std::string_view>& names) {
   for (const Ref<DiagClass>& child : parent.ChildClasses()) {
-    names.push_back(child->Name);
+    if (std::find(names.begin(), names.end(), child->Name) == names.end())
+      names.push_back(child->Name);
     AddClasses(*child, names);
   }
 }
